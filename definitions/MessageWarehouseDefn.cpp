@@ -1,0 +1,111 @@
+#include "definitions/MessageWarehouseDefn.h"
+
+#include "definitions/DefinitionFile.h"
+#include "definitions/PcfMessages.h"
+#include "definitions/PcfVersion.h"
+#include "foundation/InvalidFile.h"
+
+namespace vantrelia {
+
+MessageWarehouseDefn::MessageWarehouseDefn() = default;
+MessageWarehouseDefn::~MessageWarehouseDefn() = default;
+
+void MessageWarehouseDefn::load(const std::string& path) {
+  DefinitionFile stream(path);
+  read(stream);
+}
+
+void MessageWarehouseDefn::clear() {
+  version = 0;
+  messageSets.clear();
+  primitiveTypeCount = 0;
+  arrayTypeCount = 0;
+  hasVariableFields = false;
+  userDataKeys.clear();
+  userData.clear();
+}
+
+void MessageWarehouseDefn::read(InputStream& stream) {
+  try {
+    readContents(stream);
+  } catch (const InvalidFile&) {
+    throw;
+  } catch (...) {
+    throw InvalidFile(messages::kUnexpectedLoadError);
+  }
+}
+
+void MessageWarehouseDefn::readContents(InputStream& stream) {
+  clear();
+
+  const int fileVersion = stream.readInt();
+  // Newness is checked first: a file from a later engine should say so, not look corrupt.
+  if (fileVersion > pcf::kNewestVersion) throw InvalidFile(messages::kPcfTooNew);
+  if (fileVersion < pcf::kOldestVersion) throw InvalidFile(messages::kInvalidVersion);
+
+  if (fileVersion >= pcf::kFileHeader) {
+    std::string header;
+    stream.read(header);
+    if (header != pcf::kHeaderText) throw InvalidFile(messages::kInvalidHeader);
+  }
+
+  if (fileVersion >= pcf::kTypeTables) {
+    primitiveTypeCount = stream.readInt();
+    if (primitiveTypeCount < 0) throw InvalidFile(messages::kInvalidPrimitiveTypeCount);
+    if (primitiveTypeCount > 0) throw InvalidFile(messages::kPrimitiveTypesNotSupported);
+    arrayTypeCount = stream.readInt();
+    if (arrayTypeCount < 0) throw InvalidFile(messages::kInvalidArrayTypeCount);
+    if (arrayTypeCount > 0) throw InvalidFile(messages::kArrayTypesNotSupported);
+  }
+
+  if (fileVersion >= pcf::kHasVariableFields) stream.read(hasVariableFields);
+
+  if (fileVersion >= pcf::kUserData) {
+    const int keyCount = stream.readCount();
+    for (int i = 0; i < keyCount; ++i) {
+      WideText key;
+      stream.readWide(key);
+      userDataKeys.push_back(std::move(key));
+    }
+    const int valueCount = stream.readCount();
+    for (int i = 0; i < valueCount; ++i) {
+      const int keyIndex = stream.readCount();
+      WideText value;
+      stream.readWide(value);
+      userData.emplace(keyIndex, std::move(value));  // the first value for a key stays
+    }
+  }
+
+  settings.flags = fileVersion >= pcf::kInitialFlags ? static_cast<uint32_t>(stream.readInt()) : 0;
+
+  const int setCount = stream.readInt();
+  version = fileVersion;
+  for (int i = 0; i < setCount; ++i) {
+    auto set = std::make_unique<MessageSetDefn>();
+    set->load(*this, stream, fileVersion);
+    messageSets.push_back(std::move(set));
+  }
+  // Ids become positions once every set is in.
+  for (size_t i = 0; i < messageSets.size(); ++i) messageSets[i]->setId(static_cast<int32_t>(i));
+}
+
+int MessageWarehouseDefn::getUserDataKeyIndex(std::u16string_view key) const {
+  for (size_t i = 0; i < userDataKeys.size(); ++i)
+    if (userDataKeys[i].view() == key) return static_cast<int>(i);
+  return -1;
+}
+
+std::optional<std::u16string> MessageWarehouseDefn::findUserData(std::u16string_view key) const {
+  const int index = getUserDataKeyIndex(key);
+  if (index < 0) return std::nullopt;
+  const auto found = userData.find(index);
+  if (found == userData.end()) return std::nullopt;
+  return found->second.str();
+}
+
+MessageSetDefn& MessageWarehouseDefn::addMessageSet(std::unique_ptr<MessageSetDefn> set) {
+  messageSets.push_back(std::move(set));
+  return *messageSets.back();
+}
+
+}  // namespace vantrelia

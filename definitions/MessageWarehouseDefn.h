@@ -1,0 +1,82 @@
+#pragma once
+// The root of a loaded definition, and the holder of every run-time setting of the factory that
+// owns it. Settings survive a reload; the definition doesn't.
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "definitions/MessageSetDefn.h"
+#include "foundation/TRVString.h"
+
+namespace vantrelia {
+
+class InputStream;
+
+struct WarehouseSettings {
+  bool validationCaching = false;
+  bool createGenericMessages = false;
+  uint32_t flags = 0;  // the only setting a load overwrites
+  bool replaceCRLFWithSegmentSeparator = false;
+  bool truncateFieldsToMaxLength = false;
+  bool minimizeChanges = false;
+  bool forceCountUpdate = false;
+  bool ignoreGenericSegments = false;
+  bool testBool = false;
+  int32_t testInt = 0;
+  double testDouble = 0.0;
+  std::u16string testString;
+};
+
+class MessageWarehouseDefn {
+ public:
+  using WideText = kestrel::TRVString<char16_t>;
+
+  MessageWarehouseDefn();
+  virtual ~MessageWarehouseDefn();
+  MessageWarehouseDefn(const MessageWarehouseDefn&) = delete;
+  MessageWarehouseDefn& operator=(const MessageWarehouseDefn&) = delete;
+
+  // Opens the file and reads it. Every failure is an InvalidFile.
+  void load(const std::string& path);
+  // Clears the earlier definition, then fills this one from the stream. Anything thrown that
+  // isn't an InvalidFile comes out as "Unexpected error occurred while loading parser control file".
+  void read(InputStream& stream);
+  // Frees the definition and keeps the settings.
+  void clear();
+
+  int getUserDataKeyIndex(std::u16string_view key) const;
+  // The value stored under a key's text, if both the key and a value for it exist.
+  std::optional<std::u16string> findUserData(std::u16string_view key) const;
+
+  int getVersion() const { return version; }
+  int getMessageSetCount() const { return static_cast<int>(messageSets.size()); }
+  const std::vector<std::unique_ptr<MessageSetDefn>>& getMessageSets() const { return messageSets; }
+  // For tests and the engine's own set-up: adds a set as if it had been read.
+  MessageSetDefn& addMessageSet(std::unique_ptr<MessageSetDefn> set);
+  int getPrimitiveTypeCount() const { return primitiveTypeCount; }
+  int getArrayTypeCount() const { return arrayTypeCount; }
+  bool getHasVariableFields() const { return hasVariableFields; }
+  const std::vector<WideText>& getUserDataKeys() const { return userDataKeys; }
+  const std::map<int32_t, WideText>& getUserData() const { return userData; }
+
+  WarehouseSettings& getSettings() { return settings; }
+  const WarehouseSettings& getSettings() const { return settings; }
+
+ private:
+  void readContents(InputStream& stream);
+
+  int version = 0;  // of the loaded file; 0 when nothing is loaded
+  std::vector<std::unique_ptr<MessageSetDefn>> messageSets;
+  int32_t primitiveTypeCount = 0;
+  int32_t arrayTypeCount = 0;
+  bool hasVariableFields = false;
+  std::vector<WideText> userDataKeys;
+  std::map<int32_t, WideText> userData;
+  WarehouseSettings settings;
+};
+
+}  // namespace vantrelia
