@@ -1,0 +1,59 @@
+#include "compiler/WarehouseWriter.h"
+
+#include <cstdint>
+
+#include "compiler/CompileContext.h"
+#include "compiler/PcfWriter.h"
+#include "compiler/Utf8.h"
+#include "definitions/PcfVersion.h"
+
+namespace vantrelia::compiler {
+
+WarehouseWriter::WarehouseWriter(const SourceNode& node, CompileContext& ctx) : source(node), context(ctx) {}
+
+void WarehouseWriter::declare() {
+  source.allowOnly({"version", "hasVariableFields", "userDataKeys", "userData", "flags", "primitiveTypes",
+                    "arrayTypes", "messageSets"});
+  const int version = context.version();
+
+  // Record kinds whose writers come later refuse plainly rather than being dropped.
+  for (const char* key : {"primitiveTypes", "arrayTypes", "messageSets"})
+    if (!source.records(key, key).empty())
+      source.failAt(key, std::string("'") + key + "' can't be compiled yet: this compiler writes the outer structure only");
+
+  source.requireVersion("hasVariableFields", source.flag("hasVariableFields", false), pcf::kHasVariableFields, version);
+  source.requireVersion("flags", source.integer("flags", 0, INT32_MIN, UINT32_MAX) != 0, pcf::kInitialFlags, version);
+
+  const auto keys = source.wideTexts("userDataKeys");
+  const auto values = source.wideTextMap("userData");
+  source.requireVersion("userDataKeys", !keys.empty(), pcf::kUserData, version);
+  source.requireVersion("userData", !values.empty(), pcf::kUserData, version);
+  for (const auto& key : keys) context.declareUserDataKey(key);
+  for (const auto& [key, value] : values) {
+    const auto wideKey = utf8ToWide(key);
+    if (!wideKey) source.failAt("userData", "a user-data key is not valid UTF-8");
+    userDataValues.emplace_back(context.declareUserDataKey(*wideKey), value);
+  }
+}
+
+void WarehouseWriter::write(PcfWriter& out) const {
+  const int version = context.version();
+  out.i32(version);
+  if (version >= pcf::kFileHeader) out.text8(pcf::kHeaderText);
+  if (version >= pcf::kTypeTables) {
+    out.i32(0);  // primitive types
+    out.i32(0);  // array types
+  }
+  if (version >= pcf::kHasVariableFields) out.boolean(source.flag("hasVariableFields", false));
+  if (version >= pcf::kUserData) {
+    out.count(static_cast<int32_t>(context.userDataKeys().size()));
+    for (const auto& key : context.userDataKeys()) out.text16(key);
+    out.count(static_cast<int32_t>(userDataValues.size()));
+    for (const auto& [index, value] : userDataValues) out.count(index).text16(value);
+  }
+  if (version >= pcf::kInitialFlags)
+    out.i32(static_cast<int32_t>(static_cast<uint32_t>(source.integer("flags", 0, INT32_MIN, UINT32_MAX))));
+  out.i32(0);  // message sets
+}
+
+}  // namespace vantrelia::compiler

@@ -1,0 +1,26 @@
+#pragma once
+// The outer record of a definition file, written field for field as the warehouse reads it.
+
+#include "compiler/SourceNode.h"
+
+namespace vantrelia::compiler {
+
+class CompileContext;
+class PcfWriter;
+
+class WarehouseWriter {
+ public:
+  WarehouseWriter(const SourceNode& source, CompileContext& context);
+
+  // First pass: checks the record and declares the names that other records refer to.
+  void declare();
+  // Second pass: writes the bytes.
+  void write(PcfWriter& out) const;
+
+ private:
+  const SourceNode& source;
+  CompileContext& context;
+  std::vector<std::pair<int, std::u16string>> userDataValues;
+};
+
+}  // namespace vantrelia::compiler

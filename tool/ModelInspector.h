@@ -1,0 +1,25 @@
+#pragma once
+// Shows a loaded definition: as readable text, or as one JSON document whose keys are the field
+// names of the definition model.
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace vantrelia {
+class MessageWarehouseDefn;
+}
+
+namespace vantrelia::tool {
+
+class ModelInspector {
+ public:
+  explicit ModelInspector(const MessageWarehouseDefn& warehouse) : warehouse(warehouse) {}
+
+  nlohmann::ordered_json toJson() const;
+  std::string toText() const;
+
+ private:
+  const MessageWarehouseDefn& warehouse;
+};
+
+}  // namespace vantrelia::tool
