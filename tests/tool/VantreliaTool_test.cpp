@@ -1,0 +1,116 @@
+// The command-line tool as a user runs it: compile, inspect, and what it says when things fail.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "compiler/PcfWriter.h"
+#include "support/TempDir.h"
+
+namespace vantrelia {
+namespace {
+
+struct ToolRun {
+  int exitCode;
+  std::string out;
+  std::string err;
+};
+
+std::string readAll(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+ToolRun runTool(const testing::TempDir& dir, const std::string& arguments) {
+  const std::string out = dir.path("stdout.txt"), err = dir.path("stderr.txt");
+  const std::string command = std::string(VANTRELIA_TOOL_PATH) + " " + arguments + " >" + out + " 2>" + err;
+  const int status = std::system(command.c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readAll(out), readAll(err)};
+}
+
+TEST(VantreliaToolTest, InspectShowsWhatEachVersionCarries) {
+  testing::TempDir dir;
+  struct Case {
+    int version;
+    const char* source;
+  } cases[] = {
+      {512, "{}"},
+      {865, "userData: {Owner: ops}\nhasVariableFields: true"},
+      {866, "userData: {Owner: ops}"},
+      {880, "userData: {Owner: ops}\nflags: 4"},
+      {883, "userData: {Owner: ops}\nflags: 3"},
+  };
+  for (const Case& c : cases) {
+    const std::string source = dir.write("source.yaml", std::string(c.source));
+    const std::string pcf = dir.path("out-" + std::to_string(c.version) + ".pcf");
+    const ToolRun compiled = runTool(dir, "compile " + source + " -o " + pcf + " --pcf-version " + std::to_string(c.version));
+    ASSERT_EQ(compiled.exitCode, 0) << compiled.err;
+
+    const ToolRun inspected = runTool(dir, "inspect " + pcf + " --json");
+    ASSERT_EQ(inspected.exitCode, 0) << inspected.err;
+    const auto json = nlohmann::json::parse(inspected.out);
+    EXPECT_EQ(json["version"], c.version);
+    EXPECT_EQ(json.contains("header"), c.version >= 866) << c.version;
+    EXPECT_EQ(json["flags"], c.version >= 880 ? (c.version == 880 ? 4 : 3) : 0) << c.version;
+    EXPECT_EQ(json["hasVariableFields"], c.version == 865) << c.version;
+    if (c.version >= 855) {
+      EXPECT_EQ(json["userDataKeys"], nlohmann::json::array({"Owner"})) << c.version;
+      EXPECT_EQ(json["userData"]["0"], "ops") << c.version;
+    } else {
+      EXPECT_TRUE(json["userDataKeys"].empty());
+    }
+    EXPECT_TRUE(json["messageSets"].is_array());
+
+    const ToolRun text = runTool(dir, "inspect " + pcf);
+    ASSERT_EQ(text.exitCode, 0);
+    EXPECT_NE(text.out.find("PCF format version " + std::to_string(c.version)), std::string::npos) << text.out;
+    EXPECT_EQ(text.out.find("header PCFFILE") != std::string::npos, c.version >= 866) << text.out;
+  }
+}
+
+TEST(VantreliaToolTest, LoadFailuresPrintTheEngineTextAndExit2) {
+  testing::TempDir dir;
+  using compiler::PcfWriter;
+  struct Case {
+    std::vector<uint8_t> bytes;
+    const char* text;
+  } cases[] = {
+      {PcfWriter().i32(884).bytes(), "The PCF is newer than this version of Vantrelia"},
+      {PcfWriter().i32(511).bytes(), "Invalid version number in PCF"},
+      {PcfWriter().i32(866).i32(0).bytes(), "Corrupt PCF: Header is invalid"},
+      {PcfWriter().i32(883).text8("PCFFILE").i32(-3).bytes(), "PCF is corrupt: Invalid number of primitive types"},
+      {PcfWriter().i32(883).text8("PCFFILE").i32(0).i32(-3).bytes(), "PCF is corrupt: Invalid number of array types"},
+      {PcfWriter().i32(883).text8("PCF").bytes(), "Corrupt PCF: Header is invalid"},
+      {PcfWriter().i32(883).text8("PCFFILE").i32(0).bytes(), "Unexpected end of input file"},
+  };
+  for (const Case& c : cases) {
+    const ToolRun run = runTool(dir, "inspect " + dir.write("bad.pcf", c.bytes));
+    EXPECT_EQ(run.exitCode, 2) << c.text;
+    EXPECT_EQ(run.err, std::string("error: ") + c.text + "\n");
+    EXPECT_EQ(run.out, "");
+  }
+  const ToolRun missing = runTool(dir, "inspect " + dir.path("none.pcf"));
+  EXPECT_EQ(missing.exitCode, 2);
+  EXPECT_EQ(missing.err, "error: Input file was not opened\n");
+}
+
+TEST(VantreliaToolTest, CompileErrorsAndUsage) {
+  testing::TempDir dir;
+  const ToolRun bad = runTool(dir, "compile " + dir.write("bad.yaml", std::string("version: 883\nflagz: 1\n")) + " -o " + dir.path("x.pcf"));
+  EXPECT_EQ(bad.exitCode, 2);
+  EXPECT_NE(bad.err.find("line 2: unknown key 'flagz'"), std::string::npos) << bad.err;
+
+  for (const char* arguments : {"", "inspect", "compile a.yaml", "frobnicate x", "inspect a.pcf --bogus"}) {
+    const ToolRun run = runTool(dir, arguments);
+    EXPECT_EQ(run.exitCode, 1) << arguments;
+    EXPECT_NE(run.err.find("usage: vantrelia"), std::string::npos) << arguments;
+  }
+}
+
+}  // namespace
+}  // namespace vantrelia
