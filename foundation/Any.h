@@ -65,10 +65,12 @@ class bad_any_cast : public std::bad_cast {
   const std::type_info* wanted;
 };
 
+// typeid ignores const, so a const-qualified request must look for the holder of the plain type.
 template <class T>
 const T* any_cast(const any* value) noexcept {
-  if (!value || value->type() != typeid(T)) return nullptr;
-  return &static_cast<const any::holder<T>*>(value->content.get())->held;
+  using Held = std::remove_cv_t<T>;
+  if (!value || value->type() != typeid(Held)) return nullptr;
+  return &static_cast<const any::holder<Held>*>(value->content.get())->held;
 }
 
 template <class T>

@@ -55,21 +55,30 @@ void pad(std::u16string& out, std::u16string_view text, const Conversion& c) {
   if (left) out.append(fill, u' ');
 }
 
-std::string narrowSpec(const Conversion& c, bool withLength) {
-  std::string spec = "%" + c.flags;
-  if (c.width >= 0) spec += std::to_string(c.width);
-  if (c.precision >= 0) spec += "." + std::to_string(c.precision);
-  if (withLength) spec += c.length;
-  spec += c.kind;
-  return spec;
+std::string narrowFormat(const Conversion& c, bool withLength) {
+  std::string printfFormat = "%" + c.flags;
+  if (c.width >= 0) printfFormat += std::to_string(c.width);
+  if (c.precision >= 0) printfFormat += "." + std::to_string(c.precision);
+  if (withLength) printfFormat += c.length;
+  printfFormat += c.kind;
+  return printfFormat;
 }
 
 template <class V>
 void appendNumber(std::u16string& out, const Conversion& c, V value) {
-  const std::string spec = narrowSpec(c, true);
-  char buffer[512];
-  const int n = std::snprintf(buffer, sizeof buffer, spec.c_str(), value);
-  if (n > 0) out += widen(std::string_view(buffer, std::min<size_t>(n, sizeof buffer - 1)));
+  const std::string printfFormat = narrowFormat(c, true);
+  // Width and precision come from the format, so the text can be of any length: measure first.
+  char buffer[128];
+  const int n = std::snprintf(buffer, sizeof buffer, printfFormat.c_str(), value);
+  if (n <= 0) return;
+  if (static_cast<size_t>(n) < sizeof buffer) {
+    out += widen(std::string_view(buffer, static_cast<size_t>(n)));
+    return;
+  }
+  std::string large(static_cast<size_t>(n) + 1, '\0');
+  std::snprintf(large.data(), large.size(), printfFormat.c_str(), value);
+  large.resize(static_cast<size_t>(n));
+  out += widen(large);
 }
 
 }  // namespace

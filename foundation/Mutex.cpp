@@ -8,13 +8,32 @@
 
 namespace vantrelia {
 
+namespace {
+
+// Boost's errors append the description of their error code to what(); a host is shown the
+// engine's fixed text alone, so these keep the class and the code but answer with the text.
+template <class BoostError>
+class FixedTextError final : public BoostError {
+ public:
+  FixedTextError(int code, const char* fixedText) : BoostError(code, fixedText), text(fixedText) {}
+  const char* what() const noexcept override { return text; }
+
+ private:
+  const char* text;
+};
+
+using ThreadLockError = FixedTextError<boost::lock_error>;
+using ThreadResourceError = FixedTextError<boost::thread_resource_error>;
+
+}  // namespace
+
 Mutex::Mutex() {
   try {
     impl = std::make_unique<boost::recursive_mutex>();
   } catch (const std::bad_alloc&) {
-    throw boost::thread_resource_error(ENOMEM, messages::kThreadResourceError);
+    throw ThreadResourceError(ENOMEM, messages::kThreadResourceError);
   } catch (const boost::thread_resource_error&) {
-    throw boost::thread_resource_error(EAGAIN, messages::kThreadResourceError);
+    throw ThreadResourceError(EAGAIN, messages::kThreadResourceError);
   }
 }
 
@@ -30,13 +49,13 @@ ScopedLock::~ScopedLock() {
 }
 
 void ScopedLock::lock() {
-  if (locked) throw boost::lock_error(EDEADLK, messages::kThreadLockError);
+  if (locked) throw ThreadLockError(EDEADLK, messages::kThreadLockError);
   mutex.lock();
   locked = true;
 }
 
 void ScopedLock::unlock() {
-  if (!locked) throw boost::lock_error(EPERM, messages::kThreadLockError);
+  if (!locked) throw ThreadLockError(EPERM, messages::kThreadLockError);
   mutex.unlock();
   locked = false;
 }
