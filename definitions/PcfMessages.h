@@ -19,3 +19,47 @@ inline constexpr const char* kArrayTypesNotSupported = "Array type records are n
 inline constexpr const char* kMessageSetsNotSupported = "Message set records are not supported yet";
 
 }  // namespace vantrelia::messages
+
+namespace vantrelia::messages {
+
+// A separator read from a header field can't also have an initiator and terminator of its own.
+inline constexpr const char* kVariableSeparatorFromField =
+    "Invalid PCF: A separator with different initiator, separator, and terminator values cannot be variable";
+
+}  // namespace vantrelia::messages
+
+namespace vantrelia::messages {
+
+// Records of custom types, array types, validation tables and error settings.
+inline constexpr const char* kValidationErrorTypeUnknown = "Validation error type unknown";
+// A custom type has one allowed-separator entry per separator, 22 at most.
+inline constexpr const char* kInvalidSeparatorEntryCount = "PCF is corrupt: Invalid number of allowed separators in custom type";
+// IllegalOperation of a custom type's escape accessors when it has no escape characters.
+inline constexpr const char* kNoCustomEscapeCharacters = "This custom type does not have custom escape characters";
+
+}  // namespace vantrelia::messages
+
+namespace vantrelia::messages {
+
+// Fields, composites and the overrides of composite fields.
+inline constexpr const char* kNoLengthField = "No length field specified for raw binary field";
+inline constexpr const char* kInvalidCountItem = "Invalid count item specified";
+inline constexpr const char* kTooManyValidationEquations = "Too many validation equations";
+inline constexpr const char* kCompositeOverrideSituational = "Fields instances on composites do not support situational fields";
+inline constexpr const char* kCompositeOverrideAdvanced = "Fields instances on composites do not support advanced validation";
+inline constexpr const char* kInvalidFieldInstanceFlags = "Invalid flags for field instance";
+inline constexpr const char* kLengthFieldOverridden = "The associated length field of a raw binary field may not be overridden";
+// Required marks of numeric message type fields, inside composites.
+inline constexpr const char* kInvalidCompositeIndex = "Invalid composite index in indexed message type field";
+inline constexpr const char* kExpectedNestedComposite = "Expected a nested composite in indexed message type field";
+// What no valid file holds, refused rather than left to break later users.
+inline constexpr const char* kInvalidFieldCount = "PCF is corrupt: Invalid number of fields";
+inline constexpr const char* kUnknownValidationTable = "PCF is corrupt: A field names an unknown validation table: ";
+inline constexpr const char* kUnknownComposite = "PCF is corrupt: A composite field names an unknown composite";
+inline constexpr const char* kOverrideIndexOutside = "PCF is corrupt: A field override names a field outside its composite";
+inline constexpr const char* kOverrideLevelNotOpen = "PCF is corrupt: A field override closes a composite that isn't open";
+// Rules of composites that this build doesn't read yet.
+inline constexpr const char* kSyntaxRulesNotSupported = "Syntax rules are not supported yet";
+inline constexpr const char* kValidationEquationsNotSupported = "Validation equations are not supported yet";
+
+}  // namespace vantrelia::messages
