@@ -9,7 +9,8 @@
 
 namespace vantrelia::compiler {
 
-WarehouseWriter::WarehouseWriter(const SourceNode& node, CompileContext& ctx) : source(node), context(ctx) {}
+WarehouseWriter::WarehouseWriter(const SourceNode& node, CompileContext& ctx)
+    : source(node), context(ctx), typeTables(node, ctx) {}
 
 void WarehouseWriter::declare() {
   source.allowOnly({"version", "hasVariableFields", "userDataKeys", "userData", "flags", "primitiveTypes",
@@ -17,9 +18,9 @@ void WarehouseWriter::declare() {
   const int version = context.version();
 
   // Record kinds whose writers come later refuse plainly rather than being dropped.
-  for (const char* key : {"primitiveTypes", "arrayTypes", "messageSets"})
-    if (!source.records(key, key).empty())
-      source.failAt(key, std::string("'") + key + "' can't be compiled yet: this compiler writes the outer structure only");
+  if (!source.records("messageSets", "messageSets").empty())
+    source.failAt("messageSets", "'messageSets' can't be compiled yet: this compiler writes the outer structure only");
+  typeTables.declare();
 
   source.requireVersion("hasVariableFields", source.flag("hasVariableFields", false), pcf::kHasVariableFields, version);
   source.requireVersion("flags", source.integer("flags", 0, INT32_MIN, UINT32_MAX) != 0, pcf::kInitialFlags, version);
@@ -40,10 +41,7 @@ void WarehouseWriter::write(PcfWriter& out) const {
   const int version = context.version();
   out.i32(version);
   if (version >= pcf::kFileHeader) out.text8(pcf::kHeaderText);
-  if (version >= pcf::kTypeTables) {
-    out.i32(0);  // primitive types
-    out.i32(0);  // array types
-  }
+  if (version >= pcf::kTypeTables) typeTables.write(out);
   if (version >= pcf::kHasVariableFields) out.boolean(source.flag("hasVariableFields", false));
   if (version >= pcf::kUserData) {
     out.count(static_cast<int32_t>(context.userDataKeys().size()));

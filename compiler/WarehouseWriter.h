@@ -2,6 +2,7 @@
 // The outer record of a definition file, written field for field as the warehouse reads it.
 
 #include "compiler/SourceNode.h"
+#include "compiler/TypeWriter.h"
 
 namespace vantrelia::compiler {
 
@@ -17,10 +18,14 @@ class WarehouseWriter {
   // Second pass: writes the bytes.
   void write(PcfWriter& out) const;
 
+  // The custom and array types, for records that refer to them by name.
+  const TypeWriter& types() const { return typeTables; }
+
  private:
   const SourceNode& source;
   CompileContext& context;
   std::vector<std::pair<int, std::u16string>> userDataValues;
+  TypeWriter typeTables;
 };
 
 }  // namespace vantrelia::compiler

@@ -19,7 +19,9 @@ void MessageWarehouseDefn::clear() {
   version = 0;
   messageSets.clear();
   primitiveTypeCount = 0;
+  primitiveTypes.clear();
   arrayTypeCount = 0;
+  arrayTypes.clear();
   hasVariableFields = false;
   userDataKeys.clear();
   userData.clear();
@@ -49,14 +51,7 @@ void MessageWarehouseDefn::readContents(InputStream& stream) {
     if (header != pcf::kHeaderText) throw InvalidFile(messages::kInvalidHeader);
   }
 
-  if (fileVersion >= pcf::kTypeTables) {
-    primitiveTypeCount = stream.readInt();
-    if (primitiveTypeCount < 0) throw InvalidFile(messages::kInvalidPrimitiveTypeCount);
-    if (primitiveTypeCount > 0) throw InvalidFile(messages::kPrimitiveTypesNotSupported);
-    arrayTypeCount = stream.readInt();
-    if (arrayTypeCount < 0) throw InvalidFile(messages::kInvalidArrayTypeCount);
-    if (arrayTypeCount > 0) throw InvalidFile(messages::kArrayTypesNotSupported);
-  }
+  if (fileVersion >= pcf::kTypeTables) readTypeTables(stream, fileVersion);
 
   if (fileVersion >= pcf::kHasVariableFields) stream.read(hasVariableFields);
 
@@ -87,6 +82,39 @@ void MessageWarehouseDefn::readContents(InputStream& stream) {
   }
   // Ids become positions once every set is in.
   for (size_t i = 0; i < messageSets.size(); ++i) messageSets[i]->setId(static_cast<int32_t>(i));
+}
+
+void MessageWarehouseDefn::readTypeTables(InputStream& stream, int fileVersion) {
+  // A record whose id is already taken is still read, to stay in step, and then dropped: the first
+  // record under an id is the one that counts.
+  primitiveTypeCount = stream.readInt();
+  if (primitiveTypeCount < 0) throw InvalidFile(messages::kInvalidPrimitiveTypeCount);
+  for (int32_t i = 0; i < primitiveTypeCount; ++i) {
+    auto type = std::make_unique<PrimitiveTypeDefn>();
+    type->load(stream, fileVersion);
+    const int32_t id = type->getId();
+    primitiveTypes.try_emplace(id, std::move(type));
+  }
+
+  // Array types come second so that their custom item types are already known.
+  arrayTypeCount = stream.readInt();
+  if (arrayTypeCount < 0) throw InvalidFile(messages::kInvalidArrayTypeCount);
+  for (int32_t i = 0; i < arrayTypeCount; ++i) {
+    auto type = std::make_unique<ArrayTypeDefn>();
+    type->load(stream, *this);
+    const int32_t id = type->getId();
+    arrayTypes.try_emplace(id, std::move(type));
+  }
+}
+
+const PrimitiveTypeDefn* MessageWarehouseDefn::findPrimitiveType(int32_t id) const {
+  const auto found = primitiveTypes.find(id);
+  return found == primitiveTypes.end() ? nullptr : found->second.get();
+}
+
+const ArrayTypeDefn* MessageWarehouseDefn::findArrayType(int32_t id) const {
+  const auto found = arrayTypes.find(id);
+  return found == arrayTypes.end() ? nullptr : found->second.get();
 }
 
 int MessageWarehouseDefn::getUserDataKeyIndex(std::u16string_view key) const {

@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "definitions/ArrayTypeDefn.h"
 #include "definitions/MessageSetDefn.h"
+#include "definitions/PrimitiveTypeDefn.h"
 #include "foundation/TRVString.h"
 
 namespace vantrelia {
@@ -57,8 +59,14 @@ class MessageWarehouseDefn {
   const std::vector<std::unique_ptr<MessageSetDefn>>& getMessageSets() const { return messageSets; }
   // For tests and the engine's own set-up: adds a set as if it had been read.
   MessageSetDefn& addMessageSet(std::unique_ptr<MessageSetDefn> set);
+  // The counts as the file gives them; a record whose id repeats an earlier one is counted but not kept.
   int getPrimitiveTypeCount() const { return primitiveTypeCount; }
   int getArrayTypeCount() const { return arrayTypeCount; }
+  const std::map<int32_t, std::unique_ptr<PrimitiveTypeDefn>>& getPrimitiveTypes() const { return primitiveTypes; }
+  const std::map<int32_t, std::unique_ptr<ArrayTypeDefn>>& getArrayTypes() const { return arrayTypes; }
+  // Null for an id the warehouse doesn't know.
+  const PrimitiveTypeDefn* findPrimitiveType(int32_t id) const;
+  const ArrayTypeDefn* findArrayType(int32_t id) const;
   bool getHasVariableFields() const { return hasVariableFields; }
   const std::vector<WideText>& getUserDataKeys() const { return userDataKeys; }
   const std::map<int32_t, WideText>& getUserData() const { return userData; }
@@ -68,11 +76,14 @@ class MessageWarehouseDefn {
 
  private:
   void readContents(InputStream& stream);
+  void readTypeTables(InputStream& stream, int fileVersion);
 
   int version = 0;  // of the loaded file; 0 when nothing is loaded
   std::vector<std::unique_ptr<MessageSetDefn>> messageSets;
   int32_t primitiveTypeCount = 0;
+  std::map<int32_t, std::unique_ptr<PrimitiveTypeDefn>> primitiveTypes;
   int32_t arrayTypeCount = 0;
+  std::map<int32_t, std::unique_ptr<ArrayTypeDefn>> arrayTypes;
   bool hasVariableFields = false;
   std::vector<WideText> userDataKeys;
   std::map<int32_t, WideText> userData;

@@ -14,8 +14,6 @@ inline constexpr const char* kInvalidArrayTypeCount = "PCF is corrupt: Invalid n
 inline constexpr const char* kUnexpectedLoadError = "Unexpected error occurred while loading parser control file";
 
 // Record kinds this build of the engine doesn't read yet; each names what it refuses.
-inline constexpr const char* kPrimitiveTypesNotSupported = "Primitive type records are not supported yet";
-inline constexpr const char* kArrayTypesNotSupported = "Array type records are not supported yet";
 inline constexpr const char* kMessageSetsNotSupported = "Message set records are not supported yet";
 
 }  // namespace vantrelia::messages

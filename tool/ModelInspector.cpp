@@ -3,9 +3,12 @@
 #include <cstdio>
 #include <sstream>
 
+#include "compiler/SeparatorWriter.h"
+#include "compiler/TypeWriter.h"
 #include "compiler/Utf8.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfVersion.h"
+#include "tool/TypeJson.h"
 
 namespace vantrelia::tool {
 
@@ -20,6 +23,63 @@ std::string hex32(uint32_t value) {
   return buffer;
 }
 
+// A data type code or separator index by its source name, or as the number when it has none.
+std::string dataTypeText(int code) {
+  const auto name = compiler::TypeWriter::dataTypeName(code);
+  return name.empty() ? std::to_string(code) : std::string(name);
+}
+
+std::string separatorText(int index) {
+  const auto name = compiler::SeparatorWriter::nameOf(index);
+  return name.empty() ? std::to_string(index) : std::string(name);
+}
+
+std::string codeText(int32_t code) {
+  char buffer[16];
+  std::snprintf(buffer, sizeof buffer, "%04X", static_cast<unsigned>(code));
+  return buffer;
+}
+
+void writeRanges(std::ostringstream& out, const char* what, const std::vector<CharacterRange>& ranges) {
+  if (ranges.empty()) return;
+  out << ", " << what << " ranges";
+  for (const auto& range : ranges) {
+    out << " " << codeText(range.getStartChar());
+    if (range.getEndChar() != range.getStartChar()) out << "-" << codeText(range.getEndChar());
+  }
+}
+
+void writePrimitiveType(std::ostringstream& out, const PrimitiveTypeDefn& type) {
+  out << "  [" << type.getId() << "] " << type.getName().str() << ": " << dataTypeText(type.getBaseType());
+  if (type.isPlainAlias()) {
+    out << ", plain alias\n";
+    return;
+  }
+  out << ", flags " << hex32(type.getFlags());
+  if (type.hasAllowedSeparators()) {
+    out << ", allowed separators";
+    for (int index = 0; index < kSeparatorCount; ++index)
+      if (type.isSeparatorAllowed(static_cast<ESeparatorType>(index))) out << " " << separatorText(index);
+  }
+  if (type.hasRegularExpression()) out << ", expression \"" << wideToUtf8(type.getRegularExpression().view()) << "\"";
+  if (type.getUsingSpecialEscapeCharacters())
+    out << ", escapes " << separatorText(type.rawStartEscapeCharacter()) << " to " << separatorText(type.rawEndEscapeCharacter());
+  if (const CharacterRanges* ranges = type.getCharacterRanges()) {
+    writeRanges(out, "allowed", ranges->getAllowedRanges());
+    writeRanges(out, "excluded", ranges->getExcludedRanges());
+  }
+  out << "\n";
+}
+
+void writeArrayType(std::ostringstream& out, const ArrayTypeDefn& type) {
+  out << "  [" << type.getId() << "] " << type.getName().str() << ": items of ";
+  if (type.getDataType() == ArrayTypeDefn::kCustomDataType)
+    out << (type.getCustomType() ? type.getCustomType()->getName().str() : std::string("an unknown type")) << " (custom)";
+  else out << dataTypeText(type.getDataType());
+  if (type.hasOwnSeparator()) out << ", own separator \"" << wideToUtf8(type.getOwnSeparator().view()) << "\"\n";
+  else out << ", separator " << separatorText(type.getArraySeparator()) << "\n";
+}
+
 }  // namespace
 
 Json ModelInspector::toJson() const {
@@ -27,8 +87,12 @@ Json ModelInspector::toJson() const {
   const int version = warehouse.getVersion();
   root["version"] = version;
   if (version >= pcf::kFileHeader) root["header"] = pcf::kHeaderText;
-  root["primitiveTypes"] = Json::array();
-  root["arrayTypes"] = Json::array();
+  Json primitiveTypes = Json::array();
+  for (const auto& [id, type] : warehouse.getPrimitiveTypes()) primitiveTypes.push_back(tool::toJson(*type));
+  root["primitiveTypes"] = primitiveTypes;
+  Json arrayTypes = Json::array();
+  for (const auto& [id, type] : warehouse.getArrayTypes()) arrayTypes.push_back(tool::toJson(*type));
+  root["arrayTypes"] = arrayTypes;
   root["hasVariableFields"] = warehouse.getHasVariableFields();
 
   Json keys = Json::array();
@@ -62,6 +126,9 @@ std::string ModelInspector::toText() const {
   out << "hasVariableFields: " << (warehouse.getHasVariableFields() ? "true" : "false") << "\n";
   out << "primitive types: " << warehouse.getPrimitiveTypeCount() << ", array types: " << warehouse.getArrayTypeCount()
       << "\n";
+  for (const auto& [id, type] : warehouse.getPrimitiveTypes()) writePrimitiveType(out, *type);
+  if (!warehouse.getArrayTypes().empty()) out << "array types:\n";
+  for (const auto& [id, type] : warehouse.getArrayTypes()) writeArrayType(out, *type);
 
   const auto& keys = warehouse.getUserDataKeys();
   out << "user data keys: " << keys.size() << "\n";

@@ -238,9 +238,6 @@ TEST(MessageWarehouseDefnTest, ForeignFailuresBecomeTheGeneralLoadError) {
 }
 
 TEST(MessageWarehouseDefnTest, RecordKindsNotReadYetAreRefusedByName) {
-  const auto prefix = [] { return PcfWriter().i32(883).text8("PCFFILE"); };
-  EXPECT_EQ(loadFailure(prefix().i32(1).bytes()), messages::kPrimitiveTypesNotSupported);
-  EXPECT_EQ(loadFailure(prefix().i32(0).i32(1).bytes()), messages::kArrayTypesNotSupported);
   EXPECT_EQ(loadFailure(PcfWriter().i32(512).i32(1).bytes()), messages::kMessageSetsNotSupported);
 }
 

@@ -8,7 +8,11 @@
 #include <sstream>
 
 #include "compiler/PcfWriter.h"
+#include "definitions/DefinitionFile.h"
+#include "definitions/ValidationErrorSettingDefn.h"
+#include "definitions/ValidationTableDefn.h"
 #include "support/TempDir.h"
+#include "tool/ValidationTableJson.h"
 
 namespace vantrelia {
 namespace {
@@ -110,6 +114,74 @@ TEST(VantreliaToolTest, CompileErrorsAndUsage) {
     EXPECT_EQ(run.exitCode, 1) << arguments;
     EXPECT_NE(run.err.find("usage: vantrelia"), std::string::npos) << arguments;
   }
+}
+
+TEST(VantreliaToolTest, InspectShowsTheTypeTables) {
+  testing::TempDir dir;
+  const std::string source = dir.write("types.yaml", std::string(R"(
+primitiveTypes:
+  - name: ID
+    regularExpression: "[A-Z]+"
+    allowedSeparators: [repeat]
+    escapeCharacters: {start: user1, end: user2}
+    characterRanges: {allowed: ["0020-007E"], excluded: ["\""]}
+  - {name: Amount, id: 9, baseType: strictReal, plainAlias: true}
+arrayTypes:
+  - {name: IDs, dataType: ID, separator: repeat}
+  - {name: Parts, ownSeparator: "~"}
+)"));
+  const std::string pcf = dir.path("types.pcf");
+  const ToolRun compiled = runTool(dir, "compile " + source + " -o " + pcf);
+  ASSERT_EQ(compiled.exitCode, 0) << compiled.err;
+
+  const ToolRun inspected = runTool(dir, "inspect " + pcf + " --json");
+  ASSERT_EQ(inspected.exitCode, 0) << inspected.err;
+  const auto json = nlohmann::json::parse(inspected.out);
+  ASSERT_EQ(json["primitiveTypes"].size(), 2u);
+  const auto& id = json["primitiveTypes"][0];  // in id order: ID got 1, Amount has 9
+  EXPECT_EQ(id["Name"], "ID");
+  EXPECT_EQ(id["id"], 1);
+  EXPECT_EQ(id["BaseType"], 4);
+  EXPECT_EQ(id["RegularExpression"], "[A-Z]+");
+  EXPECT_EQ(id["separatorAllowed"].size(), 22u);
+  EXPECT_EQ(id["separatorAllowed"][1], true);
+  EXPECT_EQ(id["flags"], 0x0C);
+  EXPECT_EQ(id["StartEscapeCharacter"], 10);
+  EXPECT_EQ(id["EndEscapeCharacter"], 11);
+  EXPECT_EQ(id["characterRanges"]["allowedRanges"][0], nlohmann::json({{"Allowed", true}, {"StartChar", 32}, {"EndChar", 126}}));
+  EXPECT_EQ(id["characterRanges"]["excludedRanges"][0]["StartChar"], 34);
+  const auto& amount = json["primitiveTypes"][1];
+  EXPECT_EQ(amount["id"], 9);
+  EXPECT_EQ(amount["flags"], 0x02);
+  EXPECT_TRUE(amount["characterRanges"].is_null());
+  ASSERT_EQ(json["arrayTypes"].size(), 2u);
+  EXPECT_EQ(json["arrayTypes"][0]["CustomType"], "ID") << "a pointer shows as the name of what it points to";
+  EXPECT_EQ(json["arrayTypes"][0]["DataType"], 9);
+  EXPECT_EQ(json["arrayTypes"][0]["ArraySeparator"], 1);
+  EXPECT_TRUE(json["arrayTypes"][1]["CustomType"].is_null());
+  EXPECT_EQ(json["arrayTypes"][1]["ArraySeparator"], -1);
+  EXPECT_EQ(json["arrayTypes"][1]["ownSeparator"], "~");
+
+  const ToolRun text = runTool(dir, "inspect " + pcf);
+  ASSERT_EQ(text.exitCode, 0);
+  for (const char* line : {"  [1] ID: string, flags 0x0000000C, allowed separators repeat, expression \"[A-Z]+\", escapes "
+                           "user1 to user2, allowed ranges 0020-007E, excluded ranges 0022\n",
+                           "  [9] Amount: strictReal, plain alias\n", "  [2] IDs: items of ID (custom), separator repeat\n",
+                           "  [3] Parts: items of string, own separator \"~\"\n"})
+    EXPECT_NE(text.out.find(line), std::string::npos) << line << "\nin:\n" << text.out;
+}
+
+// Tables and settings reach the inspector with their message set; their JSON is ready for it.
+TEST(VantreliaToolTest, ValidationTablesAndSettingsAsJson) {
+  const auto bytes = compiler::PcfWriter().text8("Sex").i32(2).text16(u"M").text16(u"Male").text16(u"\u00C9").text16(u"").bytes();
+  std::istringstream source(std::string(bytes.begin(), bytes.end()));
+  DefinitionFile file(source);
+  ValidationTableDefn table;
+  table.load(file, 883, true);
+  EXPECT_EQ(tool::toJson(table), nlohmann::ordered_json::parse(R"({"Name": "Sex", "entryCount": 2, "entries": [
+      {"value": "M", "description": "Male"}, {"value": "\u00c9", "description": ""}]})"));
+  EXPECT_EQ(tool::toJson(ValidationErrorSettingDefn(1043, qxVESWarning)),
+            nlohmann::ordered_json::parse(R"({"errorType": 2, "errorNumber": 1043})"));
 }
 
 }  // namespace

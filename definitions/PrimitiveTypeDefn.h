@@ -1,0 +1,89 @@
+#pragma once
+// A custom type: a base data type with its own checks (an expression, character ranges), the
+// separators its values may hold as they stand, and escape separators. The warehouse owns every
+// custom type and all message sets share them.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "definitions/CharacterRanges.h"
+#include "foundation/Enumerations.h"
+#include "foundation/TRVString.h"
+
+namespace vantrelia {
+
+class InputStream;
+class StringValidator;
+
+class PrimitiveTypeDefn {
+ public:
+  // Bits of `flags`.
+  static constexpr uint32_t kNoValidation = 0x01;
+  static constexpr uint32_t kPlainAlias = 0x02;  // a field of this type is a plain field of the base type
+  static constexpr uint32_t kSomeSeparatorAllowed = 0x04;
+  static constexpr uint32_t kSpecialEscapeCharacters = 0x08;
+  // The escape separators of a type that has none.
+  static constexpr int8_t kNoEscape = -1;
+  // A record never carries more entries of `separatorAllowed` than there are separators.
+  static constexpr int kMaxSeparatorEntries = kSeparatorCount;
+
+  PrimitiveTypeDefn();
+  ~PrimitiveTypeDefn();
+  PrimitiveTypeDefn(const PrimitiveTypeDefn&) = delete;
+  PrimitiveTypeDefn& operator=(const PrimitiveTypeDefn&) = delete;
+
+  // Reads one custom type record. Throws InvalidFile for a separator entry count above 22.
+  void load(InputStream& stream, int version);
+
+  const kestrel::TRVString<char>& getName() const { return Name; }
+  int32_t getId() const { return id; }
+  int32_t getBaseType() const { return BaseType; }
+  uint32_t getFlags() const { return flags; }
+
+  bool isPlainAlias() const { return (flags & kPlainAlias) != 0; }
+  bool getDoValidation() const { return (flags & kNoValidation) == 0; }
+  bool hasAllowedSeparators() const { return (flags & kSomeSeparatorAllowed) != 0; }
+  bool getUsingSpecialEscapeCharacters() const { return (flags & kSpecialEscapeCharacters) != 0; }
+
+  const kestrel::TRVString<char16_t>& getRegularExpression() const { return RegularExpression; }
+  bool hasRegularExpression() const { return RegularExpression.length() != 0; }
+
+  // One byte per ESeparatorType; non-zero means the separator stands in a value as it is.
+  const std::array<uint8_t, kSeparatorCount>& getSeparatorAllowed() const { return separatorAllowed; }
+  bool isSeparatorAllowed(ESeparatorType separator) const { return separatorAllowed.at(separator) != 0; }
+
+  // The escape separators as stored, -1 without escapes; for the parser and writers, which look at
+  // them only under kSpecialEscapeCharacters.
+  int8_t rawStartEscapeCharacter() const { return StartEscapeCharacter; }
+  int8_t rawEndEscapeCharacter() const { return EndEscapeCharacter; }
+  // The metadata accessors: a type without escape characters refuses them with IllegalOperation.
+  ESeparatorType getStartEscapeCharacter() const;
+  ESeparatorType getEndEscapeCharacter() const;
+
+  // Null when the type has no ranges.
+  const CharacterRanges* getCharacterRanges() const { return characterRanges.get(); }
+  int getCharacterRangeCount() const { return characterRanges ? characterRanges->getCharacterRangeCount() : 0; }
+
+  // The compiled form of RegularExpression. Compiling it belongs to field validation, which attaches
+  // it here so that a type's expression is compiled once; until then it stays null and only the
+  // text is known.
+  const StringValidator* getCompiledExpression() const { return compiledExpression.get(); }
+  void setCompiledExpression(std::shared_ptr<const StringValidator> validator) { compiledExpression = std::move(validator); }
+
+ private:
+  void checkEscapeCharacters() const;
+
+  kestrel::TRVString<char> Name;
+  int32_t id = 0;
+  kestrel::TRVString<char16_t> RegularExpression;
+  std::array<uint8_t, kSeparatorCount> separatorAllowed{};
+  int32_t BaseType = 4;  // string
+  int8_t StartEscapeCharacter = kNoEscape;
+  int8_t EndEscapeCharacter = kNoEscape;
+  std::unique_ptr<CharacterRanges> characterRanges;
+  uint32_t flags = 0;
+  std::shared_ptr<const StringValidator> compiledExpression;
+};
+
+}  // namespace vantrelia
