@@ -1,0 +1,107 @@
+#include "parsing/SeparatorTrieNode.h"
+
+#include <algorithm>
+
+namespace vantrelia {
+
+namespace {
+// Room made for the children of a new node before the first doubling.
+constexpr size_t kRootChildRoom = 8;
+constexpr size_t kChildRoom = 4;
+}  // namespace
+
+SeparatorTrieNode::SeparatorTrieNode() { children.reserve(kRootChildRoom); }
+
+SeparatorTrieNode::SeparatorTrieNode(char16_t character, int32_t level)
+    : character(character), level(level), minLevel(level) {
+  children.reserve(kChildRoom);
+}
+
+SeparatorTrieNode::~SeparatorTrieNode() = default;
+
+std::unique_ptr<SeparatorTrieNode> SeparatorTrieNode::makeChild(char16_t character, int32_t level) {
+  return std::unique_ptr<SeparatorTrieNode>(new SeparatorTrieNode(character, level));
+}
+
+SeparatorTrieNode* SeparatorTrieNode::addSequence(int32_t separatorIndex, std::u16string_view text,
+                                                  uint32_t kind, int32_t level,
+                                                  std::optional<std::u16string_view> replacement) {
+  if (text.empty() || text.front() == u'\0') return nullptr;
+
+  SeparatorTrieNode* node = this;
+  for (const char16_t c : text) {
+    if (c == u'\0') break;
+    node->hasChildren = true;
+    // One child per character, whatever the levels of the sequences through it.
+    auto* next = const_cast<SeparatorTrieNode*>(node->childWithCharacter(c));
+    if (next) {
+      if (level < next->minLevel) {
+        next->minLevel = level;
+        node->firstDirty = true;
+      }
+    } else {
+      node->children.push_back(makeChild(c, level));
+      node->firstDirty = true;
+      next = node->children.back().get();
+    }
+    node = next;
+  }
+
+  node->level = level;
+  // Escape marks add up with whatever else ends here, so that taking a separator out of force
+  // doesn't drop an escape on the same node. Otherwise the last kind added wins: a node is never
+  // a separator and a replacement at once.
+  if (node->flags & kEscapes) {
+    node->flags |= kind;
+  } else {
+    node->flags = kind;
+  }
+  node->separatorIndex = static_cast<int8_t>(separatorIndex);
+  if ((kind & kReplacement) && replacement && node->replacement != *replacement) {
+    node->replacement.emplace(*replacement);
+  }
+  return node;
+}
+
+std::u16string_view SeparatorTrieNode::getFirstCharacters() {
+  if (firstDirty) rebuildFirstCharacters();
+  size_t count = 0;
+  for (const auto& child : children) {
+    if (count == first->characters.size()) break;
+    if (child->minLevel <= level) first->characters[count++] = child->character;
+  }
+  return std::u16string_view(first->characters.data(), count);
+}
+
+bool SeparatorTrieNode::isAmongFirstInForce(const SeparatorTrieNode* child) const {
+  int32_t before = 0;
+  for (const auto& other : children) {
+    if (other.get() == child) return before < kFirstCharactersLimit;
+    if (other->minLevel <= level) ++before;
+  }
+  return false;
+}
+
+void SeparatorTrieNode::rebuildFirstCharacters() {
+  if (!first) first = std::make_unique<FirstCharacters>();
+  FirstCharacters& set = *first;
+  set.slotByLowByte.fill(kNoChild);
+  set.entries.clear();
+  for (size_t i = 0; i < children.size(); ++i) {
+    set.entries.push_back({children[i].get(), children[i]->minLevel, children[i]->character});
+    uint8_t& slot = set.slotByLowByte[static_cast<uint8_t>(children[i]->character)];
+    slot = slot == kNoChild && i < kSearchChildren ? static_cast<uint8_t>(i) : kSearchChildren;
+  }
+#if defined(__SSE2__)
+  set.vectored = !children.empty() && children.size() <= kVectorWidth;
+  if (set.vectored) {
+    for (size_t i = 0; i < kVectorWidth; ++i) {
+      const char16_t c = children[std::min(i, children.size() - 1)]->character;
+      set.lanes[i] = _mm_set1_epi16(static_cast<short>(c));
+    }
+  }
+#endif
+  firstDirty = false;
+}
+
+}  // namespace vantrelia
