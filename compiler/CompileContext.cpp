@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "compiler/TypeWriter.h"
+
 namespace vantrelia::compiler {
 
 int CompileContext::declareUserDataKey(const std::u16string& key) {
@@ -14,6 +16,56 @@ int CompileContext::declareUserDataKey(const std::u16string& key) {
 int CompileContext::userDataKeyIndex(const std::u16string& key) const {
   const auto found = std::find(keys.begin(), keys.end(), key);
   return found == keys.end() ? -1 : static_cast<int>(found - keys.begin());
+}
+
+void CompileContext::setTypes(const TypeWriter& types, const SourceNode& definition) {
+  typeTables = &types;
+  typeSource = definition;
+}
+
+std::optional<int32_t> CompileContext::customBaseType(std::string_view name) const {
+  if (!typeSource) return std::nullopt;
+  for (const auto& type : typeSource->records("primitiveTypes", "primitive type"))
+    if (type.text("name", "") == name) return TypeWriter::dataTypeCode(type.text("baseType", "string"));
+  return std::nullopt;
+}
+
+std::vector<int32_t> CompileContext::typeIds() const {
+  std::vector<int32_t> ids;
+  if (!typeSource || !typeTables) return ids;
+  for (const char* list : {"primitiveTypes", "arrayTypes"})
+    for (const auto& type : typeSource->records(list, list)) {
+      const auto resolved = typeTables->resolve(type.text("name", ""));
+      if (resolved && resolved->typeId) ids.push_back(*resolved->typeId);
+    }
+  return ids;
+}
+
+void CompileContext::beginMessageSet() {
+  setComposites.clear();
+  setTables.clear();
+}
+
+void CompileContext::declareComposite(const std::string& name, int32_t id, const SourceNode& source) {
+  setComposites.push_back({name, id, source});
+}
+
+const CompileContext::Composite* CompileContext::findComposite(std::string_view name) const {
+  for (const auto& composite : setComposites)
+    if (composite.name == name) return &composite;
+  return nullptr;
+}
+
+const CompileContext::Composite* CompileContext::findCompositeById(int32_t id) const {
+  for (const auto& composite : setComposites)
+    if (composite.id == id) return &composite;
+  return nullptr;
+}
+
+void CompileContext::declareValidationTable(const std::string& name) { setTables.push_back(name); }
+
+bool CompileContext::hasValidationTable(std::string_view name) const {
+  return std::find(setTables.begin(), setTables.end(), name) != setTables.end();
 }
 
 }  // namespace vantrelia::compiler

@@ -1,16 +1,24 @@
 #pragma once
 // One self-contained dialect of a definition file. So far it carries what the factory's settings
-// reach: its name, its id and its error severities; the record reader comes with the rest of it.
+// reach (its name, its id and its error severities) and what fields and composites need: its
+// warehouse, its validation tables and its composites. The record reader comes with the rest of it.
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
+#include "definitions/CompositeDefn.h"
+#include "definitions/UpdateFieldDefn.h"
 #include "definitions/ValidationErrorSettingDefn.h"
+#include "definitions/ValidationTableDefn.h"
 #include "foundation/TRVString.h"
 
 namespace vantrelia {
 
+class FieldDefn;
 class InputStream;
 class MessageWarehouseDefn;
 
@@ -18,7 +26,11 @@ class MessageSetDefn {
  public:
   MessageSetDefn() = default;
   explicit MessageSetDefn(std::string setName) : name(std::move(setName)) {}
-  virtual ~MessageSetDefn() = default;
+  explicit MessageSetDefn(const MessageWarehouseDefn& owner, std::string setName = {})
+      : name(std::move(setName)), warehouse(&owner) {}
+  virtual ~MessageSetDefn();
+  MessageSetDefn(const MessageSetDefn&) = delete;
+  MessageSetDefn& operator=(const MessageSetDefn&) = delete;
 
   void load(MessageWarehouseDefn& warehouse, InputStream& stream, int version);
 
@@ -26,13 +38,49 @@ class MessageSetDefn {
   void setId(int32_t value) { id = value; }
   const kestrel::TRVString<char>& getName() const { return name; }
 
+  // The warehouse that owns the set; null for a set made on its own.
+  const MessageWarehouseDefn* getWarehouse() const { return warehouse; }
+  void setWarehouse(const MessageWarehouseDefn* owner) { warehouse = owner; }
+
   std::vector<ValidationErrorSettingDefn>& getValidationErrorSettings() { return validationErrorSettings; }
   // The first setting with that number. Throws BadParameter "Couldn't find the error number N".
   ValidationErrorSettingDefn& getValidationErrorSetting(int number);
 
+  int getValidationTableCount() const { return static_cast<int>(validationTables.size()); }
+  const std::vector<std::unique_ptr<ValidationTableDefn>>& getValidationTables() const { return validationTables; }
+  // Takes a loaded table and enters it under its name; of two tables with one name the first is found.
+  ValidationTableDefn& addValidationTable(std::unique_ptr<ValidationTableDefn> table);
+  // By name, case counting; null when absent.
+  const ValidationTableDefn* findValidationTable(const std::string& tableName) const;
+
+  int getCompositeCount() const { return static_cast<int>(composites.size()); }
+  const std::vector<std::unique_ptr<CompositeDefn>>& getComposites() const { return composites; }
+  // The first composite with that id, or with that name (exact comparison); null when absent.
+  const CompositeDefn* findCompositeById(int32_t compositeId) const;
+  const CompositeDefn* findCompositeByName(std::string_view compositeName) const;
+
+  // The set's load step after its composites: takes them in file order, points every composite
+  // field of every composite at its composite by id (composites may refer to later ones), then
+  // applies the overrides collected in `updates` to the fields of every composite, in order.
+  // Throws InvalidFile for an id that names no composite and for bad overrides.
+  void addComposites(std::vector<std::unique_ptr<CompositeDefn>> loaded, FieldUpdates& updates);
+  // The same for one field of a segment, once the composites are in: its composite, then the
+  // overrides collected for it. A primitive field is left as it is.
+  void resolveCompositeField(FieldDefn& field, FieldUpdates& updates) const;
+
  private:
+  static void applyUpdates(FieldDefn& field, FieldUpdates& updates);
+  CompositeDefn* compositeWithId(int32_t compositeId) const;
+
   int32_t id = 0;
   kestrel::TRVString<char> name;
+  const MessageWarehouseDefn* warehouse = nullptr;
+  std::vector<std::unique_ptr<CompositeDefn>> composites;
+  std::vector<std::unique_ptr<ValidationTableDefn>> validationTables;
+  // Not owning; comparison by character code, case counting.
+  std::map<std::string, ValidationTableDefn*, std::less<>> validationTablesByName;
+  // Not owning; the first composite of an id, for the fix-up of composite fields.
+  std::map<int32_t, CompositeDefn*> compositesById;
   std::vector<ValidationErrorSettingDefn> validationErrorSettings;
 };
 

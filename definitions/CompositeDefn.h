@@ -1,0 +1,92 @@
+#pragma once
+// A named, reusable list of fields with a separator of its own. The message set owns its
+// composites; fields of other composites and segments point at them.
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "definitions/FieldDefn.h"
+#include "foundation/Enumerations.h"
+#include "foundation/TRVString.h"
+
+namespace vantrelia {
+
+class SyntaxRuleSet;
+class ValidationEquation;
+
+class CompositeDefn {
+ public:
+  using WideText = kestrel::TRVString<char16_t>;
+
+  // Bits of `flags`.
+  static constexpr uint32_t kHasVariableField = 0x01;
+  static constexpr uint32_t kHoldsQuotedText = 0x02;  // read straight from the stream
+
+  CompositeDefn();
+  virtual ~CompositeDefn();
+  CompositeDefn(const CompositeDefn&) = delete;
+  CompositeDefn& operator=(const CompositeDefn&) = delete;
+
+  // Reads one composite record with its fields. Composite fields leave their override blocks in
+  // `updates`. Throws InvalidFile, also for syntax rules and validation equations, which this
+  // engine doesn't read yet.
+  void load(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
+
+  const kestrel::TRVString<char>& getName() const { return Name; }
+  const WideText& getSpecialSeparatorString() const { return SpecialSeparatorString; }
+  int32_t getSeparatorType() const { return SeparatorType; }
+  bool isFixedWidth() const { return FixedWidth != 0; }
+  int32_t getId() const { return id; }
+  int32_t getFieldCount() const { return static_cast<int32_t>(fields.size()); }
+  // Throws BadParameter for an index outside the fields.
+  const FieldDefn& getField(int32_t index) const;
+  FieldDefn& getField(int32_t index);
+  const std::vector<std::unique_ptr<FieldDefn>>& getFields() const { return fields; }
+  // Null: files with syntax rules aren't read yet.
+  const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
+  // The equation of that field, or null; a composite without equations has none for any field.
+  const ValidationEquation* getEquation(int32_t index) const;
+  bool hasEquations() const { return !equations.empty(); }
+  const UserDataMap& getUserData() const { return userData; }
+  uint32_t getFlags() const { return flags; }
+  ECompositeType getCompositeType() const { return CompositeType ? qxCompTypeFieldPresenceIndicator : qxCompTypeNormal; }
+  int32_t getSpecialSeparatorType() const { return SpecialSeparatorType; }
+  const WideText& getIndicatorSeparatorString() const { return indicatorSeparatorString; }
+
+  // Marks required the field that a list of 1-based indexes reaches from this composite, as the
+  // numeric message type fields of a set do. Throws InvalidFile "Invalid composite index in indexed
+  // message type field" for an index outside the fields, "Expected a nested composite in indexed
+  // message type field" for a path that goes on below a field that isn't composite.
+  void markRequiredPath(std::span<const int32_t> indexes);
+  // The same by names: "NAME/SUB" marks the first field named NAME (ignoring case) and, inside
+  // its composite, the first named SUB. A name that no field has marks nothing further.
+  void markRequiredByName(std::string_view path);
+
+  // Works out flag 0x02 from the fields, nested composites first; done once, when the views are
+  // bound. A composite that holds itself is taken as it stands when met again.
+  void workOutQuotedText();
+
+ private:
+  void readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
+
+  kestrel::TRVString<char> Name;
+  WideText SpecialSeparatorString;
+  int32_t SeparatorType = qxSepAuto;
+  uint8_t FixedWidth = 0;
+  int32_t id = 0;
+  std::vector<std::unique_ptr<FieldDefn>> fields;
+  std::shared_ptr<SyntaxRuleSet> SyntaxRules;
+  // One slot for each field when the file gives equations, else empty.
+  std::vector<std::shared_ptr<ValidationEquation>> equations;
+  UserDataMap userData;
+  uint32_t flags = 0;
+  uint8_t CompositeType = 0;
+  int32_t SpecialSeparatorType = qxSepString;
+  WideText indicatorSeparatorString;
+  enum class QuotedText : uint8_t { NotWorkedOut, WorkingOut, WorkedOut } quotedText = QuotedText::NotWorkedOut;
+};
+
+}  // namespace vantrelia
