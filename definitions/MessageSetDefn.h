@@ -10,7 +10,11 @@
 #include <string_view>
 #include <vector>
 
+#include <array>
+
 #include "definitions/CompositeDefn.h"
+#include "definitions/FieldPathDefn.h"
+#include "definitions/SeparatorDefn.h"
 #include "definitions/UpdateFieldDefn.h"
 #include "definitions/ValidationErrorSettingDefn.h"
 #include "definitions/ValidationTableDefn.h"
@@ -37,6 +41,21 @@ class MessageSetDefn {
   int32_t getId() const { return id; }
   void setId(int32_t value) { id = value; }
   const kestrel::TRVString<char>& getName() const { return name; }
+
+  bool isFixedWidth() const { return FixedWidth; }
+  bool getInitializeSeparatorsFromParent() const { return InitializeSeparatorsFromParent; }
+  bool getTrimSegments() const { return TrimSegments; }
+  bool getGenericParsing() const { return genericParsing; }
+  bool getCountEncodedLength() const { return countEncodedLength; }
+  bool getInitializeValidationErrSettingsFromParent() const { return InitializeValidationErrSettingsFromParent; }
+  int32_t getHeaderItemCount() const { return headerItemCount; }
+  const UserDataMap& getUserData() const { return userData; }
+
+  // Indexed by ESeparatorType; a separator the file doesn't give keeps its defaults.
+  const SeparatorDefn& getSeparator(int type) const { return separators.at(static_cast<size_t>(type)); }
+  SeparatorDefn& getSeparator(int type) { return separators.at(static_cast<size_t>(type)); }
+  int32_t getMessageTypeFieldCount() const { return static_cast<int32_t>(messageTypeFields.size()); }
+  const std::vector<FieldPathDefn>& getMessageTypeFields() const { return messageTypeFields; }
 
   // The warehouse that owns the set; null for a set made on its own.
   const MessageWarehouseDefn* getWarehouse() const { return warehouse; }
@@ -74,6 +93,17 @@ class MessageSetDefn {
 
   int32_t id = 0;
   kestrel::TRVString<char> name;
+  bool FixedWidth = false;
+  bool reserved = false;  // read from the file, used by nothing
+  bool InitializeSeparatorsFromParent = false;
+  bool TrimSegments = false;
+  bool genericParsing = false;
+  bool countEncodedLength = true;
+  std::array<SeparatorDefn, kSeparatorCount> separators;
+  std::vector<FieldPathDefn> messageTypeFields;
+  int32_t headerItemCount = 1;
+  UserDataMap userData;
+  bool InitializeValidationErrSettingsFromParent = false;
   const MessageWarehouseDefn* warehouse = nullptr;
   std::vector<std::unique_ptr<CompositeDefn>> composites;
   std::vector<std::unique_ptr<ValidationTableDefn>> validationTables;
