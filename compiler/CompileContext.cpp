@@ -43,6 +43,7 @@ std::vector<int32_t> CompileContext::typeIds() const {
 
 void CompileContext::beginMessageSet() {
   setComposites.clear();
+  setSegments.clear();
   setTables.clear();
 }
 
@@ -62,7 +63,36 @@ const CompileContext::Composite* CompileContext::findCompositeById(int32_t id) c
   return nullptr;
 }
 
+void CompileContext::declareSegment(const std::string& name, int32_t id, const SourceNode& source) {
+  setSegments.push_back({name, id, source});
+}
+
+const CompileContext::Segment* CompileContext::findSegment(std::string_view name) const {
+  for (const auto& segment : setSegments)
+    if (segment.name == name) return &segment;
+  return nullptr;
+}
+
+const CompileContext::Segment* CompileContext::findSegmentById(int32_t id) const {
+  for (const auto& segment : setSegments)
+    if (segment.id == id) return &segment;
+  return nullptr;
+}
+
+std::optional<int32_t> CompileContext::segmentId(std::string_view name) const {
+  const Segment* segment = findSegment(name);
+  return segment ? std::optional<int32_t>(segment->id) : std::nullopt;
+}
+
 void CompileContext::declareValidationTable(const std::string& name) { setTables.push_back(name); }
+
+void CompileContext::declareMessageSet(const std::string& name, int32_t id) { messageSets.emplace_back(name, id); }
+
+std::optional<int32_t> CompileContext::messageSetId(std::string_view name) const {
+  for (const auto& [setName, id] : messageSets)
+    if (setName == name) return id;
+  return std::nullopt;
+}
 
 bool CompileContext::hasValidationTable(std::string_view name) const {
   return std::find(setTables.begin(), setTables.end(), name) != setTables.end();

@@ -3,6 +3,8 @@
 // names in the source into the numbers of the file.
 
 #include <cstdint>
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,8 +50,33 @@ class CompileContext {
   const Composite* findComposite(std::string_view name) const;
   const Composite* findCompositeById(int32_t id) const;
   const std::vector<Composite>& composites() const { return setComposites; }
+  // Segments of the set: message items refer to them by name, the file by id.
+  struct Segment {
+    std::string name;
+    int32_t id;
+    SourceNode source;
+  };
+  void declareSegment(const std::string& name, int32_t id, const SourceNode& source);
+  const Segment* findSegment(std::string_view name) const;
+  const Segment* findSegmentById(int32_t id) const;
+  // The id of the segment of that name, if the set has one.
+  std::optional<int32_t> segmentId(std::string_view name) const;
+  const std::vector<Segment>& segments() const { return setSegments; }
   void declareValidationTable(const std::string& name);
   bool hasValidationTable(std::string_view name) const;
+
+  // State tables to embed, by set and message position, as the engine built them from a first
+  // compilation of the same source without tables.
+  void setStateTables(size_t set, size_t message, std::vector<uint8_t> bytes) { stateTables[{set, message}] = std::move(bytes); }
+  const std::vector<uint8_t>* stateTablesFor(size_t set, size_t message) const {
+    const auto found = stateTables.find({set, message});
+    return found == stateTables.end() ? nullptr : &found->second;
+  }
+
+  // Message sets are known to the whole file by name, so that an item can embed a set that comes
+  // later. Ids are assigned in file order from 1 unless the source gives one.
+  void declareMessageSet(const std::string& name, int32_t id);
+  std::optional<int32_t> messageSetId(std::string_view name) const;
 
  private:
   int fileVersion;
@@ -57,7 +84,10 @@ class CompileContext {
   const TypeWriter* typeTables = nullptr;
   std::optional<SourceNode> typeSource;
   std::vector<Composite> setComposites;
+  std::vector<Segment> setSegments;
   std::vector<std::string> setTables;
+  std::vector<std::pair<std::string, int32_t>> messageSets;
+  std::map<std::pair<size_t, size_t>, std::vector<uint8_t>> stateTables;
 };
 
 }  // namespace vantrelia::compiler

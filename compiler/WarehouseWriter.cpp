@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "compiler/CompileContext.h"
+#include "compiler/MessageSetWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/Utf8.h"
 #include "definitions/PcfVersion.h"
@@ -17,10 +18,8 @@ void WarehouseWriter::declare() {
                     "arrayTypes", "messageSets"});
   const int version = context.version();
 
-  // Record kinds whose writers come later refuse plainly rather than being dropped.
-  if (!source.records("messageSets", "messageSets").empty())
-    source.failAt("messageSets", "'messageSets' can't be compiled yet: this compiler writes the outer structure only");
   typeTables.declare();
+  context.setTypes(typeTables, source);
 
   source.requireVersion("hasVariableFields", source.flag("hasVariableFields", false), pcf::kHasVariableFields, version);
   source.requireVersion("flags", source.integer("flags", 0, INT32_MIN, UINT32_MAX) != 0, pcf::kInitialFlags, version);
@@ -35,6 +34,7 @@ void WarehouseWriter::declare() {
     if (!wideKey) source.failAt("userData", "a user-data key is not valid UTF-8");
     userDataValues.emplace_back(context.declareUserDataKey(*wideKey), value);
   }
+  MessageSetWriter::declareAll(source.records("messageSets", "message set"), context);
 }
 
 void WarehouseWriter::write(PcfWriter& out) const {
@@ -51,7 +51,9 @@ void WarehouseWriter::write(PcfWriter& out) const {
   }
   if (version >= pcf::kInitialFlags)
     out.i32(static_cast<int32_t>(static_cast<uint32_t>(source.integer("flags", 0, INT32_MIN, UINT32_MAX))));
-  out.i32(0);  // message sets
+  const auto sets = source.records("messageSets", "message set");
+  out.i32(static_cast<int32_t>(sets.size()));
+  for (size_t i = 0; i < sets.size(); ++i) MessageSetWriter::write(sets[i], i, context, out);
 }
 
 }  // namespace vantrelia::compiler

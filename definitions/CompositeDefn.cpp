@@ -6,21 +6,9 @@
 #include "definitions/PrimitiveTypeDefn.h"
 #include "foundation/CheckIndex.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/TextCompare.h"
 
 namespace vantrelia {
-
-namespace {
-
-bool equalIgnoringCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    if (lower(a[i]) != lower(b[i])) return false;
-  }
-  return true;
-}
-
-}  // namespace
 
 CompositeDefn::CompositeDefn() = default;
 CompositeDefn::~CompositeDefn() = default;

@@ -14,6 +14,9 @@
 
 #include "definitions/CompositeDefn.h"
 #include "definitions/FieldPathDefn.h"
+#include "definitions/MessageDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SegmentTagMap.h"
 #include "definitions/SeparatorDefn.h"
 #include "definitions/UpdateFieldDefn.h"
 #include "definitions/ValidationErrorSettingDefn.h"
@@ -36,7 +39,13 @@ class MessageSetDefn {
   MessageSetDefn(const MessageSetDefn&) = delete;
   MessageSetDefn& operator=(const MessageSetDefn&) = delete;
 
-  void load(MessageWarehouseDefn& warehouse, InputStream& stream, int version);
+  // Error numbers of findings; every set ends its load with a setting for each.
+  static constexpr int32_t kFirstErrorNumber = 1001;
+  static constexpr int32_t kLastErrorNumber = 1052;
+
+  // Reads the set's record and everything in it. Messages whose state tables the file doesn't
+  // carry go on `deferredMessages`: their tables are built once every set is in.
+  void load(MessageWarehouseDefn& warehouse, InputStream& stream, int version, std::vector<MessageDefn*>& deferredMessages);
 
   int32_t getId() const { return id; }
   void setId(int32_t value) { id = value; }
@@ -62,6 +71,7 @@ class MessageSetDefn {
   void setWarehouse(const MessageWarehouseDefn* owner) { warehouse = owner; }
 
   std::vector<ValidationErrorSettingDefn>& getValidationErrorSettings() { return validationErrorSettings; }
+  const std::vector<ValidationErrorSettingDefn>& getValidationErrorSettings() const { return validationErrorSettings; }
   // The first setting with that number. Throws BadParameter "Couldn't find the error number N".
   ValidationErrorSettingDefn& getValidationErrorSetting(int number);
 
@@ -87,8 +97,35 @@ class MessageSetDefn {
   // overrides collected for it. A primitive field is left as it is.
   void resolveCompositeField(FieldDefn& field, FieldUpdates& updates) const;
 
+  // Segments, in file order, and the two look-ups that parsing and message items use.
+  int getSegmentCount() const { return static_cast<int>(segments.size()); }
+  const std::vector<std::unique_ptr<SegmentDefn>>& getSegments() const { return segments; }
+  // The first segment of that id; null when absent.
+  const SegmentDefn* findSegmentById(int32_t segmentId) const;
+  SegmentDefn* findSegmentById(int32_t segmentId);
+  const SegmentTagMap& getTagMap() const { return tagMap; }
+  // The set's load step after each segment, once the composites are in: takes it, enters it under
+  // its id and its tag, then resolves each of its composite fields with the overrides collected for
+  // it. Throws InvalidFile for an id that names no composite and for bad overrides.
+  SegmentDefn& addSegment(std::unique_ptr<SegmentDefn> segment, FieldUpdates& updates);
+
+  // Messages, in file order, and by their first type (the empty text for a message without one).
+  int getMessageCount() const { return static_cast<int>(messageDefns.size()); }
+  const std::vector<std::unique_ptr<MessageDefn>>& getMessages() const { return messageDefns; }
+  // The first message entered under that type; null when absent.
+  const MessageDefn* findMessageByType(std::u16string_view type) const;
+  const std::multimap<std::u16string, MessageDefn*, std::less<>>& getMessagesByType() const { return messagesByType; }
+  // For tests and the engine's own set-up: a message type field as if read (dots become "/").
+  void addMessageTypeField(std::string_view path) { messageTypeFields.push_back(FieldPathDefn::parseDotted(path)); }
+  // The set's load step after each message: takes it and enters it under its first type.
+  MessageDefn& addMessage(std::unique_ptr<MessageDefn> message);
+
  private:
   static void applyUpdates(FieldDefn& field, FieldUpdates& updates);
+  void fillUpValidationErrorSettings();
+  void markMessageTypeFields();
+  static void markByName(SegmentDefn& segment, std::string_view path);
+  static void markByIndex(SegmentDefn& segment, const std::vector<int32_t>& indexes);
   CompositeDefn* compositeWithId(int32_t compositeId) const;
 
   int32_t id = 0;
@@ -111,6 +148,14 @@ class MessageSetDefn {
   std::map<std::string, ValidationTableDefn*, std::less<>> validationTablesByName;
   // Not owning; the first composite of an id, for the fix-up of composite fields.
   std::map<int32_t, CompositeDefn*> compositesById;
+  std::vector<std::unique_ptr<SegmentDefn>> segments;
+  // Not owning; the first segment of an id.
+  std::map<int32_t, SegmentDefn*> segmentsById;
+  SegmentTagMap tagMap;
+  // Owned, file order (the name keeps clear of the namespace of failure texts).
+  std::vector<std::unique_ptr<MessageDefn>> messageDefns;
+  // Not owning; compared by code unit, messages of one key in file order.
+  std::multimap<std::u16string, MessageDefn*, std::less<>> messagesByType;
   std::vector<ValidationErrorSettingDefn> validationErrorSettings;
 };
 

@@ -75,12 +75,24 @@ void MessageWarehouseDefn::readContents(InputStream& stream) {
 
   const int setCount = stream.readInt();
   version = fileVersion;
+  std::vector<MessageDefn*> deferredMessages;
   for (int i = 0; i < setCount; ++i) {
-    auto set = std::make_unique<MessageSetDefn>();
-    set->load(*this, stream, fileVersion);
-    messageSets.push_back(std::move(set));
+    // In the list before it is read, so that its items can find the sets read so far by id.
+    MessageSetDefn& set = addMessageSet(std::make_unique<MessageSetDefn>(*this));
+    set.load(*this, stream, fileVersion, deferredMessages);
   }
-  // Ids become positions once every set is in.
+
+  // An item may embed a set that comes later in the file; now that all are in, those references
+  // can be completed. With one set there is nothing later to find.
+  if (messageSets.size() > 1)
+    for (const auto& set : messageSets)
+      for (const auto& message : set->getMessages()) message->completeEmbeddedReferences(*this);
+
+  // Files without state tables get theirs built here, once embedded sets can be reached.
+  for (MessageDefn* message : deferredMessages) message->buildStateTables();
+
+  // From here on a set's id is its position; embedded references are complete and never looked up
+  // by file id again.
   for (size_t i = 0; i < messageSets.size(); ++i) messageSets[i]->setId(static_cast<int32_t>(i));
 }
 

@@ -13,9 +13,6 @@ inline constexpr const char* kInvalidPrimitiveTypeCount = "PCF is corrupt: Inval
 inline constexpr const char* kInvalidArrayTypeCount = "PCF is corrupt: Invalid number of array types";
 inline constexpr const char* kUnexpectedLoadError = "Unexpected error occurred while loading parser control file";
 
-// Record kinds this build of the engine doesn't read yet; each names what it refuses.
-inline constexpr const char* kMessageSetsNotSupported = "Message set records are not supported yet";
-
 }  // namespace vantrelia::messages
 
 namespace vantrelia::messages {
@@ -59,5 +56,41 @@ inline constexpr const char* kOverrideLevelNotOpen = "PCF is corrupt: A field ov
 // Rules of composites that this build doesn't read yet.
 inline constexpr const char* kSyntaxRulesNotSupported = "Syntax rules are not supported yet";
 inline constexpr const char* kValidationEquationsNotSupported = "Validation equations are not supported yet";
+
+}  // namespace vantrelia::messages
+
+namespace vantrelia::messages {
+
+// Segment records: a variable field whose key field lies outside the segment's fields.
+inline constexpr const char* kVariableTypeFieldInvalid = "Variable type field is invalid";
+
+}  // namespace vantrelia::messages
+
+namespace vantrelia::messages {
+
+// Messages, message items, groups and state tables.
+inline constexpr const char* kInvalidSituationalInstancesData = "Invalid situational field instances data";
+inline constexpr const char* kInvalidSituationalInstanceData = "Invalid situational field instance data";
+inline constexpr const char* kInvalidUnorderedItemType = "Invalid message item type in unordered group";
+// Rule kinds of message items that this build doesn't read yet.
+inline constexpr const char* kSituationalRulesNotSupported = "Situational rules are not supported yet";
+inline constexpr const char* kAdvancedValidationNotSupported = "Advanced validation is not supported yet";
+// What no valid file holds, refused rather than left to break the parser later.
+inline constexpr const char* kInvalidMessageItemCount = "PCF is corrupt: Invalid number of message items";
+inline constexpr const char* kInvalidMatchCount = "PCF is corrupt: Invalid number of matches";
+inline constexpr const char* kInvalidMessageItemType = "PCF is corrupt: Invalid message item type";
+inline constexpr const char* kUnknownSegment = "PCF is corrupt: A message item names an unknown segment";
+inline constexpr const char* kItemOverrideIndexOutside = "PCF is corrupt: A message item override names a field outside its segment or composite";
+inline constexpr const char* kItemsNestedTooDeeply = "PCF is corrupt: Message items are nested too deeply";
+inline constexpr const char* kInvalidVisibleChildTable = "PCF is corrupt: Invalid visible child table";
+inline constexpr const char* kInvalidStateCount = "PCF is corrupt: Invalid state table";
+inline constexpr const char* kUnknownStateItem = "PCF is corrupt: A state names an unknown message item";
+inline constexpr const char* kInvalidStateTarget = "PCF is corrupt: A transition names a state outside its table";
+
+// The message set record.
+inline constexpr const char* kTooManySeparators = "PCF is corrupt: Invalid number of separators";
+inline constexpr const char* kInvalidFirstTypeFieldIndex = "Indexed message type field has an invalid index for the first field";
+inline constexpr const char* kFirstTypeFieldNotComposite =
+    "Expected the first field of an indexed message type field to be a composite";
 
 }  // namespace vantrelia::messages

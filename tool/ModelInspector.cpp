@@ -8,6 +8,7 @@
 #include "compiler/Utf8.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfVersion.h"
+#include "tool/MessageSetJson.h"
 #include "tool/TypeJson.h"
 
 namespace vantrelia::tool {
@@ -80,6 +81,45 @@ void writeArrayType(std::ostringstream& out, const ArrayTypeDefn& type) {
   else out << ", separator " << separatorText(type.getArraySeparator()) << "\n";
 }
 
+// The records inside a message set are many and deep; they are shown as an indented outline of
+// the same document that --json prints, so that text and JSON never tell different stories.
+void writeTree(std::ostringstream& out, const Json& node, int indent) {
+  const std::string pad(static_cast<size_t>(indent), ' ');
+  // Control characters (separators are often CR, LF and the like) are shown as escapes.
+  const auto scalar = [](const Json& value) {
+    if (!value.is_string()) return value.dump();
+    std::string shown;
+    for (char c : value.get<std::string>()) {
+      if (static_cast<unsigned char>(c) < 0x20) {
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned>(c));
+        shown += escape;
+      } else {
+        shown += c;
+      }
+    }
+    return shown;
+  };
+  const auto isLeaf = [](const Json& value) { return !value.is_structured() || value.empty(); };
+  if (node.is_object()) {
+    for (const auto& [key, value] : node.items()) {
+      if (isLeaf(value)) out << pad << key << ": " << (value.is_structured() ? "(none)" : scalar(value)) << "\n";
+      else {
+        out << pad << key << ":\n";
+        writeTree(out, value, indent + 2);
+      }
+    }
+  } else if (node.is_array()) {
+    for (const auto& value : node) {
+      if (isLeaf(value)) out << pad << "- " << (value.is_structured() ? "(none)" : scalar(value)) << "\n";
+      else {
+        out << pad << "-\n";
+        writeTree(out, value, indent + 2);
+      }
+    }
+  }
+}
+
 }  // namespace
 
 Json ModelInspector::toJson() const {
@@ -106,12 +146,7 @@ Json ModelInspector::toJson() const {
   root["flags"] = warehouse.getSettings().flags;
 
   Json sets = Json::array();
-  for (const auto& set : warehouse.getMessageSets()) {
-    Json entry;
-    entry["id"] = set->getId();
-    entry["name"] = set->getName().str();
-    sets.push_back(entry);
-  }
+  for (const auto& set : warehouse.getMessageSets()) sets.push_back(tool::toJson(*set));
   root["messageSets"] = sets;
   return root;
 }
@@ -145,7 +180,13 @@ std::string ModelInspector::toText() const {
       out << "  [" << index << "] (no such key) = " << wideToUtf8(value.view()) << "\n";
 
   out << "message sets: " << warehouse.getMessageSetCount() << "\n";
-  for (const auto& set : warehouse.getMessageSets()) out << "  [" << set->getId() << "] " << set->getName().str() << "\n";
+  for (const auto& set : warehouse.getMessageSets()) {
+    out << "  [" << set->getId() << "] " << set->getName().str() << "\n";
+    Json details = tool::toJson(*set);
+    details.erase("id");
+    details.erase("name");
+    writeTree(out, details, 4);
+  }
   return out.str();
 }
 

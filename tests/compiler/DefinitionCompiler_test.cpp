@@ -131,7 +131,9 @@ TEST(DefinitionCompilerTest, SourceMistakesNameTheLine) {
       {"{}", 900, "format version 900 is outside 512 to 883"},
       {"- a list", {}, "line 1: the definition must be a mapping of keys to values"},
       {"a: [unclosed", {}, "line 1: "},
-      {"messageSets:\n  - name: HL7", {}, "line 1: 'messageSets' can't be compiled yet"},
+      {"messageSets:\n  - {fixedWidth: true}", {}, "line 2: message set 0 needs a name"},
+      {"version: 800\nmessageSets:\n  - name: A\n    genericParsing: true", {},
+       "line 4: 'genericParsing' of message set 'A' needs format version 804 or later"},
   };
   for (const Case& c : cases) {
     const std::string failure = compileFailure(c.source, c.version);

@@ -237,9 +237,5 @@ TEST(MessageWarehouseDefnTest, ForeignFailuresBecomeTheGeneralLoadError) {
   }
 }
 
-TEST(MessageWarehouseDefnTest, RecordKindsNotReadYetAreRefusedByName) {
-  EXPECT_EQ(loadFailure(PcfWriter().i32(512).i32(1).bytes()), messages::kMessageSetsNotSupported);
-}
-
 }  // namespace
 }  // namespace vantrelia

@@ -1,0 +1,43 @@
+#pragma once
+// One condition of a match list: the field at a path must hold a value. Segments, message items
+// and messages carry match lists to tell apart definitions that the wire text alone doesn't.
+
+#include <memory>
+#include <string_view>
+
+#include "foundation/TRVString.h"
+
+namespace vantrelia {
+
+class InputStream;
+class StringValidator;
+
+// The seam where match patterns plug in: the regular expression that a match's value stands for.
+// Regular expressions aren't built yet, so for now this gives null and a match keeps only its text.
+std::shared_ptr<StringValidator> buildMatchPattern(std::u16string_view value);
+
+class MatchDefn {
+ public:
+  using WideText = kestrel::TRVString<char16_t>;
+
+  MatchDefn();
+  virtual ~MatchDefn();
+  MatchDefn(const MatchDefn&) = delete;
+  MatchDefn& operator=(const MatchDefn&) = delete;
+
+  // Reads the path and the value text. Throws InvalidFile.
+  void load(InputStream& stream, int version);
+
+  // Steps joined by "/", whichever of "." or "/" the file used.
+  const kestrel::TRVString<char>& getFieldPath() const { return FieldPath; }
+  const WideText& getValue() const { return value; }
+  // Null when the path or the value is empty, and for now always.
+  const StringValidator* getPattern() const { return pattern.get(); }
+
+ private:
+  kestrel::TRVString<char> FieldPath;
+  WideText value;
+  std::shared_ptr<StringValidator> pattern;
+};
+
+}  // namespace vantrelia

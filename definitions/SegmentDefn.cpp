@@ -1,0 +1,158 @@
+#include "definitions/SegmentDefn.h"
+
+#include <algorithm>
+
+#include "definitions/InputStream.h"
+#include "definitions/PcfMessages.h"
+#include "definitions/PcfVersion.h"
+#include "definitions/VariableFieldDefn.h"
+#include "foundation/CheckIndex.h"
+#include "foundation/InvalidFile.h"
+#include "foundation/TextConversion.h"
+
+namespace vantrelia {
+
+SegmentDefn::SegmentDefn() = default;
+SegmentDefn::~SegmentDefn() = default;
+
+const FieldDefn& SegmentDefn::getField(int32_t index) const {
+  checkIndex(index, getFieldCount());
+  return *fields[static_cast<size_t>(index)];
+}
+
+FieldDefn& SegmentDefn::getField(int32_t index) {
+  checkIndex(index, getFieldCount());
+  return *fields[static_cast<size_t>(index)];
+}
+
+const ValidationEquation* SegmentDefn::getEquation(int32_t index) const {
+  if (index < 0 || static_cast<size_t>(index) >= equations.size()) return nullptr;
+  return equations[static_cast<size_t>(index)].get();
+}
+
+ESegmentType SegmentDefn::getSegmentType() const {
+  if (flags & kFieldPresenceIndicator) return qxSegTypeFieldPresenceIndicator;
+  if (flags & kNameValuePair) return qxSegTypeNameValuePair;
+  return qxSegTypeNormal;
+}
+
+const SegmentDefn::SpecialSeparator* SegmentDefn::getSpecialSeparator() const {
+  return getSegmentType() == qxSegTypeNameValuePair ? getNameValueSeparator() : getPresenceSeparator();
+}
+
+void SegmentDefn::load(MessageSetDefn& owner, InputStream& stream, int version, FieldUpdates& updates) {
+  set = &owner;
+  stream.read(Name).read(Tag).read(SpecialSeparatorString).read(SeparatorType);
+  bool fixedWidth = false;
+  stream.read(fixedWidth);
+  FixedWidth = fixedWidth ? 1 : 0;
+  stream.read(id);
+  // Old files name a segment by its tag when they give none.
+  if (version < pcf::kEmptyTagStaysEmpty && Tag.empty()) Tag = widenSigned(Name.view());
+  readFields(owner, stream, version, updates);
+  readMatches(stream, version);
+
+  if (version >= pcf::kSyntaxRules) {
+    bool hasSyntaxRules = false;
+    stream.read(hasSyntaxRules);
+    if (hasSyntaxRules) throw InvalidFile(messages::kSyntaxRulesNotSupported);
+  }
+  if (version >= pcf::kValidationEquations) {
+    const int equationCount = stream.readCount();
+    if (equationCount > getFieldCount()) throw InvalidFile(messages::kTooManyValidationEquations);
+    if (equationCount > 0) throw InvalidFile(messages::kValidationEquationsNotSupported);
+  }
+  if (version >= pcf::kUserData) readUserData(stream, userData);
+  if (version >= pcf::kDefinitionFlagWords) {
+    flags = static_cast<uint32_t>(stream.readInt());
+  } else if (version >= pcf::kSyntaxRules) {
+    // These versions have no flag word: the variable fields say it.
+    for (const auto& field : fields)
+      if (field->getDataType() == FieldDefn::kVariable) flags |= kHasVariableField;
+  }
+  readSpecialRecords(stream, version);
+  if (flags & kHasVariableField) workOutVariableKeys();
+}
+
+void SegmentDefn::readFields(const MessageSetDefn& owner, InputStream& stream, int version, FieldUpdates& updates) {
+  const int32_t count = stream.readInt();
+  if (count < 0) throw InvalidFile(messages::kInvalidFieldCount);
+  // No reserve: a corrupt count must not allocate before the records run out.
+  for (int32_t i = 0; i < count; ++i) {
+    auto field = std::make_unique<FieldDefn>();
+    field->load(owner, stream, version, updates);
+    fields.push_back(std::move(field));
+  }
+}
+
+void SegmentDefn::readMatches(InputStream& stream, int version) {
+  // A negative count reads no match, as a loop over it would.
+  const int32_t count = stream.readInt();
+  for (int32_t i = 0; i < count; ++i) {
+    auto match = std::make_unique<MatchDefn>();
+    match->load(stream, version);
+    matches.push_back(std::move(match));
+  }
+}
+
+void SegmentDefn::readSpecialRecords(InputStream& stream, int version) {
+  if (version >= pcf::kSpecialRecords) {
+    bool presenceIndicator = false;
+    stream.read(presenceIndicator);
+    if (presenceIndicator) {
+      flags |= kFieldPresenceIndicator;
+      SpecialSeparator& separator = presenceSeparator.emplace();
+      stream.read(separator.SpecialSeparatorType);
+      stream.readWide(separator.SpecialSeparatorString);
+    }
+  }
+  if (version >= pcf::kFileHeader) {
+    bool nameValuePair = false;
+    stream.read(nameValuePair);
+    if (nameValuePair) {
+      flags |= kNameValuePair;
+      SpecialSeparator& separator = nameValueSeparator.emplace();
+      stream.read(separator.SpecialSeparatorType);
+      // Unlike the indicator's, this text is there only for a separator given as a string.
+      if (separator.SpecialSeparatorType == qxSepString) stream.readWide(separator.SpecialSeparatorString);
+    }
+  }
+}
+
+void SegmentDefn::workOutVariableKeys() {
+  auto& keys = variableKeys.emplace();
+  const int32_t count = getFieldCount();
+  for (int32_t j = 0; j < count; ++j) {
+    FieldDefn& field = *fields[static_cast<size_t>(j)];
+    if (field.getDataType() != FieldDefn::kVariable) continue;
+    // A type 11 field from before variable records existed has no key at all.
+    const int32_t k = field.getVariableDefn() ? field.getVariableDefn()->getKeyFieldIndex() : -1;
+    if (k < 0 || k >= count) throw InvalidFile(messages::kVariableTypeFieldInvalid);
+    // The first field that a key rules is the one recorded.
+    keys.emplace(k, j);
+    FieldDefn& key = *fields[static_cast<size_t>(k)];
+    key.addFlags(FieldDefn::kIsVariableTypeField);
+    if (k > j) field.addFlags(FieldDefn::kKeyBehind);
+    if (key.getMaxRepeats() != 1 && field.getMaxRepeats() != 1) field.addFlags(FieldDefn::kRepeatsWithKey);
+  }
+}
+
+const std::vector<SegmentDefn::WideText>& SegmentDefn::getSortedFieldNames() const {
+  if (const auto* ready = sortedFieldNamesReady.load(std::memory_order_acquire)) return *ready;
+  ScopedLock lock(sortedFieldNamesLock);
+  if (!sortedFieldNames) {
+    auto names = std::make_unique<std::vector<WideText>>();
+    names->reserve(fields.size());
+    for (const auto& field : fields) names->emplace_back(widenSigned(field->getName().view()));
+    // Longest first, so that a name that begins another is tried after it.
+    std::sort(names->begin(), names->end(), [](const WideText& a, const WideText& b) {
+      if (a.length() != b.length()) return a.length() > b.length();
+      return a.view() < b.view();
+    });
+    sortedFieldNames = std::move(names);
+    sortedFieldNamesReady.store(sortedFieldNames.get(), std::memory_order_release);
+  }
+  return *sortedFieldNames;
+}
+
+}  // namespace vantrelia

@@ -1,0 +1,121 @@
+#pragma once
+// One kind of line of a message: its name, the tag that opens it on the wire, its fields, its
+// separator, and the match list that tells it from another segment with the same tag. The message
+// set owns its segments; message items and the tag map point at them.
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "definitions/FieldDefn.h"
+#include "definitions/MatchDefn.h"
+#include "foundation/Enumerations.h"
+#include "foundation/Mutex.h"
+#include "foundation/TRVString.h"
+
+namespace vantrelia {
+
+class SyntaxRuleSet;
+class ValidationEquation;
+
+class SegmentDefn {
+ public:
+  using WideText = kestrel::TRVString<char16_t>;
+
+  // Bits of `flags`.
+  static constexpr uint32_t kHasVariableField = 0x01;        // some field is variable (data type 11)
+  static constexpr uint32_t kFieldPresenceIndicator = 0x02;
+  static constexpr uint32_t kNameValuePair = 0x04;
+  static constexpr uint32_t kSituationalData = 0x08;         // a message item overrides its fields
+  static constexpr uint32_t kNcpdp = 0x10;                   // tagged pharmacy segment
+
+  // The separator of a presence indicator or of name-value pairs.
+  struct SpecialSeparator {
+    int32_t SpecialSeparatorType = qxSepString;
+    WideText SpecialSeparatorString;
+  };
+
+  SegmentDefn();
+  virtual ~SegmentDefn();
+  SegmentDefn(const SegmentDefn&) = delete;
+  SegmentDefn& operator=(const SegmentDefn&) = delete;
+
+  // Reads one segment record with its fields and matches. Composite fields leave their override
+  // blocks in `updates`; the set resolves them when it takes the segment. Throws InvalidFile, also
+  // for syntax rules and validation equations, which this engine doesn't read yet.
+  void load(MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
+
+  const kestrel::TRVString<char>& getName() const { return Name; }
+  // Empty for a segment without a tag, which the tag map finds only through lookupEmptyTag.
+  const WideText& getTag() const { return Tag; }
+  const WideText& getSpecialSeparatorString() const { return SpecialSeparatorString; }
+  int32_t getSeparatorType() const { return SeparatorType; }
+  bool isFixedWidth() const { return FixedWidth != 0; }
+  int32_t getId() const { return id; }
+  int32_t getFieldCount() const { return static_cast<int32_t>(fields.size()); }
+  // Throws BadParameter for an index outside the fields.
+  const FieldDefn& getField(int32_t index) const;
+  FieldDefn& getField(int32_t index);
+  const std::vector<std::unique_ptr<FieldDefn>>& getFields() const { return fields; }
+  const std::vector<std::unique_ptr<MatchDefn>>& getMatches() const { return matches; }
+  const MessageSetDefn* getSet() const { return set; }
+  // Null: files with syntax rules aren't read yet.
+  const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
+  // The equation of that field, or null.
+  const ValidationEquation* getEquation(int32_t index) const;
+  bool hasEquations() const { return !equations.empty(); }
+  const UserDataMap& getUserData() const { return userData; }
+  uint32_t getFlags() const { return flags; }
+  // Flag 0x08 comes from the message items read after the segment.
+  void addFlags(uint32_t bits) { flags |= bits; }
+  // Presence indicator (0x02) first, then name-value pair (0x04), else normal.
+  ESegmentType getSegmentType() const;
+  // Each null unless the file gave the record.
+  const SpecialSeparator* getPresenceSeparator() const { return presenceSeparator ? &*presenceSeparator : nullptr; }
+  const SpecialSeparator* getNameValueSeparator() const { return nameValueSeparator ? &*nameValueSeparator : nullptr; }
+  // The one that the segment type uses: name-value pairs' for such a segment, else the indicator's.
+  const SpecialSeparator* getSpecialSeparator() const;
+  // From the index of a key field to the first variable field whose type it rules; null without
+  // flag 0x01.
+  const std::map<int32_t, int32_t>* getVariableKeys() const { return variableKeys ? &*variableKeys : nullptr; }
+
+  // The field names, widened, longest first and by code unit among names of one length, so that a
+  // name that begins another comes after it. Made once, on first use, under the segment's lock;
+  // safe from several threads.
+  const std::vector<WideText>& getSortedFieldNames() const;
+
+ private:
+  void readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
+  void readMatches(InputStream& stream, int version);
+  void readSpecialRecords(InputStream& stream, int version);
+  void workOutVariableKeys();
+
+  kestrel::TRVString<char> Name;
+  WideText Tag;
+  WideText SpecialSeparatorString;
+  int32_t SeparatorType = qxSepAuto;
+  uint8_t FixedWidth = 0;
+  int32_t id = 0;
+  std::vector<std::unique_ptr<FieldDefn>> fields;
+  std::vector<std::unique_ptr<MatchDefn>> matches;
+  const MessageSetDefn* set = nullptr;
+  std::shared_ptr<SyntaxRuleSet> SyntaxRules;
+  // One slot for each field when the file gives equations, else empty.
+  std::vector<std::shared_ptr<ValidationEquation>> equations;
+  UserDataMap userData;
+  uint32_t flags = 0;
+  std::optional<SpecialSeparator> presenceSeparator;
+  std::optional<std::map<int32_t, int32_t>> variableKeys;
+  std::optional<SpecialSeparator> nameValueSeparator;
+
+  // Written after the load, by the first reader: the list, and the pointer that other readers test
+  // without taking the lock.
+  mutable std::unique_ptr<std::vector<WideText>> sortedFieldNames;
+  mutable std::atomic<const std::vector<WideText>*> sortedFieldNamesReady{nullptr};
+  mutable Mutex sortedFieldNamesLock;
+};
+
+}  // namespace vantrelia

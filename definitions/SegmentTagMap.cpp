@@ -1,0 +1,32 @@
+#include "definitions/SegmentTagMap.h"
+
+#include "parsing/ParserStream.h"
+
+namespace vantrelia {
+
+SegmentTagMap::SegmentTagMap() = default;
+SegmentTagMap::~SegmentTagMap() = default;
+
+void SegmentTagMap::add(std::u16string_view tag, const SegmentDefn& segment) {
+  auto found = entries.find(tag);
+  if (found == entries.end()) found = entries.emplace(std::u16string(tag), Entry()).first;
+  found->second.push_back(&segment);
+  if (!tag.empty()) lengths.insert(tag.size());
+}
+
+const SegmentTagMap::Entry* SegmentTagMap::lookup(std::u16string_view tag) const {
+  const auto found = entries.find(tag);
+  return found == entries.end() ? nullptr : &found->second;
+}
+
+const SegmentTagMap::Entry* SegmentTagMap::matchStream(ParserStream& stream) const {
+  for (const size_t length : lengths) {
+    const std::u16string text = stream.peek(static_cast<int32_t>(length));
+    // Near the end of the text a peek comes back short; that length can't match.
+    if (text.size() != length) continue;
+    if (const Entry* entry = lookup(text)) return entry;
+  }
+  return nullptr;
+}
+
+}  // namespace vantrelia

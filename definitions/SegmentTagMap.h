@@ -1,0 +1,46 @@
+#pragma once
+// Finds the segments that the text at a stream's position can be, by the tag that opens them.
+// Segments with the same tag share one entry, in the order of the set's segments; the match lists
+// of the candidates tell them apart later.
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantrelia {
+
+class ParserStream;
+class SegmentDefn;
+
+class SegmentTagMap {
+ public:
+  using Entry = std::vector<const SegmentDefn*>;
+
+  SegmentTagMap();
+  virtual ~SegmentTagMap();
+
+  // Adds the segment to the entry of its tag, making the entry if it is new. Only tags that
+  // aren't empty count for matchStream.
+  void add(std::u16string_view tag, const SegmentDefn& segment);
+  // The entry of exactly that tag (case counting), or null.
+  const Entry* lookup(std::u16string_view tag) const;
+  // The segments without a tag, or null.
+  const Entry* lookupEmptyTag() const { return lookup(std::u16string_view()); }
+  // The entry of the longest tag that the stream's text begins with, or null. Peeks once per
+  // distinct tag length, longest first; the stream isn't moved.
+  const Entry* matchStream(ParserStream& stream) const;
+
+  const std::map<std::u16string, Entry, std::less<>>& getEntries() const { return entries; }
+  // The lengths of the non-empty tags, longest first.
+  const std::set<size_t, std::greater<>>& getLengths() const { return lengths; }
+
+ private:
+  std::map<std::u16string, Entry, std::less<>> entries;
+  std::set<size_t, std::greater<>> lengths;
+};
+
+}  // namespace vantrelia
