@@ -4,6 +4,8 @@
 #include "compiler/Utf8.h"
 #include "definitions/MessageSetDefn.h"
 #include "tool/CompositeJson.h"
+#include "tool/MessageJson.h"
+#include "tool/SegmentJson.h"
 #include "tool/SeparatorJson.h"
 #include "tool/ValidationTableJson.h"
 
@@ -39,6 +41,12 @@ Json toJson(const MessageSetDefn& set) {
   Json composites = Json::array();
   for (const auto& composite : set.getComposites()) composites.push_back(toJson(*composite));
   json["composites"] = composites;
+  Json segments = Json::array();
+  for (const auto& segment : set.getSegments()) segments.push_back(toJson(*segment));
+  json["segments"] = segments;
+  Json messages = Json::array();
+  for (const auto& message : set.getMessages()) messages.push_back(toJson(*message));
+  json["messages"] = messages;
 
   Json userData = Json::object();
   for (const auto& [index, value] : set.getUserData()) userData[std::to_string(index)] = wideToUtf8(value.view());
