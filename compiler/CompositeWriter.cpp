@@ -18,23 +18,6 @@ namespace {
 
 constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 
-int32_t separatorOf(const SourceNode& record, std::string_view key, int32_t fallback) {
-  if (!record.has(key)) return fallback;
-  const int type = SeparatorWriter::typeOf(record.text(key, ""));
-  if (type < 0) record.failAt(key, "'" + std::string(key) + "' of " + record.what() + " must name a separator (segment, repeat, "
-                                   "null, decimal, filler, field1 to field5, user1 to user5, none, auto, string, message, "
-                                   "group, length, crlf)");
-  return type;
-}
-
-std::string byteName(const SourceNode& composite) {
-  const std::string name = composite.text("name", "");
-  if (name.empty()) composite.fail(composite.what() + " needs a name: fields refer to it by name");
-  if (name.size() > kLongestText) composite.failAt("name", "the name of " + composite.what() + " is longer than 65535 bytes");
-  if (name.find('\0') != std::string::npos) composite.failAt("name", "the name of " + composite.what() + " can't hold a zero character");
-  return name;
-}
-
 }  // namespace
 
 void CompositeWriter::declare(const std::vector<SourceNode>& composites, CompileContext& context) {
@@ -46,7 +29,7 @@ void CompositeWriter::declare(const std::vector<SourceNode>& composites, Compile
   std::vector<std::string> names;
   for (const auto& composite : composites) {
     composite.allowOnly({"name", "id", "separator", "specialSeparator", "fixedWidth", "userData", "presenceIndicator", "fields"});
-    const std::string name = byteName(composite);
+    const std::string name = composite.recordName("fields refer to it by name");
     if (context.findComposite(name) || std::find(names.begin(), names.end(), name) != names.end())
       composite.failAt("name", "composite name '" + name + "' is used twice in the set; fields refer to composites by name");
     names.push_back(name);
@@ -67,17 +50,17 @@ void CompositeWriter::declare(const std::vector<SourceNode>& composites, Compile
     if (composite.has("id")) continue;
     while (isTaken(next)) ++next;
     taken.push_back(next);
-    context.declareComposite(byteName(composite), next, composite);
+    context.declareComposite(composite.recordName("fields refer to it by name"), next, composite);
   }
 }
 
 void CompositeWriter::write(const SourceNode& composite, const CompileContext& context, PcfWriter& out) {
   const int version = context.version();
-  const std::string name = byteName(composite);
+  const std::string name = composite.recordName("fields refer to it by name");
   const auto* declared = context.findComposite(name);
   if (!declared) throw std::logic_error("composite '" + name + "' written without being declared");
 
-  const int32_t separator = separatorOf(composite, "separator", qxSepAuto);
+  const int32_t separator = SeparatorWriter::kindOf(composite, "separator", qxSepAuto);
   const std::u16string special = composite.wideText("specialSeparator", u"");
   if (composite.has("specialSeparator") && separator != qxSepString)
     composite.failAt("specialSeparator", "'specialSeparator' of " + composite.what() + " is used only with 'separator: string'");
@@ -105,7 +88,7 @@ void CompositeWriter::write(const SourceNode& composite, const CompileContext& c
       indicator.allowOnly({"separator", "text"});
       const std::u16string text = indicator.wideText("text", u"");
       if (text.size() > kLongestText) indicator.failAt("text", "'text' of " + indicator.what() + " is too long");
-      out.i32(separatorOf(indicator, "separator", qxSepString)).text16(text);
+      out.i32(SeparatorWriter::kindOf(indicator, "separator", qxSepString)).text16(text);
     }
   }
 }

@@ -36,14 +36,6 @@ std::string tooNew(int gate, int version) {
          std::to_string(version);
 }
 
-std::string byteName(const SourceNode& field) {
-  const std::string name = field.text("name", "");
-  if (name.empty()) field.fail(field.what() + " needs a name: overrides and paths refer to fields by name");
-  if (name.size() > kLongestText) field.failAt("name", "the name of " + field.what() + " is longer than 65535 bytes");
-  if (name.find('\0') != std::string::npos) field.failAt("name", "the name of " + field.what() + " can't hold a zero character");
-  return name;
-}
-
 // A value text (default or format) as the version's `textv` carries it.
 void checkValueText(const SourceNode& owner, std::string_view key, std::u16string_view text, int version) {
   if (text.size() > kLongestText) owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " is longer than 65535 units");
@@ -223,7 +215,7 @@ void FieldWriter::declare(const SourceNode& field, CompileContext& context) {
   field.allowOnly({"name", "dataType", "composite", "required", "minLength", "maxLength", "minRepeats", "maxRepeats", "default",
                    "count", "countedField", "lengthField", "hidden", "hasOverrides", "alignment", "format", "table",
                    "userData", "fieldPresenceIndicator", "variable", "overrides", "overrideHeader"});
-  byteName(field);
+  field.recordName("overrides and paths refer to fields by name");
   const int version = context.version();
   field.requireVersion("userData", !field.wideTextMap("userData").empty(), pcf::kUserData, version);
   declareUserData(field, context);
@@ -232,7 +224,7 @@ void FieldWriter::declare(const SourceNode& field, CompileContext& context) {
 void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& siblings, const CompileContext& context,
                         PcfWriter& out) {
   const int version = context.version();
-  const std::string name = byteName(field);
+  const std::string name = field.recordName("overrides and paths refer to fields by name");
   const bool composite = field.has("composite");
   if (composite) {
     for (std::string_view key : kPrimitiveOnly)

@@ -21,23 +21,6 @@ namespace {
 
 constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 
-int32_t separatorOf(const SourceNode& record, std::string_view key, int32_t fallback) {
-  if (!record.has(key)) return fallback;
-  const int type = SeparatorWriter::typeOf(record.text(key, ""));
-  if (type < 0) record.failAt(key, "'" + std::string(key) + "' of " + record.what() + " must name a separator (segment, repeat, "
-                                   "null, decimal, filler, field1 to field5, user1 to user5, none, auto, string, message, "
-                                   "group, length, crlf)");
-  return type;
-}
-
-std::string byteName(const SourceNode& segment) {
-  const std::string name = segment.text("name", "");
-  if (name.empty()) segment.fail(segment.what() + " needs a name: message items refer to it by name");
-  if (name.size() > kLongestText) segment.failAt("name", "the name of " + segment.what() + " is longer than 65535 bytes");
-  if (name.find('\0') != std::string::npos) segment.failAt("name", "the name of " + segment.what() + " can't hold a zero character");
-  return name;
-}
-
 // A byte text of the record; the engine widens each byte back, so only what survives that goes.
 std::u16string byteText(const SourceNode& segment, std::string_view key, const std::u16string& fallback) {
   const std::u16string text = segment.wideText(key, fallback);
@@ -74,7 +57,7 @@ void SegmentWriter::declare(const std::vector<SourceNode>& segments, CompileCont
   for (const auto& segment : segments) {
     segment.allowOnly({"name", "tag", "id", "separator", "specialSeparator", "fixedWidth", "fields", "matches", "userData",
                        "ncpdp", "presenceIndicator", "nameValuePair"});
-    const std::string name = byteName(segment);
+    const std::string name = segment.recordName("message items refer to it by name");
     if (context.findSegment(name) || std::find(names.begin(), names.end(), name) != names.end())
       segment.failAt("name", "segment name '" + name + "' is used twice in the set; message items refer to segments by name");
     names.push_back(name);
@@ -99,17 +82,17 @@ void SegmentWriter::declare(const std::vector<SourceNode>& segments, CompileCont
   for (const auto& segment : segments) {
     if (segment.has("id")) continue;
     while (context.findSegmentById(next)) ++next;
-    context.declareSegment(byteName(segment), next, segment);
+    context.declareSegment(segment.recordName("message items refer to it by name"), next, segment);
   }
 }
 
 void SegmentWriter::write(const SourceNode& segment, const CompileContext& context, PcfWriter& out) {
   const int version = context.version();
-  const std::string name = byteName(segment);
+  const std::string name = segment.recordName("message items refer to it by name");
   const auto* declared = context.findSegment(name);
   if (!declared) throw std::logic_error("segment '" + name + "' written without being declared");
 
-  const int32_t separator = separatorOf(segment, "separator", qxSepAuto);
+  const int32_t separator = SeparatorWriter::kindOf(segment, "separator", qxSepAuto);
   if (segment.has("specialSeparator") && separator != qxSepString)
     segment.failAt("specialSeparator", "'specialSeparator' of " + segment.what() + " is used only with 'separator: string'");
   out.text8(name).text8w(tagOf(segment, name)).text8w(byteText(segment, "specialSeparator", u""));
@@ -132,14 +115,14 @@ void SegmentWriter::write(const SourceNode& segment, const CompileContext& conte
     out.boolean(segment.has("presenceIndicator"));
     if (segment.has("presenceIndicator")) {
       const SourceNode indicator = specialRecord(segment, "presenceIndicator");
-      out.i32(separatorOf(indicator, "separator", qxSepString)).text16(specialText(indicator));
+      out.i32(SeparatorWriter::kindOf(indicator, "separator", qxSepString)).text16(specialText(indicator));
     }
   }
   if (version >= pcf::kFileHeader) {
     out.boolean(segment.has("nameValuePair"));
     if (segment.has("nameValuePair")) {
       const SourceNode pairs = specialRecord(segment, "nameValuePair");
-      const int32_t type = separatorOf(pairs, "separator", qxSepString);
+      const int32_t type = SeparatorWriter::kindOf(pairs, "separator", qxSepString);
       out.i32(type);
       // The file has this text only for a separator given as a string.
       if (type == qxSepString) out.text16(specialText(pairs));

@@ -193,4 +193,13 @@ int32_t SeparatorWriter::writeList(const SourceNode& separators, CompileContext&
   return highest + 1;
 }
 
+int32_t SeparatorWriter::kindOf(const SourceNode& record, std::string_view key, int32_t fallback) {
+  if (!record.has(key)) return fallback;
+  const int type = typeOf(record.text(key, ""));
+  if (type < 0)
+    record.failAt(key, "'" + std::string(key) + "' of " + record.what() + " must name a separator (segment, repeat, "
+                       "null, decimal, filler, field1 to field5, user1 to user5, none, auto, string, message, group, length, crlf)");
+  return type;
+}
+
 }  // namespace vantrelia::compiler

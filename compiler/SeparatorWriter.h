@@ -43,6 +43,9 @@ class SeparatorWriter {
   // or "" outside 0 to 21; and the kind of a name, or -1.
   static std::string_view nameOf(int type);
   static int typeOf(std::string_view name);
+  // The separator that `key` of a record names, `fallback` when the key is absent; a name that is
+  // no separator is an error on its line.
+  static int32_t kindOf(const SourceNode& record, std::string_view key, int32_t fallback);
 };
 
 }  // namespace vantrelia::compiler

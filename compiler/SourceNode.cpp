@@ -132,6 +132,14 @@ std::vector<std::pair<std::string, std::u16string>> SourceNode::wideTextMap(std:
   return result;
 }
 
+std::string SourceNode::recordName(std::string_view referredBy) const {
+  const std::string name = text("name", "");
+  if (name.empty()) fail(description + " needs a name: " + std::string(referredBy));
+  if (name.size() > 0xFFFF) failAt("name", "the name of " + description + " is longer than 65535 bytes");
+  if (name.find('\0') != std::string::npos) failAt("name", "the name of " + description + " can't hold a zero character");
+  return name;
+}
+
 void SourceNode::requireVersion(std::string_view key, bool differs, int gate, int version) const {
   if (differs && version < gate)
     failAt(key, "'" + std::string(key) + "' of " + description + " needs format version " + std::to_string(gate) +

@@ -42,6 +42,10 @@ class SourceNode {
   // below the version that can carry it.
   void requireVersion(std::string_view key, bool differs, int gate, int version) const;
 
+  // The record's `name`, as a byte text of the file: present (`referredBy` says who needs it, e.g.
+  // "fields refer to it by name"), at most 65535 bytes, without a zero byte.
+  std::string recordName(std::string_view referredBy) const;
+
   int lineOf(std::string_view key) const;
   [[noreturn]] void fail(const std::string& message) const;
   [[noreturn]] void failAt(std::string_view key, const std::string& message) const;

@@ -44,14 +44,6 @@ int32_t separatorOf(const YAML::Node& node, const std::string& where) {
   return type;
 }
 
-std::string byteName(const SourceNode& record) {
-  const std::string name = record.text("name", "");
-  if (name.empty()) record.fail(record.what() + " needs a name: other records refer to it by name");
-  if (name.size() > kLongestText) record.failAt("name", "the name of " + record.what() + " is longer than 65535 bytes");
-  if (name.find('\0') != std::string::npos) record.failAt("name", "the name of " + record.what() + " can't hold a zero character");
-  return name;
-}
-
 std::array<bool, kSeparatorCount> allowedSeparatorsOf(const SourceNode& type) {
   std::array<bool, kSeparatorCount> allowed{};
   if (!type.has("allowedSeparators")) return allowed;
@@ -166,7 +158,7 @@ void TypeWriter::declare() {
                         std::initializer_list<std::string_view> keys) {
     for (const auto& record : records) {
       record.allowOnly(keys);
-      const std::string name = byteName(record);
+      const std::string name = record.recordName("other records refer to it by name");
       if (find(primitiveTypes, name) || find(arrayTypes, name))
         record.failAt("name", "type name '" + name + "' is used twice; types are referred to by name");
       into.push_back({record, name, static_cast<int32_t>(record.integer("id", 0, INT32_MIN, INT32_MAX))});
