@@ -120,5 +120,40 @@ TEST(MessageSetDefnTest, MoreThanTwentyTwoSeparatorsIsNoValidFile) {
   EXPECT_EQ(testing::loadFailure(w.bytes()), "PCF is corrupt: Invalid number of separators");
 }
 
+// A whole 883 file laid out by hand: one set, segment A with one string field F, message M whose one
+// item carries the situational data given, which rules and validation would need.
+std::vector<uint8_t> itemWithSituationalData(const std::vector<uint8_t>& situational) {
+  compiler::PcfWriter w;
+  w.i32(883).text8("PCFFILE").i32(0).i32(0).boolean(false).count(0).count(0).i32(0).i32(1);
+  w.text8("S").boolean(false).boolean(false).boolean(false).boolean(false).boolean(false).boolean(true).i32(1);
+  w.i32(0).i32(0).i32(1).boolean(false).i32(0).i32(0);  // separators, type fields, header items, tables, composites
+  w.i32(1).text8("A").text8("A").text8("").i32(qxSepAuto).boolean(false).i32(1).i32(1);
+  w.text8("F").boolean(false).i32(0).i32(0).i32(0).i32(1).text16(u"").boolean(false).boolean(true);
+  w.i32(0).i32(4).i32(0).text16(u"").text8("").count(0).boolean(false);  // primitive string field
+  w.i32(0).boolean(false).count(0).count(0).i32(0).boolean(false).boolean(false);  // rest of the segment
+  w.i32(1).text8("M").text8("").i32(1);
+  w.boolean(true).i32(1).i32(1).i32(1).text8("A").boolean(false).i32(0).i32(1).raw(situational);
+  w.i32(0).boolean(false).count(0).count(0).boolean(false);  // matches, syntax rules, equations, user data, rule
+  w.i32(0).boolean(false).boolean(false).count(0);  // message matches, tables, state tables, user data
+  w.count(0).boolean(false).i32(0);  // set user data and settings
+  return w.take();
+}
+
+TEST(MessageSetDefnTest, SituationalDataThatAnnouncesNoRuleIsInvalid) {
+  using compiler::PcfWriter;
+  const auto noOverrides = PcfWriter().u16(0).i32(-1).bytes();
+  ASSERT_EQ(testing::loadFailure(itemWithSituationalData(noOverrides)), "");
+  struct Case {
+    std::vector<uint8_t> data;
+    const char* failure;
+  } cases[] = {
+      {PcfWriter().u16(0x0020).boolean(false).bytes(), "Invalid situational field instances data"},
+      {PcfWriter().u16(0).i32(0).boolean(false).u16(0x0020).boolean(false).bytes(), "Invalid situational field instance data"},
+      {PcfWriter().u16(0).i32(0).boolean(false).u16(0x0020).boolean(true).bytes(), "Situational rules are not supported yet"},
+      {PcfWriter().u16(0).i32(0).boolean(false).u16(0x0040).bytes(), "Advanced validation is not supported yet"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(testing::loadFailure(itemWithSituationalData(c.data)), c.failure);
+}
+
 }  // namespace
 }  // namespace vantrelia
