@@ -13,6 +13,7 @@
 #include "definitions/ValidationTableDefn.h"
 #include "definitions/VariableFieldDefn.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/TextConversion.h"
 
 namespace vantrelia {
 
@@ -221,11 +222,8 @@ void FieldDefn::workOutTag() {
       return;
     }
   }
-  std::u16string widened;
-  widened.reserve(Name.length());
   // Each byte sign-extended, as the file's byte texts widen.
-  for (char unit : Name.view()) widened += static_cast<char16_t>(static_cast<int16_t>(static_cast<signed char>(unit)));
-  Tag = widened;
+  Tag = widenSigned(Name.view());
 }
 
 }  // namespace vantrelia

@@ -13,16 +13,11 @@
 #include "definitions/VisibleChildTable.h"
 #include "foundation/CheckIndex.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/TextConversion.h"
 
 namespace vantrelia {
 
 namespace {
-
-MessageDefn::WideText widened(std::string_view narrow) {
-  std::u16string wide;
-  for (const char c : narrow) wide.push_back(static_cast<char16_t>(static_cast<int16_t>(static_cast<signed char>(c))));
-  return MessageDefn::WideText(wide);
-}
 
 // The path of a message type field with "/" between its steps, as match lists write paths.
 std::string slashedPath(const FieldPathDefn& path) {
@@ -149,7 +144,7 @@ void MessageDefn::load(MessageSetDefn& owner, InputStream& stream, int version, 
 void MessageDefn::splitTypes(const WideText& typeText, int version) {
   types.clear();
   if (version < pcf::kMessageTypeText || (typeText.empty() && version < pcf::kCountEncodedLength)) {
-    types.push_back(widened(Name.view()));
+    types.push_back(WideText(widenSigned(Name.view())));
     return;
   }
   const int32_t fieldCount = set->getMessageTypeFieldCount();
