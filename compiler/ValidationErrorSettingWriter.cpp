@@ -8,18 +8,17 @@
 #include "compiler/CompileError.h"
 #include "compiler/PcfWriter.h"
 #include "definitions/PcfVersion.h"
+#include "validation/ValidationErrorNumbers.h"
 #include "foundation/Enumerations.h"
 
 namespace vantrelia::compiler {
 
 namespace {
 
-constexpr int kLowestNumber = 1001;
-constexpr int kHighestNumber = 1052;
+constexpr int kLowestNumber = verr::kFirst;
+constexpr int kHighestNumber = verr::kLast;
 constexpr std::array<std::string_view, 3> kSeverityNames = {"error", "ignore", "warning"};  // by EVErrType
 
-// The severity the engine gives a number that the file leaves out.
-EVErrType defaultSeverity(int number) { return number >= 1043 && number <= 1050 ? qxVESIgnore : qxVESError; }
 
 int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
 
@@ -65,7 +64,7 @@ void ValidationErrorSettingWriter::writeList(const SourceNode& set, CompileConte
   out.i32(highest - kLowestNumber + 1);
   for (int number = kLowestNumber; number <= highest; ++number) {
     const auto& slot = given[static_cast<size_t>(number - kLowestNumber)];
-    out.i32(number).byte(static_cast<uint8_t>(slot ? *slot : defaultSeverity(number)));
+    out.i32(number).byte(static_cast<uint8_t>(slot ? *slot : getDefaultSeverity(number)));
   }
 }
 

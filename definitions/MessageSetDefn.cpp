@@ -6,6 +6,7 @@
 #include "definitions/InputStream.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/TextCompare.h"
+#include "validation/ValidationErrorNumbers.h"
 #include "definitions/PcfMessages.h"
 #include "foundation/BadParameter.h"
 #include "foundation/FoundationMessages.h"
@@ -105,10 +106,10 @@ void MessageSetDefn::load(MessageWarehouseDefn& owner, InputStream& stream, int 
 
 void MessageSetDefn::fillUpValidationErrorSettings() {
   // The list relies on the file's own settings running in order from the first number.
-  while (validationErrorSettings.size() < static_cast<size_t>(kLastErrorNumber - kFirstErrorNumber + 1)) {
-    const int32_t number = kFirstErrorNumber + static_cast<int32_t>(validationErrorSettings.size());
-    const bool ignoredByDefault = number >= 1043 && number <= 1050;
-    validationErrorSettings.emplace_back(number, ignoredByDefault ? qxVESIgnore : qxVESError);
+  // Every set ends its load with a setting for each finding number.
+  while (validationErrorSettings.size() < static_cast<size_t>(verr::kCount)) {
+    const int32_t number = verr::kFirst + static_cast<int32_t>(validationErrorSettings.size());
+    validationErrorSettings.emplace_back(number, getDefaultSeverity(number));
   }
 }
 

@@ -39,10 +39,6 @@ class MessageSetDefn {
   MessageSetDefn(const MessageSetDefn&) = delete;
   MessageSetDefn& operator=(const MessageSetDefn&) = delete;
 
-  // Error numbers of findings; every set ends its load with a setting for each.
-  static constexpr int32_t kFirstErrorNumber = 1001;
-  static constexpr int32_t kLastErrorNumber = 1052;
-
   // Reads the set's record and everything in it. Messages whose state tables the file doesn't
   // carry go on `deferredMessages`: their tables are built once every set is in.
   void load(MessageWarehouseDefn& warehouse, InputStream& stream, int version, std::vector<MessageDefn*>& deferredMessages);

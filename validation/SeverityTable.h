@@ -27,16 +27,20 @@ class SeverityTable {
   // number, decides which number it sets. Places without a record keep their severity.
   void loadFrom(const std::vector<ValidationErrorSettingDefn>& settings);
 
-  // Neither checks the number: callers that take a number from a host check it first.
-  // A value written here isn't checked either, and is read back as written.
-  EVErrType get(int32_t number) const { return severities[index(number)]; }
-  void set(int32_t number, EVErrType type) { severities[index(number)] = type; }
+  // Callers that take a number from a host check it first. A number outside the table reads as an
+  // error, as every finding is until a setting says otherwise, and writing one changes nothing. A
+  // severity written here isn't checked, and is read back as written.
+  EVErrType get(int32_t number) const { return inRange(number) ? severities[index(number)] : qxVESError; }
+  void set(int32_t number, EVErrType type) {
+    if (inRange(number)) severities[index(number)] = type;
+  }
 
   bool reports(int32_t number, bool includeWarnings) const { return isReported(get(number), includeWarnings); }
 
   bool operator==(const SeverityTable&) const = default;
 
  private:
+  static bool inRange(int32_t number) { return number >= verr::kFirst && number <= verr::kLast; }
   static std::size_t index(int32_t number) { return static_cast<std::size_t>(number - verr::kFirst); }
 
   std::array<EVErrType, verr::kCount> severities;

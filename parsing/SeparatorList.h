@@ -1,0 +1,257 @@
+#pragma once
+// The run-time state of the 22 separators of one message tree. A message set defines them, but a
+// message can carry its own in a header field, a nested message can take over its parent's, and a
+// host can change them on a live tree; so every reader and writer asks this list, never the
+// definition. It answers three questions: what is separator N now; which sequences end the token
+// being read at the current depth (it keeps the separator trie in step with a stack of levels);
+// and which separator text goes out next when writing, holding separators back until data follows
+// so that empty trailing items vanish by themselves. It also holds the tree's error severities,
+// since every element of a tree can reach it.
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "foundation/Enumerations.h"
+#include "parsing/SeparatorImpl.h"
+#include "parsing/SeparatorTrieNode.h"
+#include "validation/SeverityTable.h"
+
+namespace vantrelia {
+
+class FieldPathDefn;
+class MessageDefn;
+class MessageSetDefn;
+class ParserStream;
+class PrimitiveTypeDefn;
+struct ParserToken;
+
+// What the list needs to know of a field element while reading its value or checking it. The
+// field elements implement it.
+class SeparatorField {
+ public:
+  virtual ~SeparatorField() = default;
+  // The field's custom type, or null. A type with escape characters makes the reader leave the
+  // text between its start and end escape separators alone.
+  virtual const PrimitiveTypeDefn* getCustomType() const = 0;
+  // The internal data type code; SeparatorList::kQuotedTextType is the double-quoted text type.
+  virtual int32_t getFieldType() const = 0;
+  // The field instance's own allow-list: the separator may stand in the value as it is.
+  virtual bool isSeparatorAllowed(int32_t separator) const = 0;
+  // The field's path, as a separator's header field path is matched against it.
+  virtual const FieldPathDefn& getFieldPath() const = 0;
+};
+
+class SeparatorList {
+ public:
+  static constexpr int32_t kSeparatorSlots = kSeparatorCount;
+  // Index -1 of queries and writes stands for the separator on top of the stack.
+  static constexpr int32_t kCurrent = -1;
+  // The field data type whose values go out in double quotes when they hold separators.
+  static constexpr int32_t kQuotedTextType = 14;
+  // `position` of writeSeparator: the bits of the definition's writing style.
+  static constexpr int32_t kWriteInitiator = 0x10;
+  static constexpr int32_t kWriteSeparator = 0x20;
+  static constexpr int32_t kWriteTerminator = 0x40;
+  static constexpr int32_t kInvalidCharactersError = 1015;
+
+  SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, const SeparatorList* parent);
+  // Copies the slots, the stack and the settings; the tries are rebuilt on the next read.
+  SeparatorList(const SeparatorList& other);
+  SeparatorList& operator=(const SeparatorList&) = delete;
+  virtual ~SeparatorList();
+
+  // Brings the list to the start of a message. fromWire: values not known yet are not active until
+  // the wire settles them. initSeparators: take the slots from the definition (or the parent).
+  // initErrorSettings: the same for the severities.
+  void reset(bool fromWire, bool initSeparators, bool initErrorSettings);
+  // Works out which slots are active, whether some separator is still to be read, and the
+  // characters that make a value need encoding or quotes.
+  void updateActive();
+
+  // --- queries; indexes run from 0 to 21, and anything else is refused with BadParameter.
+  // kCurrent is the top of the stack; qxSepNone has no text and qxSepString the pushed string.
+  std::u16string_view getSeparatorValue(int32_t index) const;
+  // In force for reading: on the stack, and in use.
+  bool isSeparatorActive(int32_t index) const;
+  const FieldPathDefn& getFieldLocation(int32_t index) const;
+  int32_t getPosition(int32_t index) const;
+  const SeparatorImpl& getSlot(int32_t index) const;
+  EVErrType getValidationErrorSetting(int32_t errorNumber) const;
+  void setValidationErrorSetting(int32_t errorNumber, EVErrType setting);
+  const SeverityTable& getErrorSettings() const { return errorSettings; }
+  bool getVariablePending() const { return variablePending; }
+  bool getFromWire() const { return fromWire; }
+  bool getTrimSegments() const { return trimSegments; }
+  int32_t getCrlfEquivalent() const { return crlfEquivalent; }
+  int32_t getCurrentSeparator() const { return currentSeparator; }
+  const std::vector<ESeparatorType>& getLevels() const { return levels; }
+  bool isLevelFixedWidth() const { return !levelFixedWidth.empty() && levelFixedWidth.back() != 0; }
+  const MessageSetDefn& getMessageSet() const { return *messageSet; }
+  const SeparatorList* getParent() const { return parent; }
+  std::u16string_view getMustQuoteCharacters() const { return mustQuoteCharacters; }
+  std::u16string_view getMustEncodeCharacters() const { return mustEncodeCharacters; }
+
+  // --- changes
+  // The host's value: it survives a reset of a preset separator.
+  void setSeparatorValue(int32_t index, std::u16string_view text);
+  void setKnown(int32_t index, bool known);
+
+  // --- the stack of levels
+  void pushSeparator(ESeparatorType index, std::u16string_view specialString = {}, bool fixedWidth = false);
+  ESeparatorType popSeparator();
+  void saveLevels() { savedLevels = levels; }
+  void restoreLevels();
+  // Pops down to the nearest level of that separator (or the bottom), keeping what it popped so
+  // that restorePopped can push it back.
+  void saveAndPopTo(ESeparatorType index);
+  void restorePopped();
+
+  // --- reading
+  // The read of a field value: escapes of the field's type are kept as they stand, and a value
+  // that opens with a double quote runs to the closing one, with doubled quotes read as one.
+  void readToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                 bool useGenericTrie, const SeparatorField* field);
+  // The same without quotes.
+  void readTokenEscaped(ParserStream& stream, ParserToken& token, int32_t maxLength,
+                        bool applyReplacements, bool useGenericTrie, const SeparatorField* field);
+  void buildTrie();
+  SeparatorTrieNode& getTrie() { return *trie; }
+  SeparatorTrieNode* getGenericTrie() { return genericTrie.get(); }
+  bool isTrieDirty() const { return trieDirty; }
+
+  // --- separators carried by header fields
+  // Reads, at the cursor, the separators of that very header field with positions from 0 up.
+  void readFromStream(const FieldPathDefn& fieldPath, ParserStream& stream);
+  // The same for negative positions, which follow the field.
+  void readFromStreamEnd(const FieldPathDefn& fieldPath, ParserStream& stream);
+  // Takes the separators that a header field's value holds; returns the value completed with the
+  // defaults of those it doesn't hold, padded with the filler.
+  std::u16string takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text);
+  // The text of a header field for writing, from its separators.
+  std::u16string collectForField(const FieldPathDefn& fieldPath) const;
+  std::u16string collectForFieldEnd(const FieldPathDefn& fieldPath) const;
+  // With a separator still to be read: those whose header field lies under path are settled now.
+  void markKnownForPath(std::string_view path);
+  // The same, giving them the definition's texts.
+  void applyDefaultForPath(std::string_view path);
+  // The same as markKnownForPath for paths that go on below path into one of the item's first
+  // count children. childIndex tells the child index of a named child, -1 for none.
+  void markKnownForChildren(std::string_view path, int32_t count,
+                            const std::function<int32_t(std::string_view)>& childIndex);
+  // Before the item called name is read again: separators of the items before it get back what
+  // was read for them; those taken from fields are otherwise forgotten.
+  void restoreForItem(const MessageDefn& messageDefn, std::string_view name);
+
+  // --- writing
+  // Queues the separator for position (kWriteInitiator, kWriteSeparator, kWriteTerminator); it
+  // reaches the output only when data follows, and a separator of a higher level makes the pending
+  // ones of lower levels vanish.
+  void writeSeparator(int32_t position, int32_t index);
+  void flushPending();
+  // What writers call for data: the pending separators go out, then the text.
+  void writeData(std::u16string_view text);
+  std::u16string& getOutput() { return output; }
+  const std::u16string& getOutput() const { return output; }
+  void clearOutput();
+  // The next separator is dropped if the output already ends with its text.
+  void setCheckOutputTail(bool value) { checkOutputTail = value; }
+  int32_t getPendingCount() const { return static_cast<int32_t>(pending.size()); }
+  int32_t getPendingLast() const { return pendingLast; }
+
+  std::u16string encodeValue(std::u16string_view text, int32_t fieldType) const;
+  std::u16string decodeValue(std::u16string_view text, int32_t fieldType) const;
+  // A text written with the definition's separators, in this message's separators.
+  std::u16string translateValue(std::u16string_view text) const;
+
+  // The invalid-characters check of a field value in its wire form: the separator found where it
+  // may not stand, -1 for an escape left open, nothing when the value is clean or the severity of
+  // the finding says not to look. The caller records the finding.
+  std::optional<int32_t> findInvalidCharacters(const SeparatorField& field, std::u16string_view wireValue,
+                                               bool warningsWanted) const;
+
+ private:
+  struct ReplaceEntry {
+    int32_t index;
+    bool isTerminator;
+  };
+  struct PoppedSequence {
+    ESeparatorType index;
+    int32_t level;
+    std::u16string_view slotText;  // the slot's value, for all but qxSepString
+    std::u16string special;        // the popped string of qxSepString
+    std::u16string_view getText() const { return index == qxSepString ? std::u16string_view(special) : slotText; }
+  };
+  struct PoppedLevel {
+    ESeparatorType index;
+    std::u16string specialString;
+    bool fixedWidth;
+  };
+
+  static void checkSeparatorIndex(int32_t index);
+  static bool pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath);
+  static std::string pathText(const FieldPathDefn& path);
+  static int32_t rank(int32_t index);
+
+  const SeparatorDefn& defnOf(int32_t index) const;
+  // Replacements of every slot from the definitions, in this message's separators.
+  void takeReplacements();
+  void takeDefaults(SeparatorImpl& slot);
+  void rebuildReplaceOrder();
+  void rebuildCharacterSets();
+  std::u16string_view entryText(const ReplaceEntry& entry) const;
+  std::u16string_view entryReplacement(const ReplaceEntry& entry) const;
+  // The text a level stands for, or empty when it is not in use.
+  std::u16string_view levelText(ESeparatorType index) const;
+  void addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level);
+  // Takes the sequences of popped levels out of force for every level.
+  void flushOutOfForce();
+  // Slots of header field separators, in rising position (negative: rising absolute position).
+  std::vector<int32_t> slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const;
+  void readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream);
+  void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
+  static bool isEscapedField(const SeparatorField& field);
+  // The read of a value in double quotes, from the opening quote on.
+  [[gnu::cold]] void readQuoted(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                                SeparatorTrieNode& root);
+  std::u16string_view fillerText() const;
+
+  const MessageSetDefn* messageSet;
+  bool variablePending = false;
+  bool trimSegments = false;
+  bool fromWire = false;
+  bool fixedWidth = false;
+  bool checkOutputTail = false;
+  const SeparatorList* parent;
+  std::array<SeparatorImpl, kSeparatorSlots> slots;
+  std::array<SeparatorImpl, kSeparatorSlots> savedSlots;
+  int32_t currentSeparator = qxSepSegment;
+  std::vector<ReplaceEntry> replaceOrder;
+  std::vector<ESeparatorType> levels;
+  std::deque<std::u16string> specialStrings;
+  std::vector<uint8_t> levelFixedWidth;  // one per level, 1 for fixed width
+  std::unique_ptr<SeparatorTrieNode> trie;
+  std::unique_ptr<SeparatorTrieNode> genericTrie;
+  bool trieDirty = true;
+  // Sequences of popped levels not yet taken out of force, innermost last.
+  std::vector<PoppedSequence> poppedOutOfForce;
+  std::vector<ESeparatorType> savedLevels;
+  std::u16string output;
+  std::vector<std::pair<int32_t, std::u16string>> pending;
+  int32_t pendingLast = -1;
+  std::u16string mustQuoteCharacters;
+  std::u16string mustEncodeCharacters;
+  int32_t crlfEquivalent = -1;
+  // What saveAndPopTo took off the stack, one batch per call, innermost last.
+  std::vector<std::vector<PoppedLevel>> stackSaver;
+  SeverityTable errorSettings;
+};
+
+}  // namespace vantrelia

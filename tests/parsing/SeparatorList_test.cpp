@@ -1,0 +1,478 @@
+// The separator state of one message tree: levels in and out of force, reading with escapes and
+// quotes, separators taken from header fields, and writing with trailing empties dropped.
+
+#include "parsing/SeparatorList.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "compiler/DefinitionCompiler.h"
+#include "definitions/DefinitionFile.h"
+#include "definitions/FieldPathDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
+#include "foundation/BadParameter.h"
+#include "parsing/ParserToken.h"
+#include "parsing/ParsingMessages.h"
+#include "parsing/StringParserStream.h"
+
+namespace vantrelia {
+namespace {
+
+std::unique_ptr<MessageWarehouseDefn> loadWarehouse(const std::string& source) {
+  const std::vector<uint8_t> bytes = compiler::DefinitionCompiler::compile(source);
+  std::istringstream input(std::string(bytes.begin(), bytes.end()));
+  DefinitionFile file(input);
+  auto warehouse = std::make_unique<MessageWarehouseDefn>();
+  warehouse->read(file);
+  return warehouse;
+}
+
+// An HL7-like set; the component, repeat and sub-component separators come from the header field
+// MSH.Encoding, and the escape type brackets its values with user1 and user2.
+std::string hl7Source(bool trimSegments) {
+  return std::string(R"(
+primitiveTypes:
+  - {name: Escaped, escapeCharacters: {start: user1, end: user2}}
+messageSets:
+  - name: HL7
+    trimSegments: )") + (trimSegments ? "true" : "false") + R"(
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', replacement: '\F\'}
+      field2: {value: '^', fromField: MSH.Encoding, position: 0, replacement: '\S\'}
+      repeat: {value: '~', fromField: MSH.Encoding, position: 1}
+      field3: {value: '&', fromField: MSH.Encoding, position: 3}
+      user1: '{'
+      user2: '}'
+    validationErrorSettings: {1015: warning}
+)";
+}
+
+struct Hl7Set {
+  explicit Hl7Set(bool trimSegments = true) : warehouse(loadWarehouse(hl7Source(trimSegments))) {}
+  const MessageSetDefn& set() const { return *warehouse->getMessageSets().front(); }
+  std::unique_ptr<MessageWarehouseDefn> warehouse;
+};
+
+// A field element as far as the list sees it.
+class TestField : public SeparatorField {
+ public:
+  TestField(const PrimitiveTypeDefn* type, int32_t fieldType, const char* path)
+      : type(type), fieldType(fieldType), path(FieldPathDefn::parse(path)) {}
+  const PrimitiveTypeDefn* getCustomType() const override { return type; }
+  int32_t getFieldType() const override { return fieldType; }
+  bool isSeparatorAllowed(int32_t separator) const override { return separator == allowed; }
+  const FieldPathDefn& getFieldPath() const override { return path; }
+  int32_t allowed = -1;
+
+ private:
+  const PrimitiveTypeDefn* type;
+  int32_t fieldType;
+  FieldPathDefn path;
+};
+
+struct Read {
+  std::u16string text;
+  int32_t separator;
+};
+
+Read readOne(SeparatorList& list, StringParserStream& stream, const SeparatorField* field = nullptr) {
+  ParserToken token;
+  token.useView = true;
+  list.readToken(stream, token, 0, true, false, field);
+  return {std::u16string(token.characters()), token.separator};
+}
+
+TEST(SeparatorListTest, ResetFromDefinitionLeavesHeaderSeparatorsPending) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(true, true, true);
+  EXPECT_TRUE(list.getVariablePending());
+  EXPECT_TRUE(list.getSlot(qxSepField1).known);
+  EXPECT_FALSE(list.getSlot(qxSepField2).known);
+  EXPECT_FALSE(list.getSlot(qxSepField2).active) << "from the wire, not known means not active";
+  EXPECT_EQ(list.getSeparatorValue(qxSepField2), u"^") << "the default stays in the value";
+  EXPECT_EQ(list.getValidationErrorSetting(1015), qxVESWarning);
+  EXPECT_EQ(list.getValidationErrorSetting(1043), qxVESIgnore);
+
+  list.reset(false, true, true);
+  EXPECT_TRUE(list.getSlot(qxSepField2).active) << "made by the host, defaults are in use";
+  EXPECT_EQ(list.getLevels(), (std::vector<ESeparatorType>{qxSepMessage, qxSepGroup, qxSepSegment}));
+}
+
+TEST(SeparatorListTest, IndexOutsideTheSeparatorsIsRefused) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  for (int32_t index : {22, 23, -2}) {
+    SCOPED_TRACE(index);
+    try {
+      list.setSeparatorValue(index, u"#");
+      FAIL() << "no exception";
+    } catch (const BadParameter& e) {
+      EXPECT_STREQ(e.what(), messages::kInvalidSeparator);
+    }
+    EXPECT_THROW(list.getSeparatorValue(index), BadParameter);
+    EXPECT_THROW(list.getPosition(index), BadParameter);
+    EXPECT_THROW(list.getFieldLocation(index), BadParameter);
+    EXPECT_THROW(list.writeSeparator(SeparatorList::kWriteSeparator, index), BadParameter);
+  }
+  EXPECT_NO_THROW(list.setSeparatorValue(21, u"\n"));
+}
+
+TEST(SeparatorListTest, TokensEndOnlyAtSeparatorsInForce) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  struct Case {
+    std::vector<ESeparatorType> pushes;
+    int pops;
+    std::u16string text;
+    std::u16string token;
+    int32_t separator;
+  };
+  const Case cases[] = {
+      {{}, 0, u"A|B^C\rD", u"A|B^C", qxSepSegment},
+      {{qxSepField1}, 0, u"A^B|C", u"A^B", qxSepField1},
+      {{qxSepField1, qxSepField2}, 0, u"A&B^C|D", u"A&B", qxSepField2},
+      {{qxSepField1, qxSepField2}, 0, u"AB|C", u"AB", qxSepField1},
+      {{qxSepField1, qxSepField2}, 1, u"A^B|C", u"A^B", qxSepField1},
+      // The replacement of the field separator is data at every level.
+      {{qxSepField1}, 0, u"A\\F\\B|C", u"A|B", qxSepField1},
+      {{qxSepField1}, 1, u"A|B\rC", u"A|B", qxSepSegment},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
+    list.reset(false, true, true);
+    for (ESeparatorType index : c.pushes) list.pushSeparator(index);
+    for (int i = 0; i < c.pops; ++i) list.popSeparator();
+    StringParserStream stream(c.text);
+    const Read read = readOne(list, stream);
+    EXPECT_EQ(read.text, c.token);
+    EXPECT_EQ(read.separator, c.separator);
+  }
+}
+
+TEST(SeparatorListTest, SpecialStringAndNoneOnTheStack) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  list.pushSeparator(qxSepString, u"=");
+  EXPECT_EQ(list.getSeparatorValue(SeparatorList::kCurrent), u"=");
+  EXPECT_TRUE(list.isSeparatorActive(qxSepString));
+  StringParserStream stream(u"KEY=VALUE", -1);
+  EXPECT_EQ(readOne(list, stream).separator, qxSepString);
+  list.pushSeparator(qxSepString, u"");
+  EXPECT_FALSE(list.isSeparatorActive(qxSepString)) << "an empty special string is not in use";
+  list.popSeparator();
+  list.pushSeparator(qxSepNone);
+  EXPECT_EQ(list.getSeparatorValue(SeparatorList::kCurrent), u"");
+  EXPECT_FALSE(list.isSeparatorActive(qxSepNone));
+  list.popSeparator();
+  EXPECT_EQ(list.popSeparator(), qxSepSegment);
+  EXPECT_FALSE(list.isSeparatorActive(qxSepString));
+}
+
+TEST(SeparatorListTest, QuotedValuesAndEscapes) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  list.pushSeparator(qxSepField1);
+  list.pushSeparator(qxSepField2);
+  const PrimitiveTypeDefn* escapedType = hl7.warehouse->getPrimitiveTypes().begin()->second.get();
+  const TestField escaped(escapedType, 0, "SEG/1");
+
+  struct Case {
+    std::u16string text;
+    const SeparatorField* field;
+    std::u16string token;
+    std::u16string after;  // what the stream holds after the read
+  };
+  const Case cases[] = {
+      {u"\"A|B^C\"^D", nullptr, u"A|B^C", u"^D"},
+      {u"\"say \"\"hi\"\"\"|D", nullptr, u"say \"hi\"", u"|D"},
+      {u"\"open\rX", nullptr, u"open", u"\rX"},
+      // Between the escapes, replacement sequences stay as they stand.
+      {u"A{B\\F\\C}E^F", &escaped, u"A{B\\F\\C}E", u"^F"},
+      {u"A{B\\F\\C}E^F", nullptr, u"A{B|C}E", u"^F"},
+      // A separator inside an escape still ends the value.
+      {u"A{B^C}E", &escaped, u"A{B", u"^C}E"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
+    StringParserStream stream(c.text);
+    EXPECT_EQ(readOne(list, stream, c.field).text, c.token);
+    EXPECT_EQ(stream.readRest(), c.after);
+    EXPECT_EQ(list.getLevels().size(), 5u) << "the levels come back after a quoted value";
+  }
+  // The escape sequences leave with the read: the next field cuts at the separator again.
+  StringParserStream stream(u"A{B^C", -1);
+  EXPECT_EQ(readOne(list, stream).text, u"A{B");
+}
+
+TEST(SeparatorListTest, SeparatorsFromHeaderField) {
+  Hl7Set hl7;
+  const FieldPathDefn msh2 = FieldPathDefn::parse("MSH/Encoding");
+  {
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(true, true, true);
+    StringParserStream stream(u"*#%|rest", -1);
+    list.readFromStream(msh2, stream);
+    EXPECT_EQ(list.getSeparatorValue(qxSepField2), u"*");
+    EXPECT_EQ(list.getSeparatorValue(qxSepRepeat), u"#");
+    EXPECT_EQ(list.getSeparatorValue(qxSepField3), u"%");
+    EXPECT_FALSE(list.getVariablePending());
+    EXPECT_EQ(list.getSlot(qxSepField2).replacementValue, u"\\S\\") << "replacements follow the message";
+    EXPECT_EQ(list.collectForField(msh2), u"*#%");
+  }
+  {
+    // A header value shorter than its last separator's place is padded with the filler.
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(true, true, true);
+    EXPECT_EQ(list.takeFromField(msh2, u"*#"), u"*# &");
+    EXPECT_EQ(list.getSeparatorValue(qxSepField2), u"*");
+    EXPECT_EQ(list.getSeparatorValue(qxSepField3), u"&");
+    EXPECT_TRUE(list.getSlot(qxSepField3).known);
+    EXPECT_FALSE(list.getVariablePending());
+  }
+  {
+    // A path ending the element's own path matches too; the end of the text reads nothing.
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(true, true, true);
+    StringParserStream empty(u"", -1);
+    list.readFromStream(msh2, empty);
+    EXPECT_TRUE(list.getVariablePending());
+    list.applyDefaultForPath("MSH");
+    EXPECT_FALSE(list.getVariablePending());
+    EXPECT_TRUE(list.getSlot(qxSepField2).active);
+  }
+}
+
+TEST(SeparatorListTest, HeaderSeparatorsSettledByTheirItem) {
+  const auto warehouse = loadWarehouse(R"(
+messageSets:
+  - name: S
+    separators:
+      segment: "\r"
+      field1: {value: '|', fromField: MSH.2, position: 0}
+      field2: {value: '^', fromField: MSH.Encoding, position: 0}
+)");
+  const MessageSetDefn& set = *warehouse->getMessageSets().front();
+  // The item's children: Encoding is its second.
+  const auto childIndex = [](std::string_view name) { return name == "Encoding" ? 1 : -1; };
+  struct Case {
+    const char* path;
+    int32_t count;
+    bool field1Known;
+    bool field2Known;
+  };
+  const Case cases[] = {
+      {"MSH", 1, false, false},  // neither field 2 nor Encoding is among the first child
+      {"MSH", 2, true, true},
+      {"PID", 5, false, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.path) + " " + std::to_string(c.count));
+    SeparatorList list(set, false, nullptr);
+    list.reset(true, true, true);
+    list.markKnownForChildren(c.path, c.count, childIndex);
+    EXPECT_EQ(list.getSlot(qxSepField1).known, c.field1Known);
+    EXPECT_EQ(list.getSlot(qxSepField2).known, c.field2Known);
+    EXPECT_EQ(list.getVariablePending(), !(c.field1Known && c.field2Known));
+  }
+  SeparatorList list(set, false, nullptr);
+  list.reset(true, true, true);
+  list.markKnownForPath("msh/enc");
+  EXPECT_TRUE(list.getSlot(qxSepField2).known) << "a path prefix, compared without case";
+  EXPECT_FALSE(list.getSlot(qxSepField1).known);
+}
+
+TEST(SeparatorListTest, HostValueOfPresetSeparatorSurvivesReset) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  list.setSeparatorValue(qxSepField1, u"!");
+  list.reset(true, true, true);
+  EXPECT_EQ(list.getSeparatorValue(qxSepField1), u"!");
+  StringParserStream stream(u"A!B|C", -1);
+  list.pushSeparator(qxSepField1);
+  EXPECT_EQ(readOne(list, stream).text, u"A");
+}
+
+TEST(SeparatorListTest, InnerListTakesParentSeparators) {
+  const auto warehouse = loadWarehouse(R"(
+messageSets:
+  - name: Outer
+    separators: {segment: "\r", field1: '|'}
+  - name: Inner
+    initializeSeparatorsFromParent: true
+    separators: {segment: "\n", field1: '*'}
+)");
+  SeparatorList outer(*warehouse->getMessageSets()[0], false, nullptr);
+  outer.reset(false, true, true);
+  outer.setSeparatorValue(qxSepField1, u"!");
+  SeparatorList inner(*warehouse->getMessageSets()[1], false, &outer);
+  inner.reset(true, true, true);
+  EXPECT_EQ(inner.getSeparatorValue(qxSepField1), u"!");
+  EXPECT_EQ(inner.getSeparatorValue(qxSepSegment), u"\r");
+  EXPECT_TRUE(inner.getSlot(qxSepSegment).known);
+  EXPECT_FALSE(inner.getSlot(qxSepField5).known) << "known follows a non-empty value";
+}
+
+// Writes a segment of tag and fields as writers do: separator before each field, data when any.
+std::u16string writeSegment(SeparatorList& list, std::u16string_view tag, const std::vector<std::u16string>& fields) {
+  list.writeData(tag);
+  for (const std::u16string& field : fields) {
+    list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField1);
+    if (!field.empty()) list.writeData(field);
+  }
+  list.writeSeparator(SeparatorList::kWriteTerminator, qxSepSegment);
+  return list.getOutput();
+}
+
+TEST(SeparatorListTest, WriteDropsTrailingEmpties) {
+  struct Case {
+    bool trimSegments;
+    std::vector<std::u16string> fields;
+    std::u16string written;
+  };
+  const Case cases[] = {
+      {true, {u"A", u"", u"", u"", u""}, u"SEG|A\r"},
+      {false, {u"A", u"", u"", u"", u""}, u"SEG|A||||\r"},
+      {true, {u"", u"B", u"", u""}, u"SEG||B\r"},
+      {true, {u"", u"", u"", u""}, u"SEG\r"},
+      {false, {}, u"SEG\r"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.trimSegments);
+    Hl7Set hl7(c.trimSegments);
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(false, true, true);
+    EXPECT_EQ(writeSegment(list, u"SEG", c.fields), c.written);
+  }
+}
+
+TEST(SeparatorListTest, WriteCollapsesSameLevelAndTrailingComponents) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  list.writeData(u"SEG");
+  list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField1);
+  list.writeData(u"A");
+  list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField2);
+  list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField2);
+  list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField1);
+  list.writeData(u"B");
+  EXPECT_EQ(list.getOutput(), u"SEG|A|B") << "empty trailing components go with the next field";
+  list.setCheckOutputTail(true);
+  list.writeData(u"|");
+  list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField1);
+  list.writeData(u"C");
+  EXPECT_EQ(list.getOutput(), u"SEG|A|B|C") << "a separator already at the tail isn't written twice";
+}
+
+TEST(SeparatorListTest, EncodeDecodeAndTranslate) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  struct Case {
+    std::u16string value;
+    int32_t fieldType;
+    std::u16string encoded;
+  };
+  const Case cases[] = {
+      {u"plain", 0, u"plain"},
+      {u"A|B^C", 0, u"A\\F\\B\\S\\C"},
+      {u"A~B", 0, u"A~B"},
+      {u"A~B", SeparatorList::kQuotedTextType, u"\"A~B\""},
+      {u"say \"x\"", SeparatorList::kQuotedTextType, u"\"say \"\"x\"\"\""},
+      {u"A|B", SeparatorList::kQuotedTextType, u"\"A\\F\\B\""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.value.begin(), c.value.end()));
+    EXPECT_EQ(list.encodeValue(c.value, c.fieldType), c.encoded);
+    EXPECT_EQ(list.decodeValue(c.encoded, c.fieldType), c.value);
+  }
+  // A replacement written with default separators follows the message's own.
+  list.setSeparatorValue(qxSepField1, u"!");
+  EXPECT_EQ(list.translateValue(u"a|b^c"), u"a!b^c");
+}
+
+TEST(SeparatorListTest, InvalidCharactersFollowTheSeverity) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  const PrimitiveTypeDefn* escapedType = hl7.warehouse->getPrimitiveTypes().begin()->second.get();
+  TestField plain(nullptr, 0, "SEG/1");
+  const TestField escaped(escapedType, 0, "SEG/1");
+  EXPECT_EQ(list.findInvalidCharacters(plain, u"A~B", false), std::nullopt) << "1015 is a warning here";
+  EXPECT_EQ(list.findInvalidCharacters(plain, u"A~B", true), qxSepRepeat);
+  EXPECT_EQ(list.findInvalidCharacters(plain, u"A|B", true), std::nullopt) << "encoded separators are legal";
+  EXPECT_EQ(list.findInvalidCharacters(escaped, u"A{~}B", true), std::nullopt);
+  EXPECT_EQ(list.findInvalidCharacters(escaped, u"A{~B", true), -1);
+  plain.allowed = qxSepRepeat;
+  EXPECT_EQ(list.findInvalidCharacters(plain, u"A~B", true), std::nullopt);
+  list.setValidationErrorSetting(SeparatorList::kInvalidCharactersError, qxVESIgnore);
+  EXPECT_EQ(list.findInvalidCharacters(escaped, u"A{~B", true), std::nullopt);
+}
+
+// A whole round: reset from the wire, the header settles the separators, a nested push and pop
+// reads a field, and the write drops trailing empties.
+TEST(SeparatorListTest, WireHeaderNestedReadAndWrite) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(true, true, true);
+  const std::u16string text = u"MSH|*#\\%|A*B%C|\rPID|1";
+  StringParserStream stream(text);
+
+  list.pushSeparator(qxSepField1);
+  EXPECT_EQ(readOne(list, stream).text, u"MSH");
+  ASSERT_TRUE(stream.consume(std::u16string(u"|")));
+  const FieldPathDefn msh2 = FieldPathDefn::parse("MSH/Encoding");
+  const Read header = readOne(list, stream);
+  EXPECT_EQ(list.takeFromField(msh2, header.text), u"*#\\%");
+  ASSERT_EQ(header.separator, qxSepField1);
+  ASSERT_TRUE(stream.consume(std::u16string(u"|")));
+
+  list.pushSeparator(qxSepField2);
+  EXPECT_EQ(readOne(list, stream).text, u"A") << "the component separator read from the header";
+  ASSERT_TRUE(stream.consume(std::u16string(u"*")));
+  list.pushSeparator(qxSepField3);
+  const Read inner = readOne(list, stream);
+  EXPECT_EQ(inner.text, u"B");
+  EXPECT_EQ(inner.separator, qxSepField3);
+  ASSERT_TRUE(stream.consume(std::u16string(u"%")));
+  EXPECT_EQ(readOne(list, stream).separator, qxSepField1);
+  list.popSeparator();
+  list.popSeparator();
+  ASSERT_TRUE(stream.consume(std::u16string(u"|")));
+  EXPECT_EQ(readOne(list, stream).separator, qxSepSegment);
+  list.popSeparator();
+  EXPECT_EQ(list.getLevels().size(), 3u);
+
+  list.clearOutput();
+  EXPECT_EQ(writeSegment(list, u"PID", {u"1", u"", u""}), u"PID|1\r");
+  list.writeData(u"X");
+  list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField2);
+  list.writeData(u"Y");
+  EXPECT_EQ(list.getOutput(), u"PID|1\rX*Y") << "writing uses the separators of the message";
+}
+
+TEST(SeparatorListTest, CopyKeepsStateAndRebuildsTrie) {
+  Hl7Set hl7;
+  SeparatorList list(hl7.set(), false, nullptr);
+  list.reset(false, true, true);
+  list.setSeparatorValue(qxSepField1, u"!");
+  list.pushSeparator(qxSepField1);
+  SeparatorList copy(list);
+  EXPECT_TRUE(copy.isTrieDirty());
+  EXPECT_EQ(copy.getLevels(), list.getLevels());
+  StringParserStream stream(u"A!B", -1);
+  EXPECT_EQ(readOne(copy, stream).separator, qxSepField1);
+}
+
+}  // namespace
+}  // namespace vantrelia
