@@ -21,6 +21,7 @@
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/InvalidFile.h"
+#include "support/CompiledComposites.h"
 #include "tool/CompositeJson.h"
 
 namespace vantrelia::compiler {
@@ -28,71 +29,14 @@ namespace {
 
 using Path = std::vector<int32_t>;
 
-// Types and user-data keys first, then the set's tables and composites, each read back by its own
-// reader, as the message set writer will put them together.
-struct Compiled {
-  MessageWarehouseDefn warehouse;
-  std::unique_ptr<MessageSetDefn> set;
-
-  const CompositeDefn& composite(const std::string& name) const {
-    const CompositeDefn* found = set->findCompositeByName(name);
-    if (!found) throw std::runtime_error("no composite " + name);
-    return *found;
-  }
-  const CompositeFieldInstancesControl& overrides(const std::string& composite, int field) const {
-    return *this->composite(composite).getField(field).getInstancesControl();
-  }
-};
+using Compiled = testing::CompiledComposites;
 
 std::unique_ptr<Compiled> compile(const std::string& yaml, int version = pcf::kNewestVersion) {
-  const SourceNode root(YAML::Load(yaml), "the definition");
-  CompileContext context(version);
-  TypeWriter types(root, context);
-  types.declare();
-  context.setTypes(types, root);
-  context.beginMessageSet();
-  const auto tables = root.records("validationTables", "validation table");
-  for (const auto& table : tables) context.declareValidationTable(table.text("name", ""));
-  const auto composites = root.records("composites", "composite");
-  CompositeWriter::declare(composites, context);
-  // The file around the set: the same types, and every user-data key that the composites declared.
-  YAML::Node head = YAML::Clone(root.yaml());
-  head.remove("composites");
-  head.remove("validationTables");
-  for (const auto& key : context.userDataKeys()) head["userDataKeys"].push_back(wideToUtf8(key));
-  PcfWriter body;
-  for (const auto& table : tables) ValidationTableWriter::write(table, context, body, false);
-  for (const auto& composite : composites) CompositeWriter::write(composite, context, body);
-
-  auto compiled = std::make_unique<Compiled>();
-  const auto headBytes = DefinitionCompiler::compile(YAML::Dump(head), {version});
-  std::istringstream headSource(std::string(headBytes.begin(), headBytes.end()));
-  DefinitionFile headFile(headSource);
-  compiled->warehouse.read(headFile);
-  compiled->set = std::make_unique<MessageSetDefn>(compiled->warehouse, "SET");
-  const auto bytes = body.take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
-  for (size_t i = 0; i < tables.size(); ++i) {
-    auto table = std::make_unique<ValidationTableDefn>();
-    table->load(file, version, false);
-    compiled->set->addValidationTable(std::move(table));
-  }
-  FieldUpdates updates;
-  std::vector<std::unique_ptr<CompositeDefn>> loaded(composites.size());
-  for (auto& composite : loaded) (composite = std::make_unique<CompositeDefn>())->load(*compiled->set, file, version, updates);
-  EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";
-  compiled->set->addComposites(std::move(loaded), updates);
-  return compiled;
+  return testing::compileComposites(yaml, version);
 }
 
 std::string compileFailure(const std::string& yaml, int version = pcf::kNewestVersion) {
-  try {
-    compile(yaml, version);
-  } catch (const CompileError& e) {
-    return e.what();
-  }
-  return "";
+  return testing::compositeCompileFailure(yaml, version);
 }
 
 TEST(CompositeWriterTest, RecordsIdsAndForwardReferences) {

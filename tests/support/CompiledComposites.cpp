@@ -1,0 +1,74 @@
+#include "support/CompiledComposites.h"
+
+#include <gtest/gtest.h>
+#include <yaml-cpp/yaml.h>
+
+#include <sstream>
+
+#include "compiler/CompileContext.h"
+#include "compiler/CompileError.h"
+#include "compiler/CompositeWriter.h"
+#include "compiler/DefinitionCompiler.h"
+#include "compiler/PcfWriter.h"
+#include "compiler/TypeWriter.h"
+#include "compiler/Utf8.h"
+#include "compiler/ValidationTableWriter.h"
+#include "definitions/DefinitionFile.h"
+#include "foundation/InvalidFile.h"
+
+namespace vantrelia::testing {
+
+using namespace compiler;
+
+std::unique_ptr<CompiledComposites> compileComposites(const std::string& yaml, int version) {
+  const SourceNode root(YAML::Load(yaml), "the definition");
+  CompileContext context(version);
+  TypeWriter types(root, context);
+  types.declare();
+  context.setTypes(types, root);
+  context.beginMessageSet();
+  const auto tables = root.records("validationTables", "validation table");
+  for (const auto& table : tables) context.declareValidationTable(table.text("name", ""));
+  const auto composites = root.records("composites", "composite");
+  CompositeWriter::declare(composites, context);
+  // The file around the set: the same types, and every user-data key that the composites declared.
+  YAML::Node head = YAML::Clone(root.yaml());
+  head.remove("composites");
+  head.remove("validationTables");
+  for (const auto& key : context.userDataKeys()) head["userDataKeys"].push_back(wideToUtf8(key));
+  PcfWriter body;
+  for (const auto& table : tables) ValidationTableWriter::write(table, context, body, false);
+  for (const auto& composite : composites) CompositeWriter::write(composite, context, body);
+
+  auto compiled = std::make_unique<CompiledComposites>();
+  const auto headBytes = DefinitionCompiler::compile(YAML::Dump(head), {version});
+  std::istringstream headSource(std::string(headBytes.begin(), headBytes.end()));
+  DefinitionFile headFile(headSource);
+  compiled->warehouse.read(headFile);
+  compiled->set = std::make_unique<MessageSetDefn>(compiled->warehouse, "SET");
+  const auto bytes = body.take();
+  std::istringstream source(std::string(bytes.begin(), bytes.end()));
+  DefinitionFile file(source);
+  for (size_t i = 0; i < tables.size(); ++i) {
+    auto table = std::make_unique<ValidationTableDefn>();
+    table->load(file, version, false);
+    compiled->set->addValidationTable(std::move(table));
+  }
+  FieldUpdates updates;
+  std::vector<std::unique_ptr<CompositeDefn>> loaded(composites.size());
+  for (auto& composite : loaded) (composite = std::make_unique<CompositeDefn>())->load(*compiled->set, file, version, updates);
+  EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";
+  compiled->set->addComposites(std::move(loaded), updates);
+  return compiled;
+}
+
+std::string compositeCompileFailure(const std::string& yaml, int version) {
+  try {
+    compileComposites(yaml, version);
+  } catch (const CompileError& e) {
+    return e.what();
+  }
+  return "";
+}
+
+}  // namespace vantrelia::testing
