@@ -32,6 +32,9 @@ class ParserStream {
                          bool applyReplacements) = 0;
   // True if the text at the cursor begins with text. Doesn't advance.
   virtual bool startsWith(const std::u16string& text) = 0;
+  // True if the next character is that one: the one-character test of every field read, kept
+  // apart from startsWith because it runs once per value.
+  virtual bool nextIs(char16_t character) = 0;
   // If the text at the cursor begins with text, advances past it and returns true.
   virtual bool consume(const kestrel::TRVString<char16_t>& text) = 0;
   virtual bool consume(const std::u16string& text) = 0;

@@ -428,8 +428,7 @@ void SeparatorList::readToken(ParserStream& stream, ParserToken& token, int32_t 
     addEscapes(field, root, 0);
   }
   // A comparison in place: peek would build a text for every value read.
-  static const std::u16string quote(kQuote);
-  if (stream.startsWith(quote)) [[unlikely]] {
+  if (stream.nextIs(kQuote[0])) [[unlikely]] {
     readQuoted(stream, token, maxLength, applyReplacements, root);
   } else {
     stream.readToken(root, token, maxLength, applyReplacements);
