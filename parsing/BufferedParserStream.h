@@ -43,6 +43,15 @@ class BufferedParserStream : public ParserStream {
     }
     return true;
   }
+  // The length of text up to its first zero if the characters at the cursor begin with it, -1 if
+  // they don't; never asks for more. One pass, for the streams whose text is all there.
+  int32_t matchedLength(std::u16string_view text) const {
+    size_t length = 0;
+    for (; length < text.size() && text[length] != u'\0'; ++length) {
+      if (length >= static_cast<size_t>(remaining) || current[length] != text[length]) return -1;
+    }
+    return static_cast<int32_t>(length);
+  }
   // True if at least count characters are at hand, after asking fill for the missing ones.
   bool ensureAvailable(size_t count);
   void advance(int32_t count) {

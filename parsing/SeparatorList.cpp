@@ -77,7 +77,7 @@ SeparatorList::SeparatorList(const SeparatorList& other)
 
 SeparatorList::~SeparatorList() = default;
 
-void SeparatorList::checkSeparatorIndex(int32_t index) {
+inline void SeparatorList::checkSeparatorIndex(int32_t index) {
   if (index < 0 || index >= kSeparatorSlots) throw BadParameter(messages::kInvalidSeparator);
 }
 
@@ -261,7 +261,7 @@ void SeparatorList::setKnown(int32_t index, bool known) {
 
 // ----- the stack of levels
 
-std::u16string_view SeparatorList::levelText(ESeparatorType index) const {
+[[gnu::always_inline]] inline std::u16string_view SeparatorList::levelText(ESeparatorType index) const {
   if (index == qxSepNone) return {};
   if (index == qxSepString) return specialStrings.empty() ? std::u16string_view() : specialStrings.back();
   const SeparatorImpl& slot = slots[static_cast<size_t>(index)];
@@ -311,7 +311,7 @@ ESeparatorType SeparatorList::popSeparator() {
   const std::u16string_view text = levelText(index);
   if (!text.empty()) {
     // A slot's value stays put until something marks the trie dirty; a pushed string doesn't.
-    PoppedSequence& popped = poppedOutOfForce.emplace_back(PoppedSequence{index, trie->getLevel(), text, {}});
+    PoppedSequence& popped = poppedOutOfForce.emplace_back(index, trie->getLevel(), text);
     if (index == qxSepString) popped.special = text;
   }
   trie->setLevel(trie->getLevel() - 1);
@@ -418,8 +418,8 @@ void SeparatorList::addEscapes(const SeparatorField* field, SeparatorTrieNode& r
   }
 }
 
-void SeparatorList::readToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
-                              bool useGenericTrie, const SeparatorField* field) {
+void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,
+                                    bool applyReplacements, bool useGenericTrie, const SeparatorField* field) {
   if (trieDirty) buildTrie();
   SeparatorTrieNode& root = useGenericTrie && genericTrie ? *genericTrie : *trie;
   const bool escaped = field && isEscapedField(*field);

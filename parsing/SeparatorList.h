@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "foundation/Enumerations.h"
+#include "parsing/ParserStream.h"
 #include "parsing/SeparatorImpl.h"
 #include "parsing/SeparatorTrieNode.h"
 #include "validation/SeverityTable.h"
@@ -29,7 +30,6 @@ namespace vantrelia {
 class FieldPathDefn;
 class MessageDefn;
 class MessageSetDefn;
-class ParserStream;
 class PrimitiveTypeDefn;
 struct ParserToken;
 
@@ -117,8 +117,15 @@ class SeparatorList {
   // --- reading
   // The read of a field value: escapes of the field's type are kept as they stand, and a value
   // that opens with a double quote runs to the closing one, with doubled quotes read as one.
+  // Inline: it runs once per value read, and most values need none of what the slow path does.
   void readToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
-                 bool useGenericTrie, const SeparatorField* field);
+                 bool useGenericTrie, const SeparatorField* field) {
+    if (trieDirty || (field && isEscapedField(*field)) || stream.nextIs(u'"')) [[unlikely]] {
+      readTokenSlowly(stream, token, maxLength, applyReplacements, useGenericTrie, field);
+    } else {
+      stream.readToken(useGenericTrie && genericTrie ? *genericTrie : *trie, token, maxLength, applyReplacements);
+    }
+  }
   // The same without quotes.
   void readTokenEscaped(ParserStream& stream, ParserToken& token, int32_t maxLength,
                         bool applyReplacements, bool useGenericTrie, const SeparatorField* field);
@@ -218,6 +225,9 @@ class SeparatorList {
   void readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream);
   void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
   static bool isEscapedField(const SeparatorField& field);
+  // readToken with a trie to build, escapes of the field's type, or a double-quoted value.
+  [[gnu::noinline]] void readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,
+                                         bool applyReplacements, bool useGenericTrie, const SeparatorField* field);
   // The read of a value in double quotes, from the opening quote on.
   [[gnu::cold]] void readQuoted(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
                                 SeparatorTrieNode& root);

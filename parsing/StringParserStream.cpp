@@ -92,14 +92,12 @@ StringParserStream::StringParserStream(const char16_t* text, int32_t length)
 
 bool StringParserStream::fill(const char16_t*, int32_t) { return false; }
 
-bool StringParserStream::startsWith(const std::u16string& text) {
-  return matchesHere(text, comparedLength(text));
-}
+bool StringParserStream::startsWith(const std::u16string& text) { return matchedLength(text) >= 0; }
 
 bool StringParserStream::consume(const std::u16string& text) {
-  const size_t length = comparedLength(text);
-  if (!matchesHere(text, length)) return false;
-  advance(static_cast<int32_t>(length));
+  const int32_t length = matchedLength(text);
+  if (length < 0) return false;
+  advance(length);
   return true;
 }
 
