@@ -12,6 +12,8 @@
 #include "compiler/DefinitionCompiler.h"
 #include "definitions/DefinitionFile.h"
 #include "definitions/FieldPathDefn.h"
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "foundation/BadParameter.h"
 #include "parsing/ParserToken.h"
@@ -288,6 +290,65 @@ messageSets:
   list.markKnownForPath("msh/enc");
   EXPECT_TRUE(list.getSlot(qxSepField2).known) << "a path prefix, compared without case";
   EXPECT_FALSE(list.getSlot(qxSepField1).known);
+}
+
+// Before an item is read again (a host re-reading part of a message it built itself), the
+// separators that belong to the items before it keep what was read for them, or take the
+// definition's texts when nothing was; the others from header fields are forgotten.
+TEST(SeparatorListTest, RestoreForItemKeepsOnlyWhatEarlierItemsSettled) {
+  const auto warehouse = loadWarehouse(R"(
+messageSets:
+  - name: S
+    separators:
+      segment: "\r"
+      field1: '|'
+      field2: {value: '^', fromField: MSH.Encoding, position: 0}
+      repeat: {value: '~', fromField: MSH.Encoding, position: 1}
+      field3: {value: '&', fromField: PID.Marks, position: 0}
+    segments:
+      - {name: MSH, fields: [{name: Encoding}]}
+      - {name: EVN, fields: [{name: When}]}
+      - {name: PID, fields: [{name: Marks}]}
+    messages:
+      - name: A01
+        items: [{segment: MSH}, {segment: EVN}, {segment: PID}]
+)");
+  const MessageSetDefn& set = *warehouse->getMessageSets().front();
+  const MessageDefn& message = *set.getMessages().front();
+  struct Case {
+    const char* item;
+    bool field2Known;
+    bool field3Known;
+  };
+  const Case cases[] = {
+      {"MSH", false, false},  // nothing comes before the first item
+      {"PID", true, false},
+      {"pid", true, false},   // item names compare without case
+      {"NONE", true, true},   // no such item: every item counts as before it
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.item);
+    SeparatorList list(set, false, nullptr);
+    list.reset(true, true, true);
+    // MSH.Encoding was read with its own component separator; the repeat separator was not in it.
+    list.takeFromField(FieldPathDefn::parse("MSH/Encoding"), u"*");
+    list.setKnown(qxSepRepeat, false);
+    list.buildTrie();
+    list.restoreForItem(message, c.item);
+
+    EXPECT_EQ(list.getSlot(qxSepField2).known, c.field2Known);
+    EXPECT_EQ(list.getSlot(qxSepField3).known, c.field3Known);
+    if (c.field2Known) {
+      EXPECT_EQ(list.getSeparatorValue(qxSepField2), u"*") << "what was read comes back";
+      EXPECT_TRUE(list.getSlot(qxSepRepeat).known);
+      EXPECT_EQ(list.getSeparatorValue(qxSepRepeat), u"~") << "what was never read takes the definition's text";
+      EXPECT_TRUE(list.isTrieDirty());
+    }
+    if (c.field3Known) {
+      EXPECT_EQ(list.getSeparatorValue(qxSepField3), u"&");
+    }
+    EXPECT_TRUE(list.getSlot(qxSepField1).known) << "a preset separator is never forgotten";
+  }
 }
 
 TEST(SeparatorListTest, HostValueOfPresetSeparatorSurvivesReset) {
