@@ -4,7 +4,6 @@
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/PrimitiveTypeDefn.h"
-#include "foundation/CheckIndex.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/TextCompare.h"
 
@@ -12,21 +11,6 @@ namespace vantrelia {
 
 CompositeDefn::CompositeDefn() = default;
 CompositeDefn::~CompositeDefn() = default;
-
-const FieldDefn& CompositeDefn::getField(int32_t index) const {
-  checkIndex(index, getFieldCount());
-  return *fields[static_cast<size_t>(index)];
-}
-
-FieldDefn& CompositeDefn::getField(int32_t index) {
-  checkIndex(index, getFieldCount());
-  return *fields[static_cast<size_t>(index)];
-}
-
-const ValidationEquation* CompositeDefn::getEquation(int32_t index) const {
-  if (index < 0 || static_cast<size_t>(index) >= equations.size()) return nullptr;
-  return equations[static_cast<size_t>(index)].get();
-}
 
 void CompositeDefn::load(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates) {
   stream.read(Name).read(SpecialSeparatorString).read(SeparatorType);
@@ -36,24 +20,7 @@ void CompositeDefn::load(const MessageSetDefn& set, InputStream& stream, int ver
   stream.read(id);
   readFields(set, stream, version, updates);
 
-  if (version >= pcf::kSyntaxRules) {
-    bool hasSyntaxRules = false;
-    stream.read(hasSyntaxRules);
-    if (hasSyntaxRules) throw InvalidFile(messages::kSyntaxRulesNotSupported);
-  }
-  if (version >= pcf::kValidationEquations) {
-    const int equationCount = stream.readCount();
-    if (equationCount > getFieldCount()) throw InvalidFile(messages::kTooManyValidationEquations);
-    if (equationCount > 0) throw InvalidFile(messages::kValidationEquationsNotSupported);
-  }
-  if (version >= pcf::kUserData) readUserData(stream, userData);
-  if (version >= pcf::kDefinitionFlagWords) {
-    flags = static_cast<uint32_t>(stream.readInt());
-  } else if (version >= pcf::kSyntaxRules) {
-    // These versions have no flag word: the variable fields say it.
-    for (const auto& field : fields)
-      if (field->getDataType() == FieldDefn::kVariable) flags |= kHasVariableField;
-  }
+  readRulesAndFlags(stream, version);
   if (version >= pcf::kSpecialRecords) {
     bool presenceIndicator = false;
     stream.read(presenceIndicator);
@@ -62,17 +29,6 @@ void CompositeDefn::load(const MessageSetDefn& set, InputStream& stream, int ver
       stream.read(SpecialSeparatorType);
       stream.readWide(indicatorSeparatorString);
     }
-  }
-}
-
-void CompositeDefn::readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates) {
-  const int32_t count = stream.readInt();
-  if (count < 0) throw InvalidFile(messages::kInvalidFieldCount);
-  // No reserve: a corrupt count must not allocate before the records run out.
-  for (int32_t i = 0; i < count; ++i) {
-    auto field = std::make_unique<FieldDefn>();
-    field->load(set, stream, version, updates);
-    fields.push_back(std::move(field));
   }
 }
 

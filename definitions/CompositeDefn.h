@@ -9,26 +9,21 @@
 #include <vector>
 
 #include "definitions/FieldDefn.h"
+#include "definitions/FieldListDefn.h"
 #include "foundation/Enumerations.h"
 #include "foundation/TRVString.h"
 
 namespace vantrelia {
 
-class SyntaxRuleSet;
-class ValidationEquation;
-
-class CompositeDefn {
+class CompositeDefn : public FieldListDefn {
  public:
   using WideText = kestrel::TRVString<char16_t>;
 
-  // Bits of `flags`.
-  static constexpr uint32_t kHasVariableField = 0x01;
+  // Bits of `flags` besides kHasVariableField.
   static constexpr uint32_t kHoldsQuotedText = 0x02;  // read straight from the stream
 
   CompositeDefn();
-  virtual ~CompositeDefn();
-  CompositeDefn(const CompositeDefn&) = delete;
-  CompositeDefn& operator=(const CompositeDefn&) = delete;
+  ~CompositeDefn() override;
 
   // Reads one composite record with its fields. Composite fields leave their override blocks in
   // `updates`. Throws InvalidFile, also for syntax rules and validation equations, which this
@@ -40,18 +35,6 @@ class CompositeDefn {
   int32_t getSeparatorType() const { return SeparatorType; }
   bool isFixedWidth() const { return FixedWidth != 0; }
   int32_t getId() const { return id; }
-  int32_t getFieldCount() const { return static_cast<int32_t>(fields.size()); }
-  // Throws BadParameter for an index outside the fields.
-  const FieldDefn& getField(int32_t index) const;
-  FieldDefn& getField(int32_t index);
-  const std::vector<std::unique_ptr<FieldDefn>>& getFields() const { return fields; }
-  // Null: files with syntax rules aren't read yet.
-  const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
-  // The equation of that field, or null; a composite without equations has none for any field.
-  const ValidationEquation* getEquation(int32_t index) const;
-  bool hasEquations() const { return !equations.empty(); }
-  const UserDataMap& getUserData() const { return userData; }
-  uint32_t getFlags() const { return flags; }
   ECompositeType getCompositeType() const { return CompositeType ? qxCompTypeFieldPresenceIndicator : qxCompTypeNormal; }
   int32_t getSpecialSeparatorType() const { return SpecialSeparatorType; }
   const WideText& getIndicatorSeparatorString() const { return indicatorSeparatorString; }
@@ -70,19 +53,11 @@ class CompositeDefn {
   void workOutQuotedText();
 
  private:
-  void readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
-
   kestrel::TRVString<char> Name;
   WideText SpecialSeparatorString;
   int32_t SeparatorType = qxSepAuto;
   uint8_t FixedWidth = 0;
   int32_t id = 0;
-  std::vector<std::unique_ptr<FieldDefn>> fields;
-  std::shared_ptr<SyntaxRuleSet> SyntaxRules;
-  // One slot for each field when the file gives equations, else empty.
-  std::vector<std::shared_ptr<ValidationEquation>> equations;
-  UserDataMap userData;
-  uint32_t flags = 0;
   uint8_t CompositeType = 0;
   int32_t SpecialSeparatorType = qxSepString;
   WideText indicatorSeparatorString;

@@ -6,7 +6,6 @@
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/VariableFieldDefn.h"
-#include "foundation/CheckIndex.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/TextConversion.h"
 
@@ -14,21 +13,6 @@ namespace vantrelia {
 
 SegmentDefn::SegmentDefn() = default;
 SegmentDefn::~SegmentDefn() = default;
-
-const FieldDefn& SegmentDefn::getField(int32_t index) const {
-  checkIndex(index, getFieldCount());
-  return *fields[static_cast<size_t>(index)];
-}
-
-FieldDefn& SegmentDefn::getField(int32_t index) {
-  checkIndex(index, getFieldCount());
-  return *fields[static_cast<size_t>(index)];
-}
-
-const ValidationEquation* SegmentDefn::getEquation(int32_t index) const {
-  if (index < 0 || static_cast<size_t>(index) >= equations.size()) return nullptr;
-  return equations[static_cast<size_t>(index)].get();
-}
 
 ESegmentType SegmentDefn::getSegmentType() const {
   if (flags & kFieldPresenceIndicator) return qxSegTypeFieldPresenceIndicator;
@@ -52,37 +36,9 @@ void SegmentDefn::load(MessageSetDefn& owner, InputStream& stream, int version, 
   readFields(owner, stream, version, updates);
   readMatches(stream, version);
 
-  if (version >= pcf::kSyntaxRules) {
-    bool hasSyntaxRules = false;
-    stream.read(hasSyntaxRules);
-    if (hasSyntaxRules) throw InvalidFile(messages::kSyntaxRulesNotSupported);
-  }
-  if (version >= pcf::kValidationEquations) {
-    const int equationCount = stream.readCount();
-    if (equationCount > getFieldCount()) throw InvalidFile(messages::kTooManyValidationEquations);
-    if (equationCount > 0) throw InvalidFile(messages::kValidationEquationsNotSupported);
-  }
-  if (version >= pcf::kUserData) readUserData(stream, userData);
-  if (version >= pcf::kDefinitionFlagWords) {
-    flags = static_cast<uint32_t>(stream.readInt());
-  } else if (version >= pcf::kSyntaxRules) {
-    // These versions have no flag word: the variable fields say it.
-    for (const auto& field : fields)
-      if (field->getDataType() == FieldDefn::kVariable) flags |= kHasVariableField;
-  }
+  readRulesAndFlags(stream, version);
   readSpecialRecords(stream, version);
   if (flags & kHasVariableField) workOutVariableKeys();
-}
-
-void SegmentDefn::readFields(const MessageSetDefn& owner, InputStream& stream, int version, FieldUpdates& updates) {
-  const int32_t count = stream.readInt();
-  if (count < 0) throw InvalidFile(messages::kInvalidFieldCount);
-  // No reserve: a corrupt count must not allocate before the records run out.
-  for (int32_t i = 0; i < count; ++i) {
-    auto field = std::make_unique<FieldDefn>();
-    field->load(owner, stream, version, updates);
-    fields.push_back(std::move(field));
-  }
 }
 
 void SegmentDefn::readMatches(InputStream& stream, int version) {

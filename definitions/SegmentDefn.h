@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "definitions/FieldDefn.h"
+#include "definitions/FieldListDefn.h"
 #include "definitions/MatchDefn.h"
 #include "foundation/Enumerations.h"
 #include "foundation/Mutex.h"
@@ -18,15 +19,11 @@
 
 namespace vantrelia {
 
-class SyntaxRuleSet;
-class ValidationEquation;
-
-class SegmentDefn {
+class SegmentDefn : public FieldListDefn {
  public:
   using WideText = kestrel::TRVString<char16_t>;
 
-  // Bits of `flags`.
-  static constexpr uint32_t kHasVariableField = 0x01;        // some field is variable (data type 11)
+  // Bits of `flags` besides kHasVariableField.
   static constexpr uint32_t kFieldPresenceIndicator = 0x02;
   static constexpr uint32_t kNameValuePair = 0x04;
   static constexpr uint32_t kSituationalData = 0x08;         // a message item overrides its fields
@@ -39,9 +36,7 @@ class SegmentDefn {
   };
 
   SegmentDefn();
-  virtual ~SegmentDefn();
-  SegmentDefn(const SegmentDefn&) = delete;
-  SegmentDefn& operator=(const SegmentDefn&) = delete;
+  ~SegmentDefn() override;
 
   // Reads one segment record with its fields and matches. Composite fields leave their override
   // blocks in `updates`; the set resolves them when it takes the segment. Throws InvalidFile, also
@@ -55,20 +50,8 @@ class SegmentDefn {
   int32_t getSeparatorType() const { return SeparatorType; }
   bool isFixedWidth() const { return FixedWidth != 0; }
   int32_t getId() const { return id; }
-  int32_t getFieldCount() const { return static_cast<int32_t>(fields.size()); }
-  // Throws BadParameter for an index outside the fields.
-  const FieldDefn& getField(int32_t index) const;
-  FieldDefn& getField(int32_t index);
-  const std::vector<std::unique_ptr<FieldDefn>>& getFields() const { return fields; }
   const std::vector<std::unique_ptr<MatchDefn>>& getMatches() const { return matches; }
   const MessageSetDefn* getSet() const { return set; }
-  // Null: files with syntax rules aren't read yet.
-  const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
-  // The equation of that field, or null.
-  const ValidationEquation* getEquation(int32_t index) const;
-  bool hasEquations() const { return !equations.empty(); }
-  const UserDataMap& getUserData() const { return userData; }
-  uint32_t getFlags() const { return flags; }
   // Flag 0x08 comes from the message items read after the segment.
   void addFlags(uint32_t bits) { flags |= bits; }
   // Presence indicator (0x02) first, then name-value pair (0x04), else normal.
@@ -88,7 +71,6 @@ class SegmentDefn {
   const std::vector<WideText>& getSortedFieldNames() const;
 
  private:
-  void readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
   void readMatches(InputStream& stream, int version);
   void readSpecialRecords(InputStream& stream, int version);
   void workOutVariableKeys();
@@ -99,14 +81,8 @@ class SegmentDefn {
   int32_t SeparatorType = qxSepAuto;
   uint8_t FixedWidth = 0;
   int32_t id = 0;
-  std::vector<std::unique_ptr<FieldDefn>> fields;
   std::vector<std::unique_ptr<MatchDefn>> matches;
   const MessageSetDefn* set = nullptr;
-  std::shared_ptr<SyntaxRuleSet> SyntaxRules;
-  // One slot for each field when the file gives equations, else empty.
-  std::vector<std::shared_ptr<ValidationEquation>> equations;
-  UserDataMap userData;
-  uint32_t flags = 0;
   std::optional<SpecialSeparator> presenceSeparator;
   std::optional<std::map<int32_t, int32_t>> variableKeys;
   std::optional<SpecialSeparator> nameValueSeparator;

@@ -581,22 +581,21 @@ std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std:
   return completed;
 }
 
-std::u16string SeparatorList::collectForField(const FieldPathDefn& fieldPath) const {
+std::u16string SeparatorList::collectSlots(const FieldPathDefn& fieldPath, bool endPositions) const {
   std::u16string text;
-  for (const int32_t i : slotsOfField(fieldPath, false, false)) {
+  for (const int32_t i : slotsOfField(fieldPath, endPositions, false)) {
     const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
     text += slot.known ? std::u16string_view(slot.value) : slot.defn->getValue().view();
   }
   return text;
 }
 
+std::u16string SeparatorList::collectForField(const FieldPathDefn& fieldPath) const {
+  return collectSlots(fieldPath, false);
+}
+
 std::u16string SeparatorList::collectForFieldEnd(const FieldPathDefn& fieldPath) const {
-  std::u16string text;
-  for (const int32_t i : slotsOfField(fieldPath, true, false)) {
-    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
-    text += slot.known ? std::u16string_view(slot.value) : slot.defn->getValue().view();
-  }
-  return text;
+  return collectSlots(fieldPath, true);
 }
 
 void SeparatorList::markKnownForPath(std::string_view path) {

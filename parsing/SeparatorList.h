@@ -222,6 +222,8 @@ class SeparatorList {
   void flushOutOfForce();
   // Slots of header field separators, in rising position (negative: rising absolute position).
   std::vector<int32_t> slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const;
+  // The texts of a header field's separators, known ones as read and the others as defined.
+  std::u16string collectSlots(const FieldPathDefn& fieldPath, bool endPositions) const;
   void readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream);
   void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
   static bool isEscapedField(const SeparatorField& field);

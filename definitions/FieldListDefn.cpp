@@ -1,0 +1,62 @@
+#include "definitions/FieldListDefn.h"
+
+#include "definitions/InputStream.h"
+#include "definitions/PcfMessages.h"
+#include "definitions/PcfVersion.h"
+#include "foundation/CheckIndex.h"
+#include "foundation/InvalidFile.h"
+
+namespace vantrelia {
+
+FieldListDefn::FieldListDefn() = default;
+FieldListDefn::~FieldListDefn() = default;
+
+const FieldDefn& FieldListDefn::getField(int32_t index) const {
+  checkIndex(index, getFieldCount());
+  return *fields[static_cast<size_t>(index)];
+}
+
+FieldDefn& FieldListDefn::getField(int32_t index) {
+  checkIndex(index, getFieldCount());
+  return *fields[static_cast<size_t>(index)];
+}
+
+const ValidationEquation* FieldListDefn::getEquation(int32_t index) const {
+  if (index < 0 || static_cast<size_t>(index) >= equations.size()) return nullptr;
+  return equations[static_cast<size_t>(index)].get();
+}
+
+void FieldListDefn::readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates) {
+  const int32_t count = stream.readInt();
+  if (count < 0) throw InvalidFile(messages::kInvalidFieldCount);
+  // No reserve: a corrupt count must not allocate before the records run out.
+  for (int32_t i = 0; i < count; ++i) {
+    auto field = std::make_unique<FieldDefn>();
+    field->load(set, stream, version, updates);
+    fields.push_back(std::move(field));
+  }
+}
+
+void FieldListDefn::readRulesAndFlags(InputStream& stream, int version) {
+  if (version >= pcf::kSyntaxRules) {
+    bool hasSyntaxRules = false;
+    stream.read(hasSyntaxRules);
+    if (hasSyntaxRules) throw InvalidFile(messages::kSyntaxRulesNotSupported);
+  }
+  if (version >= pcf::kValidationEquations) {
+    const int equationCount = stream.readCount();
+    if (equationCount > getFieldCount()) throw InvalidFile(messages::kTooManyValidationEquations);
+    if (equationCount > 0) throw InvalidFile(messages::kValidationEquationsNotSupported);
+  }
+  if (version >= pcf::kUserData) readUserData(stream, userData);
+  if (version >= pcf::kDefinitionFlagWords) {
+    flags = static_cast<uint32_t>(stream.readInt());
+  } else if (version >= pcf::kSyntaxRules) {
+    // These versions have no flag word: the variable fields say it.
+    for (const auto& field : fields) {
+      if (field->getDataType() == FieldDefn::kVariable) flags |= kHasVariableField;
+    }
+  }
+}
+
+}  // namespace vantrelia

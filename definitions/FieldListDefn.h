@@ -1,0 +1,56 @@
+#pragma once
+// What composites and segments are both made of: a list of fields, the rules over them, user data
+// and a flag word. Each record reads its own parts around these and keeps its own flag bits above
+// the one they share.
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "definitions/FieldDefn.h"
+
+namespace vantrelia {
+
+class SyntaxRuleSet;
+class ValidationEquation;
+
+class FieldListDefn {
+ public:
+  // The flag bit both records give the same meaning: some field is variable (data type 11).
+  static constexpr uint32_t kHasVariableField = 0x01;
+
+  FieldListDefn(const FieldListDefn&) = delete;
+  FieldListDefn& operator=(const FieldListDefn&) = delete;
+
+  int32_t getFieldCount() const { return static_cast<int32_t>(fields.size()); }
+  // Throws BadParameter for an index outside the fields.
+  const FieldDefn& getField(int32_t index) const;
+  FieldDefn& getField(int32_t index);
+  const std::vector<std::unique_ptr<FieldDefn>>& getFields() const { return fields; }
+  // Null: files with syntax rules aren't read yet.
+  const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
+  // The equation of that field, or null; a record without equations has none for any field.
+  const ValidationEquation* getEquation(int32_t index) const;
+  bool hasEquations() const { return !equations.empty(); }
+  const UserDataMap& getUserData() const { return userData; }
+  uint32_t getFlags() const { return flags; }
+
+ protected:
+  FieldListDefn();
+  virtual ~FieldListDefn();
+
+  void readFields(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
+  // The part of the record after the fields (and a segment's matches): syntax rules and validation
+  // equations, which this engine refuses with InvalidFile when a file has them, then user data and
+  // the flag word; files without a flag word have kHasVariableField worked out from the fields.
+  void readRulesAndFlags(InputStream& stream, int version);
+
+  std::vector<std::unique_ptr<FieldDefn>> fields;
+  std::shared_ptr<SyntaxRuleSet> SyntaxRules;
+  // One slot for each field when the file gives equations, else empty.
+  std::vector<std::shared_ptr<ValidationEquation>> equations;
+  UserDataMap userData;
+  uint32_t flags = 0;
+};
+
+}  // namespace vantrelia
