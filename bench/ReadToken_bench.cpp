@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/Hl7Cutter.h"
 #include "bench/Hl7TextGenerator.h"
 #include "compiler/PcfWriter.h"
 #include "definitions/DefinitionFile.h"
@@ -55,82 +56,12 @@ void loadHl7Separators(MessageSetDefn& set) {
   }
 }
 
-// Cuts whole segments by their shapes, pushing and popping the list's levels around each field.
-class Hl7ListCutter {
- public:
-  explicit Hl7ListCutter(SeparatorList& list) : list(list) {}
-
-  // Reads the stream to its end; returns a checksum of what was read so nothing is optimised away.
-  size_t cutAll(StringParserStream& stream) {
-    size_t checksum = 0;
-    while (!stream.atEnd()) {
-      const int32_t before = stream.getRemaining();
-      checksum += cutSegment(stream);
-      if (stream.getRemaining() == before) return 0;  // lost its place
-    }
-    return checksum;
-  }
-
- private:
-  void readLeaf(StringParserStream& stream, size_t& checksum) {
-    token.useView = true;
-    list.readToken(stream, token, 0, true, false, nullptr);
-    checksum += token.characters().size() + static_cast<size_t>(token.separator + 1);
-  }
-
-  size_t cutSegment(StringParserStream& stream) {
-    size_t checksum = 0;
-    list.pushSeparator(qxSepField1);
-    readLeaf(stream, checksum);
-    const Hl7SegmentShape* shape = Hl7TextGenerator::shapeOf(token.characters());
-    size_t field = 0;
-    if (shape && shape->tag == u"MSH") {
-      // Fields 1 and 2 are the separators themselves, read by count.
-      stream.consume(kField);
-      stream.readChars(4, token);
-      token.separator = qxSepField1;
-      field = 2;
-    }
-    while (token.separator == qxSepField1 && stream.consume(kField)) {
-      const Hl7FieldShape simple;
-      readField(stream, shape && field < shape->fields.size() ? shape->fields[field] : simple, checksum);
-      ++field;
-    }
-    list.popSeparator();
-    stream.consume(kSegment);
-    return checksum;
-  }
-
-  void readField(StringParserStream& stream, const Hl7FieldShape& shape, size_t& checksum) {
-    if (shape.repeats) list.pushSeparator(qxSepRepeat);
-    do {
-      if (shape.components > 1) {
-        list.pushSeparator(qxSepField2);
-        do {
-          if (shape.subcomponents) {
-            list.pushSeparator(qxSepField3);
-            do readLeaf(stream, checksum);
-            while (token.separator == qxSepField3 && stream.consume(kSubcomponent));
-            list.popSeparator();
-          } else {
-            readLeaf(stream, checksum);
-          }
-        } while (token.separator == qxSepField2 && stream.consume(kComponent));
-        list.popSeparator();
-      } else {
-        readLeaf(stream, checksum);
-      }
-    } while (shape.repeats && token.separator == qxSepRepeat && stream.consume(kRepeat));
-    if (shape.repeats) list.popSeparator();
-  }
-
-  const std::u16string kSegment = u"\r";
-  const std::u16string kField = u"|";
-  const std::u16string kComponent = u"^";
-  const std::u16string kSubcomponent = u"&";
-  const std::u16string kRepeat = u"~";
+// The list's own stack of levels; the texts are the list's business.
+struct ListLevels {
+  void push(ESeparatorType index, std::u16string_view) { list.pushSeparator(index); }
+  void pop(ESeparatorType, std::u16string_view) { list.popSeparator(); }
+  void read(StringParserStream& stream, ParserToken& token) { list.readToken(stream, token, 0, true, false, nullptr); }
   SeparatorList& list;
-  ParserToken token;
 };
 
 void BM_ReadToken_HL7(benchmark::State& state) {
@@ -139,7 +70,7 @@ void BM_ReadToken_HL7(benchmark::State& state) {
   loadHl7Separators(set);
   SeparatorList list(set, false, nullptr);
   list.reset(true, true, true);
-  Hl7ListCutter cutter(list);
+  Hl7Cutter<ListLevels> cutter(list);
   for (auto _ : state) {
     StringParserStream stream(text);
     const size_t checksum = cutter.cutAll(stream);

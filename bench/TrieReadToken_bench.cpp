@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "bench/Hl7Cutter.h"
 #include "bench/Hl7TextGenerator.h"
 #include "foundation/Enumerations.h"
 #include "parsing/ParserToken.h"
@@ -22,12 +23,11 @@ const std::u16string& hl7Text() {
   return text;
 }
 
-// Cuts whole segments by their shapes, keeping the trie as the separator list would: the segment
-// separator and the escape replacements at the level of the segment, and one more level for each
-// separator pushed while a field is read.
-class Hl7TrieCutter {
+// Keeps the trie as the separator list would: the segment separator and the escape replacements
+// at the level of the segment, and one more level for each separator pushed while a field is read.
+class TrieLevels {
  public:
-  Hl7TrieCutter() {
+  TrieLevels() {
     // Message and group separators are empty in HL7; the segment separator is the third level.
     root.setLevel(3);
     root.addSequence(qxSepSegment, u"\r", SeparatorTrieNode::kSeparator, 3);
@@ -37,19 +37,6 @@ class Hl7TrieCutter {
       root.addSequence(qxSepUser1, sequence, SeparatorTrieNode::kReplacement, 3, stands);
     }
   }
-
-  // Reads the stream to its end; returns a checksum of what was read so nothing is optimised away.
-  size_t cutAll(StringParserStream& stream) {
-    size_t checksum = 0;
-    while (!stream.atEnd()) {
-      const size_t before = static_cast<size_t>(stream.getRemaining());
-      checksum += cutSegment(stream);
-      if (static_cast<size_t>(stream.getRemaining()) == before) return 0;  // lost its place
-    }
-    return checksum;
-  }
-
- private:
   void push(ESeparatorType index, std::u16string_view text) {
     root.setLevel(root.getLevel() + 1);
     root.addSequence(index, text, SeparatorTrieNode::kSeparator, root.getLevel());
@@ -58,71 +45,15 @@ class Hl7TrieCutter {
     root.setLevel(root.getLevel() - 1);
     root.addSequence(index, text, SeparatorTrieNode::kSeparator, SeparatorTrieNode::kOutOfForce);
   }
+  void read(StringParserStream& stream, ParserToken& token) { stream.readToken(root, token, 0, true); }
 
-  void readLeaf(StringParserStream& stream, size_t& checksum) {
-    token.useView = true;
-    stream.readToken(root, token, 0, true);
-    checksum += token.characters().size() + static_cast<size_t>(token.separator + 1);
-  }
-
-  size_t cutSegment(StringParserStream& stream) {
-    size_t checksum = 0;
-    push(qxSepField1, u"|");
-    readLeaf(stream, checksum);
-    const Hl7SegmentShape* shape = Hl7TextGenerator::shapeOf(token.characters());
-    size_t field = 0;
-    if (shape && shape->tag == u"MSH") {
-      // Fields 1 and 2 are the separators themselves, read by count.
-      stream.consume(kField);
-      stream.readChars(4, token);
-      token.separator = qxSepField1;
-      field = 2;
-    }
-    while (token.separator == qxSepField1 && stream.consume(kField)) {
-      const Hl7FieldShape simple;
-      readField(stream, shape && field < shape->fields.size() ? shape->fields[field] : simple, checksum);
-      ++field;
-    }
-    pop(qxSepField1, u"|");
-    stream.consume(kSegment);
-    return checksum;
-  }
-
-  void readField(StringParserStream& stream, const Hl7FieldShape& shape, size_t& checksum) {
-    if (shape.repeats) push(qxSepRepeat, u"~");
-    do {
-      if (shape.components > 1) {
-        push(qxSepField2, u"^");
-        do {
-          if (shape.subcomponents) {
-            push(qxSepField3, u"&");
-            do readLeaf(stream, checksum);
-            while (token.separator == qxSepField3 && stream.consume(kSubcomponent));
-            pop(qxSepField3, u"&");
-          } else {
-            readLeaf(stream, checksum);
-          }
-        } while (token.separator == qxSepField2 && stream.consume(kComponent));
-        pop(qxSepField2, u"^");
-      } else {
-        readLeaf(stream, checksum);
-      }
-    } while (shape.repeats && token.separator == qxSepRepeat && stream.consume(kRepeat));
-    if (shape.repeats) pop(qxSepRepeat, u"~");
-  }
-
-  const std::u16string kSegment = u"\r";
-  const std::u16string kField = u"|";
-  const std::u16string kComponent = u"^";
-  const std::u16string kSubcomponent = u"&";
-  const std::u16string kRepeat = u"~";
+ private:
   SeparatorTrieNode root;
-  ParserToken token;
 };
 
 void BM_TrieReadToken_HL7(benchmark::State& state) {
   const std::u16string& text = hl7Text();
-  Hl7TrieCutter cutter;
+  Hl7Cutter<TrieLevels> cutter;
   for (auto _ : state) {
     StringParserStream stream(text);
     const size_t checksum = cutter.cutAll(stream);

@@ -293,7 +293,7 @@ void SeparatorList::pushSeparator(ESeparatorType index, std::u16string_view spec
   if (trieDirty) poppedOutOfForce.clear();  // the next read builds a new trie anyway
   if (!poppedOutOfForce.empty()) {
     const PoppedSequence& last = poppedOutOfForce.back();
-    if (last.index == index && last.level == trie->getLevel() && last.getText() == text) {
+    if (last.index == index && last.level == trie->getLevel() && last.text == text) {
       // Those still waiting stand deeper than this level, so they stay out of force.
       poppedOutOfForce.pop_back();
       return;
@@ -309,10 +309,12 @@ ESeparatorType SeparatorList::popSeparator() {
   // Once the root's level is below it, the sequence is out of force for reads already; it is taken
   // out for every level only when a push could raise the level to it again (flushOutOfForce).
   const std::u16string_view text = levelText(index);
-  if (!text.empty()) {
-    // A slot's value stays put until something marks the trie dirty; a pushed string doesn't.
-    PoppedSequence& popped = poppedOutOfForce.emplace_back(index, trie->getLevel(), text);
-    if (index == qxSepString) popped.special = text;
+  if (index == qxSepString) {
+    // A pushed string goes with its level, so it is taken out of force at once. The root's level
+    // is below it from here on either way, so reads see no difference.
+    if (!trieDirty) addLevelSequences(index, text, SeparatorTrieNode::kOutOfForce);
+  } else if (!text.empty()) {
+    poppedOutOfForce.push_back({index, trie->getLevel(), text});
   }
   trie->setLevel(trie->getLevel() - 1);
   if (index == qxSepString) specialStrings.pop_back();
@@ -327,7 +329,7 @@ void SeparatorList::flushOutOfForce() {
   // too, until the trie is rebuilt.
   if (!trieDirty) {
     for (const PoppedSequence& popped : poppedOutOfForce) {
-      addLevelSequences(popped.index, popped.getText(), SeparatorTrieNode::kOutOfForce);
+      addLevelSequences(popped.index, popped.text, SeparatorTrieNode::kOutOfForce);
     }
   }
   poppedOutOfForce.clear();

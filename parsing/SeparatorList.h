@@ -192,9 +192,7 @@ class SeparatorList {
   struct PoppedSequence {
     ESeparatorType index;
     int32_t level;
-    std::u16string_view slotText;  // the slot's value, for all but qxSepString
-    std::u16string special;        // the popped string of qxSepString
-    std::u16string_view getText() const { return index == qxSepString ? std::u16string_view(special) : slotText; }
+    std::u16string_view text;  // the slot's value, which stays put until the trie is marked dirty
   };
   struct PoppedLevel {
     ESeparatorType index;
