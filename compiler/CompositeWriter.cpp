@@ -8,6 +8,7 @@
 #include "compiler/FieldWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SeparatorWriter.h"
+#include "compiler/UserDataWriter.h"
 #include "definitions/CompositeDefn.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/Enumerations.h"
@@ -33,9 +34,8 @@ void CompositeWriter::declare(const std::vector<SourceNode>& composites, Compile
     if (context.findComposite(name) || std::find(names.begin(), names.end(), name) != names.end())
       composite.failAt("name", "composite name '" + name + "' is used twice in the set; fields refer to composites by name");
     names.push_back(name);
-    composite.requireVersion("userData", !composite.wideTextMap("userData").empty(), pcf::kUserData, version);
     composite.requireVersion("presenceIndicator", composite.has("presenceIndicator"), pcf::kSpecialRecords, version);
-    FieldWriter::declareUserData(composite, context);
+    UserDataWriter::declare(composite, context);
     for (const auto& field : FieldWriter::fieldsOf(composite)) FieldWriter::declare(field, context);
     if (!composite.has("id")) continue;
     const auto id = static_cast<int32_t>(composite.integer("id", 0, INT32_MIN, INT32_MAX));
@@ -79,7 +79,7 @@ void CompositeWriter::write(const SourceNode& composite, const CompileContext& c
 
   if (version >= pcf::kSyntaxRules) out.boolean(false);        // syntax rules
   if (version >= pcf::kValidationEquations) out.count(0);      // validation equations
-  if (version >= pcf::kUserData) FieldWriter::writeUserData(composite, context, out);
+  if (version >= pcf::kUserData) UserDataWriter::write(composite, context, out);
   if (version >= pcf::kDefinitionFlagWords) out.i32(hasVariable ? static_cast<int32_t>(CompositeDefn::kHasVariableField) : 0);
   if (version >= pcf::kSpecialRecords) {
     out.boolean(composite.has("presenceIndicator"));

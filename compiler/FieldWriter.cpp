@@ -10,6 +10,7 @@
 #include "compiler/PcfWriter.h"
 #include "compiler/TypeWriter.h"
 #include "compiler/Utf8.h"
+#include "compiler/UserDataWriter.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/Enumerations.h"
@@ -192,33 +193,12 @@ bool FieldWriter::isVariable(const SourceNode& field, const CompileContext& cont
   return !field.has("composite") && dataTypeOf(field, context).code == TypeWriter::kVariableCode;
 }
 
-void FieldWriter::declareUserData(const SourceNode& record, CompileContext& context) {
-  for (const auto& [key, value] : record.wideTextMap("userData")) {
-    const auto wideKey = utf8ToWide(key);
-    if (!wideKey) record.failAt("userData", "a user-data key of " + record.what() + " is not valid UTF-8");
-    context.declareUserDataKey(*wideKey);
-  }
-}
-
-void FieldWriter::writeUserData(const SourceNode& record, const CompileContext& context, PcfWriter& out) {
-  const auto values = record.wideTextMap("userData");
-  out.count(static_cast<int32_t>(values.size()));
-  for (const auto& [key, value] : values) {
-    const int index = context.userDataKeyIndex(*utf8ToWide(key));
-    if (index < 0) throw std::logic_error("user data of " + record.what() + " written before it was declared");
-    if (value.size() > kLongestText) record.failAt("userData", "a user-data value of " + record.what() + " is too long");
-    out.count(index).text16(value);
-  }
-}
-
 void FieldWriter::declare(const SourceNode& field, CompileContext& context) {
   field.allowOnly({"name", "dataType", "composite", "required", "minLength", "maxLength", "minRepeats", "maxRepeats", "default",
                    "count", "countedField", "lengthField", "hidden", "hasOverrides", "alignment", "format", "table",
                    "userData", "fieldPresenceIndicator", "variable", "overrides", "overrideHeader"});
   field.recordName("overrides and paths refer to fields by name");
-  const int version = context.version();
-  field.requireVersion("userData", !field.wideTextMap("userData").empty(), pcf::kUserData, version);
-  declareUserData(field, context);
+  UserDataWriter::declare(field, context);
 }
 
 void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& siblings, const CompileContext& context,
@@ -326,7 +306,7 @@ void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& 
     if (version >= pcf::kValidationTableName) out.text8(table);
   }
 
-  if (version >= pcf::kUserData) writeUserData(field, context, out);
+  if (version >= pcf::kUserData) UserDataWriter::write(field, context, out);
   const bool presence = field.flag("fieldPresenceIndicator", false);
   field.requireVersion("fieldPresenceIndicator", presence, pcf::kSpecialRecords, version);
   if (version >= pcf::kSpecialRecords) out.boolean(presence);

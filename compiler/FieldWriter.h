@@ -64,9 +64,6 @@ class FieldWriter {
 
   // The alignment names ("left", "right", "leftMin", ... "zeroMax") by EMetaAlignment value, "" outside.
   static std::string_view alignmentName(int alignment);
-  // A field's `userData` mapping: a count, then pairs of key index and value.
-  static void writeUserData(const SourceNode& record, const CompileContext& context, PcfWriter& out);
-  static void declareUserData(const SourceNode& record, CompileContext& context);
 };
 
 }  // namespace vantrelia::compiler

@@ -12,6 +12,7 @@
 #include "compiler/SeparatorWriter.h"
 #include "compiler/ValidationErrorSettingWriter.h"
 #include "compiler/ValidationTableWriter.h"
+#include "compiler/UserDataWriter.h"
 #include "definitions/PcfVersion.h"
 
 namespace vantrelia::compiler {
@@ -44,7 +45,6 @@ void checkSet(const SourceNode& set, const CompileContext& context) {
     set.requireVersion(gated.key, set.flag(gated.key, gated.implied) != gated.implied, gated.gate, version);
   set.requireVersion("headerItemCount", set.integer("headerItemCount", 1, kI32Min, kI32Max) != 1, pcf::kMessageTypeText,
                      version);
-  set.requireVersion("userData", !set.wideTextMap("userData").empty(), pcf::kUserData, version);
 }
 
 }  // namespace
@@ -77,7 +77,7 @@ void MessageSetWriter::declareAll(const std::vector<SourceNode>& sets, CompileCo
   }
   // Every set's name is known before any item looks one up: an item may embed a later set.
   for (const auto& set : sets) {
-    FieldWriter::declareUserData(set, context);
+    UserDataWriter::declare(set, context);
     declareLocalNames(set, context);
   }
 }
@@ -132,7 +132,7 @@ void MessageSetWriter::write(const SourceNode& set, size_t position, CompileCont
   for (size_t i = 0; i < messages.size(); ++i)
     MessageWriter::write(messages[i], context, out, context.stateTablesFor(position, i));
 
-  if (version >= pcf::kUserData) FieldWriter::writeUserData(set, context, out);
+  if (version >= pcf::kUserData) UserDataWriter::write(set, context, out);
   if (version >= pcf::kValidationErrorSettings) out.boolean(set.flag("initializeValidationErrorSettingsFromParent", false));
   ValidationErrorSettingWriter::writeList(set, context, out);
 }

@@ -9,6 +9,7 @@
 #include "compiler/FieldWriter.h"
 #include "compiler/MatchWriter.h"
 #include "compiler/PcfWriter.h"
+#include "compiler/UserDataWriter.h"
 #include "definitions/FieldInstanceUpdate.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/PcfVersion.h"
@@ -42,7 +43,6 @@ void checkItem(const SourceNode& item, int version) {
   const int32_t kind = kindOf(item);
   item.requireVersion("id", item.has("id"), pcf::kItemIdsAndStateTables, version);
   item.requireVersion("hidden", item.flag("hidden", false), pcf::kHiddenFlags, version);
-  item.requireVersion("userData", !item.wideTextMap("userData").empty(), pcf::kUserData, version);
   const auto only = [&](const char* key, int32_t wanted, const char* kindName) {
     if (item.has(key) && kind != wanted) item.failAt(key, "'" + std::string(key) + "' belongs to " + kindName + " items only");
   };
@@ -248,7 +248,7 @@ void writeItem(const SourceNode& item, const CompileContext& context, ItemIds& i
     if (!setId) item.failAt("embeddedSet", item.what() + " names no message set of the file: '" + setName + "'");
     out.i32(*setId);
   }
-  if (version >= pcf::kUserData) FieldWriter::writeUserData(item, context, out);
+  if (version >= pcf::kUserData) UserDataWriter::write(item, context, out);
   if (version >= pcf::kSituationalRules) out.boolean(false);
 }
 
@@ -260,7 +260,7 @@ void writeItems(const std::vector<SourceNode>& items, const CompileContext& cont
 void declareItems(const std::vector<SourceNode>& items, CompileContext& context) {
   for (const auto& item : items) {
     checkItem(item, context.version());
-    FieldWriter::declareUserData(item, context);
+    UserDataWriter::declare(item, context);
     declareItems(itemsOf(item), context);
   }
 }
@@ -281,8 +281,7 @@ void MessageWriter::declare(const std::vector<SourceNode>& messages, CompileCont
     message.requireVersion("type", !message.wideText("type", u"").empty(), pcf::kMessageTypeText, version);
     message.requireVersion("visibleChildren", message.has("visibleChildren"), pcf::kVisibleChildTables, version);
     message.requireVersion("stateTables", wantsEmbeddedTables(message), pcf::kItemIdsAndStateTables, version);
-    message.requireVersion("userData", !message.wideTextMap("userData").empty(), pcf::kUserData, version);
-    FieldWriter::declareUserData(message, context);
+    UserDataWriter::declare(message, context);
     declareItems(itemsOf(message), context);
     ItemIds ids;
     ids.takeAll(itemsOf(message));
@@ -308,7 +307,7 @@ void MessageWriter::write(const SourceNode& message, const CompileContext& conte
     out.boolean(stateTables != nullptr);
     if (stateTables) out.raw(*stateTables);
   }
-  if (version >= pcf::kUserData) FieldWriter::writeUserData(message, context, out);
+  if (version >= pcf::kUserData) UserDataWriter::write(message, context, out);
 }
 
 }  // namespace vantrelia::compiler

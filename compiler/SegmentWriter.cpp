@@ -10,6 +10,7 @@
 #include "compiler/MatchWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SeparatorWriter.h"
+#include "compiler/UserDataWriter.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/SegmentDefn.h"
 #include "foundation/Enumerations.h"
@@ -63,13 +64,12 @@ void SegmentWriter::declare(const std::vector<SourceNode>& segments, CompileCont
     names.push_back(name);
     // Before 517 the engine reads an empty tag as the name, so a segment can't be without one.
     segment.requireVersion("tag", segment.has("tag") && segment.wideText("tag", u"").empty(), pcf::kEmptyTagStaysEmpty, version);
-    segment.requireVersion("userData", !segment.wideTextMap("userData").empty(), pcf::kUserData, version);
     segment.requireVersion("ncpdp", segment.flag("ncpdp", false), pcf::kDefinitionFlagWords, version);
     segment.requireVersion("presenceIndicator", segment.has("presenceIndicator"), pcf::kSpecialRecords, version);
     segment.requireVersion("nameValuePair", segment.has("nameValuePair"), pcf::kFileHeader, version);
     if (segment.has("presenceIndicator") && segment.has("nameValuePair"))
       segment.failAt("nameValuePair", segment.what() + " is a presence indicator segment already; it can't hold name-value pairs too");
-    FieldWriter::declareUserData(segment, context);
+    UserDataWriter::declare(segment, context);
     for (const auto& field : FieldWriter::fieldsOf(segment)) FieldWriter::declare(field, context);
     if (!segment.has("id")) continue;
     const auto id = static_cast<int32_t>(segment.integer("id", 0, INT32_MIN, INT32_MAX));
@@ -109,7 +109,7 @@ void SegmentWriter::write(const SourceNode& segment, const CompileContext& conte
 
   if (version >= pcf::kSyntaxRules) out.boolean(false);        // syntax rules
   if (version >= pcf::kValidationEquations) out.count(0);      // validation equations
-  if (version >= pcf::kUserData) FieldWriter::writeUserData(segment, context, out);
+  if (version >= pcf::kUserData) UserDataWriter::write(segment, context, out);
   if (version >= pcf::kDefinitionFlagWords) out.i32(static_cast<int32_t>(flags));
   if (version >= pcf::kSpecialRecords) {
     out.boolean(segment.has("presenceIndicator"));

@@ -5,7 +5,7 @@
 #include "compiler/CompileContext.h"
 #include "compiler/MessageSetWriter.h"
 #include "compiler/PcfWriter.h"
-#include "compiler/Utf8.h"
+#include "compiler/UserDataWriter.h"
 #include "definitions/PcfVersion.h"
 
 namespace vantrelia::compiler {
@@ -24,16 +24,11 @@ void WarehouseWriter::declare() {
   source.requireVersion("hasVariableFields", source.flag("hasVariableFields", false), pcf::kHasVariableFields, version);
   source.requireVersion("flags", source.integer("flags", 0, INT32_MIN, UINT32_MAX) != 0, pcf::kInitialFlags, version);
 
+  // Keys listed on their own come first in the key list, in their order.
   const auto keys = source.wideTexts("userDataKeys");
-  const auto values = source.wideTextMap("userData");
   source.requireVersion("userDataKeys", !keys.empty(), pcf::kUserData, version);
-  source.requireVersion("userData", !values.empty(), pcf::kUserData, version);
   for (const auto& key : keys) context.declareUserDataKey(key);
-  for (const auto& [key, value] : values) {
-    const auto wideKey = utf8ToWide(key);
-    if (!wideKey) source.failAt("userData", "a user-data key is not valid UTF-8");
-    userDataValues.emplace_back(context.declareUserDataKey(*wideKey), value);
-  }
+  UserDataWriter::declare(source, context);
   MessageSetWriter::declareAll(source.records("messageSets", "message set"), context);
 }
 
@@ -46,8 +41,7 @@ void WarehouseWriter::write(PcfWriter& out) const {
   if (version >= pcf::kUserData) {
     out.count(static_cast<int32_t>(context.userDataKeys().size()));
     for (const auto& key : context.userDataKeys()) out.text16(key);
-    out.count(static_cast<int32_t>(userDataValues.size()));
-    for (const auto& [index, value] : userDataValues) out.count(index).text16(value);
+    UserDataWriter::write(source, context, out);
   }
   if (version >= pcf::kInitialFlags)
     out.i32(static_cast<int32_t>(static_cast<uint32_t>(source.integer("flags", 0, INT32_MIN, UINT32_MAX))));

@@ -24,7 +24,6 @@ class WarehouseWriter {
  private:
   const SourceNode& source;
   CompileContext& context;
-  std::vector<std::pair<int, std::u16string>> userDataValues;
   TypeWriter typeTables;
 };
 

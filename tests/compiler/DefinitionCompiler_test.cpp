@@ -108,6 +108,10 @@ TEST(DefinitionCompilerTest, WhatAVersionCantCarryIsAnErrorOnItsLine) {
       {"hasVariableFields: true", 853, "line 1: 'hasVariableFields' of the definition needs format version 854 or later; this file is compiled for version 853"},
       {"\n\nuserData: {A: b}", 854, "line 3: 'userData' of the definition needs format version 855 or later; this file is compiled for version 854"},
       {"userDataKeys: [A]", 512, "line 1: 'userDataKeys' of the definition needs format version 855 or later; this file is compiled for version 512"},
+      {"messageSets:\n  - name: A\n    segments:\n      - name: S\n        fields: [{name: F, userData: {A: b}}]", 854,
+       "line 5: 'userData' of segment 'S' field 'F' needs format version 855 or later; this file is compiled for version 854"},
+      {"messageSets:\n  - name: A\n    messages:\n      - name: M\n        userData: {A: b}", 854,
+       "line 5: 'userData' of message 'M' needs format version 855 or later; this file is compiled for version 854"},
   };
   for (const Case& c : cases) EXPECT_EQ(compileFailure(c.source, c.version), c.error) << c.source;
   // Values an old version means anyway are fine to state.
@@ -115,8 +119,9 @@ TEST(DefinitionCompilerTest, WhatAVersionCantCarryIsAnErrorOnItsLine) {
 }
 
 TEST(DefinitionCompilerTest, SourceMistakesNameTheLine) {
+  const std::string longValue = "messageSets:\n  - name: A\n    userData: {A: " + std::string(65536, 'x') + "}";
   struct Case {
-    const char* source;
+    std::string source;
     std::optional<int> version;
     const char* error;
   } cases[] = {
@@ -126,6 +131,8 @@ TEST(DefinitionCompilerTest, SourceMistakesNameTheLine) {
       {"hasVariableFields: maybe", {}, "line 1: 'hasVariableFields' of the definition must be true or false"},
       {"userData: [a, b]", {}, "line 1: 'userData' of the definition must be a mapping"},
       {"userData:\n  A: [1]", {}, "line 2: the value of 'A' must be a text"},
+      {longValue, {},
+       "line 3: a user-data value of message set 'A' is too long"},
       {"version: 884", {}, "line 1: format version 884 is outside 512 to 883"},
       {"version: 511", {}, "line 1: format version 511 is outside 512 to 883"},
       {"{}", 900, "format version 900 is outside 512 to 883"},
