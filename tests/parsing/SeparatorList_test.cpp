@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 
@@ -155,6 +157,47 @@ TEST(SeparatorListTest, TokensEndOnlyAtSeparatorsInForce) {
     const Read read = readOne(list, stream);
     EXPECT_EQ(read.text, c.token);
     EXPECT_EQ(read.separator, c.separator);
+  }
+}
+
+// The list changes its trie level by level and puts off taking popped sequences out of force;
+// after any walk up and down the stack it must cut text as a list whose trie is built afresh from
+// the same stack (a copy builds its own). Each separator stands on the stack once at most: a text
+// in use on two levels at once is out of force for the outer one until the next rebuild.
+TEST(SeparatorListTest, LevelChangesCutAsAFreshTrieWould) {
+  Hl7Set hl7;
+  const std::u16string text = u"a^b~c|d&e=f::g\\S\\h\rk";
+  const ESeparatorType pushable[] = {qxSepField1, qxSepField2, qxSepField3, qxSepRepeat, qxSepString, qxSepNone};
+  const std::u16string_view strings[] = {u"=", u"::"};
+  std::mt19937 random(20261122);
+  for (int walk = 0; walk < 40; ++walk) {
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(false, true, true);
+    std::string trace;
+    for (int step = 0; step < 30; ++step) {
+      const auto& levels = list.getLevels();
+      const auto onStack = [&levels](ESeparatorType index) {
+        return std::find(levels.begin() + 3, levels.end(), index) != levels.end();
+      };
+      if (levels.size() > 3 && random() % 3 == 0) {
+        list.popSeparator();
+        trace += " pop";
+      } else {
+        const ESeparatorType index = pushable[random() % std::size(pushable)];
+        if (onStack(index)) continue;
+        const std::u16string_view special = strings[random() % std::size(strings)];
+        list.pushSeparator(index, special);
+        trace += " push" + std::to_string(index);
+      }
+      SCOPED_TRACE(trace);
+      SeparatorList fresh(list);
+      StringParserStream incremental(text);
+      StringParserStream rebuilt(text);
+      const Read got = readOne(list, incremental);
+      const Read want = readOne(fresh, rebuilt);
+      EXPECT_EQ(got.text, want.text);
+      EXPECT_EQ(got.separator, want.separator);
+    }
   }
 }
 
