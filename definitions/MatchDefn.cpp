@@ -3,6 +3,8 @@
 #include <string>
 
 #include "definitions/InputStream.h"
+#include "definitions/PcfMessages.h"
+#include "foundation/InvalidFile.h"
 
 namespace vantrelia {
 
@@ -22,6 +24,19 @@ void MatchDefn::load(InputStream& stream, int version) {
   FieldPath = path;
   stream.readTextV(value, version);
   if (!FieldPath.view().empty() && !value.view().empty()) pattern = buildMatchPattern(value.view());
+}
+
+std::vector<std::unique_ptr<MatchDefn>> MatchDefn::loadList(InputStream& stream, int version) {
+  const int32_t count = stream.readInt();
+  if (count < 0) throw InvalidFile(messages::kInvalidMatchCount);
+  // No reserve: a corrupt count must not allocate before the records run out.
+  std::vector<std::unique_ptr<MatchDefn>> matches;
+  for (int32_t i = 0; i < count; ++i) {
+    auto match = std::make_unique<MatchDefn>();
+    match->load(stream, version);
+    matches.push_back(std::move(match));
+  }
+  return matches;
 }
 
 }  // namespace vantrelia

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "foundation/TRVString.h"
 
@@ -27,6 +28,9 @@ class MatchDefn {
 
   // Reads the path and the value text. Throws InvalidFile.
   void load(InputStream& stream, int version);
+  // A match list as segments, items and messages carry it: a count, then that many records. A
+  // negative count is refused with InvalidFile "PCF is corrupt: Invalid number of matches".
+  static std::vector<std::unique_ptr<MatchDefn>> loadList(InputStream& stream, int version);
 
   // Steps joined by "/", whichever of "." or "/" the file used.
   const kestrel::TRVString<char>& getFieldPath() const { return FieldPath; }

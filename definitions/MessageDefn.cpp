@@ -116,13 +116,7 @@ void MessageDefn::load(MessageSetDefn& owner, InputStream& stream, int version, 
 
   ItemIdMap itemIds;
   items = MessageItemDefn::loadList(owner, *this, nullptr, stream, version, itemIds);
-  const int32_t matchCount = stream.readInt();
-  if (matchCount < 0) throw InvalidFile(messages::kInvalidMatchCount);
-  for (int32_t i = 0; i < matchCount; ++i) {
-    auto match = std::make_unique<MatchDefn>();
-    match->load(stream, version);
-    matches.push_back(std::move(match));
-  }
+  matches = MatchDefn::loadList(stream, version);
   takeTypeFromMatch();
 
   bool present = false;

@@ -211,13 +211,7 @@ void MessageItemDefn::readSegment(InputStream& stream, int version) {
     found->addFlags(SegmentDefn::kSituationalData);
   }
   if (version >= pcf::kMatchLists) {
-    const int32_t matchCount = stream.readInt();
-    if (matchCount < 0) throw InvalidFile(messages::kInvalidMatchCount);
-    for (int32_t i = 0; i < matchCount; ++i) {
-      auto match = std::make_unique<MatchDefn>();
-      match->load(stream, version);
-      matches.push_back(std::move(match));
-    }
+    matches = MatchDefn::loadList(stream, version);
   }
   if (version >= pcf::kSyntaxRules) {
     bool hasSyntaxRules = false;

@@ -34,21 +34,11 @@ void SegmentDefn::load(MessageSetDefn& owner, InputStream& stream, int version, 
   // Old files name a segment by its tag when they give none.
   if (version < pcf::kEmptyTagStaysEmpty && Tag.empty()) Tag = widenSigned(Name.view());
   readFields(owner, stream, version, updates);
-  readMatches(stream, version);
+  matches = MatchDefn::loadList(stream, version);
 
   readRulesAndFlags(stream, version);
   readSpecialRecords(stream, version);
   if (flags & kHasVariableField) workOutVariableKeys();
-}
-
-void SegmentDefn::readMatches(InputStream& stream, int version) {
-  // A negative count reads no match, as a loop over it would.
-  const int32_t count = stream.readInt();
-  for (int32_t i = 0; i < count; ++i) {
-    auto match = std::make_unique<MatchDefn>();
-    match->load(stream, version);
-    matches.push_back(std::move(match));
-  }
 }
 
 void SegmentDefn::readSpecialRecords(InputStream& stream, int version) {

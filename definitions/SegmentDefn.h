@@ -71,7 +71,6 @@ class SegmentDefn : public FieldListDefn {
   const std::vector<WideText>& getSortedFieldNames() const;
 
  private:
-  void readMatches(InputStream& stream, int version);
   void readSpecialRecords(InputStream& stream, int version);
   void workOutVariableKeys();
 

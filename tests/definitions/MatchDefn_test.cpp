@@ -7,6 +7,8 @@
 #include "compiler/PcfWriter.h"
 #include "definitions/DefinitionFile.h"
 #include "definitions/MatchDefn.h"
+#include "definitions/PcfMessages.h"
+#include "foundation/InvalidFile.h"
 
 namespace vantrelia {
 namespace {
@@ -37,6 +39,46 @@ TEST(MatchDefnTest, PathAndValueByVersion) {
     EXPECT_EQ(file.readInt(), 0x5E5E5E5E) << "the record was not read to its end";
     EXPECT_EQ(match.getFieldPath().str(), c.heldPath);
     EXPECT_EQ(match.getValue().str(), c.heldValue);
+  }
+}
+
+// Segments, items and messages read their match lists alike; a negative count is corruption, not
+// an empty list.
+TEST(MatchDefnTest, ListsReadTheirCountOfRecords) {
+  struct Case {
+    int32_t count;
+    size_t records;  // how many records the bytes carry
+    const char* error;
+  } cases[] = {
+      {0, 0, nullptr},
+      {2, 2, nullptr},
+      {-1, 0, messages::kInvalidMatchCount},
+      {3, 2, messages::kUnexpectedEndOfInput},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.count);
+    compiler::PcfWriter w;
+    w.i32(c.count);
+    for (size_t i = 0; i < c.records; ++i) w.text8("PID/" + std::to_string(i + 1)).text16(u"X");
+    if (!c.error) w.i32(0x5E5E5E5E);
+    const auto bytes = w.take();
+    std::istringstream source(std::string(bytes.begin(), bytes.end()));
+    DefinitionFile file(source);
+    if (c.error) {
+      try {
+        MatchDefn::loadList(file, 883);
+        ADD_FAILURE() << "a broken list was read";
+      } catch (const InvalidFile& e) {
+        EXPECT_EQ(e.message, c.error);
+      }
+      continue;
+    }
+    const auto matches = MatchDefn::loadList(file, 883);
+    ASSERT_EQ(matches.size(), c.records);
+    if (c.records) {
+      EXPECT_EQ(matches.back()->getFieldPath().str(), "PID/" + std::to_string(c.records));
+    }
+    EXPECT_EQ(file.readInt(), 0x5E5E5E5E) << "the list was not read to its end";
   }
 }
 
