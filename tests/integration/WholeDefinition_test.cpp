@@ -4,9 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "compiler/DefinitionCompiler.h"
+#include "definitions/SegmentDefn.h"
 #include "foundation/BadParameter.h"
 #include "foundation/Enumerations.h"
 #include "foundation/MessageFactory.h"
@@ -154,12 +160,24 @@ TEST(WholeDefinitionTest, SeverityOptionWorksOnLoadedSets) {
   EXPECT_EQ(failure(u"ERROR=1053"), "Couldn't find the error number 1053");
 }
 
-TEST(WholeDefinitionTest, BundledDefaultLoadsWithEmbeddedAndBuiltTablesAlike) {
+// The bundled default from the source tree, as the tool loads it.
+Json bundledDefault() {
   std::ifstream file(std::string(VANTRELIA_SOURCE_DIR) + "/bundled/default.yaml");
   std::stringstream source;
   source << file.rdbuf();
-  const Json model = load(source.str(), 883);
-  ASSERT_EQ(model["messageSets"].size(), 3u);
+  return load(source.str(), 883);
+}
+
+// The entry of a model list whose `key` is `name`; a missing one fails the test that asks for it.
+const Json& entry(const Json& list, const char* key, const std::string& name) {
+  for (const Json& item : list)
+    if (item[key] == name) return item;
+  throw std::runtime_error(std::string(key) + " " + name + " is missing");
+}
+
+TEST(WholeDefinitionTest, BundledDefaultLoadsWithEmbeddedAndBuiltTablesAlike) {
+  const Json model = bundledDefault();
+  ASSERT_EQ(model["messageSets"].size(), 5u);
   // ADT_A01 has its tables built at load, ADT_A08 the same items with tables in the file.
   const Json& a01 = message(model, 1, 0);
   const Json& a08 = message(model, 1, 2);
@@ -167,6 +185,103 @@ TEST(WholeDefinitionTest, BundledDefaultLoadsWithEmbeddedAndBuiltTablesAlike) {
   EXPECT_EQ(a01["strictStates"], a08["strictStates"]);
   EXPECT_EQ(a01["relaxedStates"], a08["relaxedStates"]);
   EXPECT_EQ(message(model, 0, 0)["items"][1]["group"]["items"][1]["messageSet"], "HL7");
+}
+
+TEST(WholeDefinitionTest, BundledEdifactAndNcpdpSetsLoadAsTheirStandardsAsk) {
+  const Json model = bundledDefault();
+  const Json& sets = model["messageSets"];
+
+  // Each set with its message, whose type text the engine cuts into one part per type field.
+  struct Typed {
+    const char* set;
+    const char* message;
+    Json types;
+  };
+  for (const Typed& typed : {Typed{"EDIFACT", "ORDERS", {"ORDERS", "D", "96A"}}, Typed{"NCPDP", "B1", {"B1"}}}) {
+    SCOPED_TRACE(typed.set);
+    EXPECT_EQ(entry(entry(sets, "name", typed.set)["messages"], "Name", typed.message)["types"], typed.types);
+  }
+
+  // EDIFACT: type, version and release of UNH's message identifier are made required by the
+  // set's message type fields, not by their own definition; the association code stays optional.
+  const Json& identifier = entry(entry(sets, "name", "EDIFACT")["composites"], "Name", "S009")["fields"];
+  for (const char* name : {"MessageType", "MessageVersionNumber", "MessageReleaseNumber"})
+    EXPECT_EQ(entry(identifier, "Name", name)["Required"], true) << name;
+  EXPECT_EQ(entry(identifier, "Name", "AssociationAssignedCode")["Required"], false);
+
+  // NCPDP: a tagged segment opens with the field separator and its identification. Each of its
+  // fields has a two-character identifier as its tag, none twice, since the parser gives a value
+  // to the first field whose tag begins it.
+  const Json& segments = entry(sets, "name", "NCPDP")["segments"];
+  const auto isNcpdp = [](const Json& segment) {
+    return (segment["flags"].get<uint32_t>() & SegmentDefn::kNcpdp) != 0;
+  };
+  struct Tagged {
+    const char* segment;
+    const char* tag;
+    std::vector<std::pair<const char*, const char*>> fields;  // name and tag
+  };
+  const std::vector<Tagged> tagged = {
+      {"PATIENT", "\x1C" "AM01", {{"PatientFirstName", "CA"}, {"PatientLastName", "CB"}, {"DateOfBirth", "C4"},
+                                  {"PatientGenderCode", "C5"}}},
+      {"INSURANCE", "\x1C" "AM04", {{"CardholderId", "C2"}}},
+      {"CLAIM", "\x1C" "AM07", {{"ProductServiceIdQualifier", "E1"}, {"ProductServiceId", "D7"},
+                                {"QuantityDispensed", "E7"}, {"DaysSupply", "D5"}}},
+      {"PRICING", "\x1C" "AM11", {{"IngredientCostSubmitted", "D9"}, {"GrossAmountDue", "DU"}}},
+  };
+  size_t tagSegments = 0;
+  for (const Json& segment : segments) {
+    if (!isNcpdp(segment)) continue;
+    ++tagSegments;
+    std::set<std::string> tags;
+    for (const Json& field : segment["fields"]) {
+      const std::string tag = field["Tag"];
+      EXPECT_EQ(tag.size(), 2u) << segment["Name"] << "/" << field["Name"] << " has no tag of its own: " << tag;
+      EXPECT_TRUE(tags.insert(tag).second) << segment["Name"] << " has the tag " << tag << " twice";
+    }
+  }
+  EXPECT_EQ(tagSegments, tagged.size());
+  for (const Tagged& expected : tagged) {
+    SCOPED_TRACE(expected.segment);
+    const Json& segment = entry(segments, "Name", expected.segment);
+    EXPECT_TRUE(isNcpdp(segment));
+    EXPECT_EQ(segment["Tag"], expected.tag);
+    for (const auto& [name, tag] : expected.fields) EXPECT_EQ(entry(segment["fields"], "Name", name)["Tag"], tag) << name;
+  }
+  const Json& header = entry(segments, "Name", "HEADER");
+  EXPECT_FALSE(isNcpdp(header)) << "the transaction header is fixed-width, not tagged";
+  EXPECT_EQ(header["Tag"], "");
+
+  // A repeat count: its linked name is "+" and the counted field, which stands right behind it,
+  // and its run of repeating fields ends at the next field that doesn't repeat.
+  struct Run {
+    const char* segment;
+    const char* count;
+    const char* counted;
+    const char* after;
+  };
+  for (const Run& run : {Run{"CLAIM", "ProcedureModifierCodeCount", "ProcedureModifierCode", "QuantityDispensed"},
+                         Run{"CLAIM", "SubmissionClarificationCodeCount", "SubmissionClarificationCode",
+                             "QuantityPrescribed"},
+                         Run{"PRICING", "OtherAmountClaimedSubmittedCount", "OtherAmountClaimedSubmittedQualifier",
+                             "FlatSalesTaxAmountSubmitted"}}) {
+    SCOPED_TRACE(run.count);
+    const Json& fields = entry(segments, "Name", run.segment)["fields"];
+    size_t at = 0;
+    while (at < fields.size() && fields[at]["Name"] != run.count) ++at;
+    ASSERT_LT(at + 1, fields.size());
+    EXPECT_EQ(fields[at]["linkedFieldName"], std::string("+") + run.counted);
+    EXPECT_EQ(fields[at]["countKind"], 0) << "a repeat count counts no item of the message";
+    EXPECT_EQ(fields[at]["DefaultValue"], "");
+    EXPECT_EQ(fields[at]["isNumeric"], true);
+    EXPECT_EQ(fields[at]["MaxRepeats"], 1);
+    EXPECT_EQ(fields[at + 1]["Name"], run.counted);
+    size_t end = at + 1;
+    while (end < fields.size() && fields[end]["MaxRepeats"] != 1) ++end;
+    EXPECT_GT(end, at + 1) << "the run is empty";
+    ASSERT_LT(end, fields.size());
+    EXPECT_EQ(fields[end]["Name"], run.after);
+  }
 }
 
 }  // namespace
