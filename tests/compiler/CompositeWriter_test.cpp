@@ -2,26 +2,10 @@
 // compiled and read back by the engine's own readers.
 
 #include <gtest/gtest.h>
-#include <yaml-cpp/yaml.h>
 
-#include <sstream>
-
-#include "compiler/CompileContext.h"
-#include "compiler/CompileError.h"
-#include "compiler/CompositeWriter.h"
-#include "compiler/DefinitionCompiler.h"
-#include "compiler/PcfWriter.h"
-#include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
-#include "compiler/ValidationTableWriter.h"
-#include "definitions/CompositeFieldInstancesControl.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/FieldInstances.h"
-#include "definitions/MessageSetDefn.h"
-#include "definitions/MessageWarehouseDefn.h"
-#include "definitions/PcfVersion.h"
-#include "foundation/InvalidFile.h"
 #include "support/CompiledComposites.h"
+#include "support/CompilerTesting.h"
 #include "tool/CompositeJson.h"
 
 namespace vantrelia::compiler {
@@ -29,27 +13,21 @@ namespace {
 
 using Path = std::vector<int32_t>;
 
-using Compiled = testing::CompiledComposites;
-
-std::unique_ptr<Compiled> compile(const std::string& yaml, int version = pcf::kNewestVersion) {
-  return testing::compileComposites(yaml, version);
-}
-
-std::string compileFailure(const std::string& yaml, int version = pcf::kNewestVersion) {
-  return testing::compositeCompileFailure(yaml, version);
-}
+using testing::compileComposites;
+using testing::compositeCompileFailure;
+using testing::failsWith;
+using testing::versionGate;
 
 TEST(CompositeWriterTest, RecordsIdsAndForwardReferences) {
   for (const int version : {853, 857, 865, 883}) {
     SCOPED_TRACE(version);
-    std::string text;
-    if (version >= 853) text += "primitiveTypes: [{name: T1}, {name: T2}]\n";
+    std::string text = "primitiveTypes: [{name: T1}, {name: T2}]\n";
     text += "composites:\n  - name: Outer\n    separator: string\n    specialSeparator: \"&\"\n    fixedWidth: true\n";
     if (version >= 855) text += "    userData: {Note: outer}\n";
     if (version >= 865) text += "    presenceIndicator: {separator: user2, text: \"\\u00A7\"}\n";
     text += "    fields: [{name: In, composite: Inner}, {name: K}, {name: V, dataType: variable, variable: {keyField: K}}]\n";
     text += "  - {name: Given, id: 4, fields: [{name: X}]}\n  - {name: Inner, fields: [{name: Y}]}\n";
-    const auto compiled = compile(text, version);
+    const auto compiled = compileComposites(text, version);
     const CompositeDefn& outer = compiled->composite("Outer");
     EXPECT_EQ(outer.getSeparatorType(), qxSepString);
     EXPECT_EQ(outer.getSpecialSeparatorString().str(), u"&");
@@ -71,7 +49,7 @@ TEST(CompositeWriterTest, RecordsIdsAndForwardReferences) {
 }
 
 TEST(CompositeWriterTest, OverrideTreeKeyedByNames) {
-  const auto compiled = compile(R"(
+  const auto compiled = compileComposites(R"(
 validationTables: [{name: Codes, entries: [A]}]
 composites:
   - name: Holder
@@ -122,91 +100,66 @@ composites:
   EXPECT_EQ(json["fields"][0]["typeDefn"], "Outer");
 }
 
-TEST(CompositeWriterTest, OverrideVersionGates) {
-  const auto source = [](const std::string& field, const std::string& overrides) {
-    return "composites:\n  - name: H\n    fields:\n      - name: O\n        composite: C\n        " + field +
-           "\n        overrides:\n          " + overrides +
-           "\n  - name: C\n    fields: [{name: A, dataType: long}, {name: N, composite: D}]\n  - {name: D, fields: [{name: Z}]}\n";
-  };
-  const auto gate = [](int line, const std::string& key, const std::string& what, int needed, int version) {
-    return "line " + std::to_string(line) + ": '" + key + "' of " + what + " needs format version " + std::to_string(needed) +
-           " or later; this file is compiled for version " + std::to_string(version);
-  };
-  const std::string a = "the override of field 'A' of composite 'C'";
-  const std::string n = "the override of field 'N' of composite 'C'";
-  struct Case {
-    std::string source;
-    int version;
-    std::string error;
-  } cases[] = {
-      {source("required: false", "A: {default: '1'}"), 799, gate(7, "overrides", "composite 'H' field 'O'", 800, 799)},
-      {source("required: false", "A: {default: '1', format: '9'}"), 800, ""},
-      {source("overrideHeader: {required: true}", "A: {default: '1'}"), 800,
-       gate(6, "overrideHeader", "composite 'H' field 'O'", 801, 800)},
-      {source("required: false", "A: {required: true}"), 800, gate(8, "required", a, 801, 800)},
-      {source("required: false", "N: {required: true}"), 800, gate(8, "required", n, 801, 800)},
-      {source("required: false", "N: {overrides: {Z: {default: z}}}"), 800, ""},
-      {source("required: false", "A: {hidden: true}"), 802, gate(8, "hidden", a, 803, 802)},
-      {source("overrideHeader: {hidden: true}", "A: {hidden: true}"), 802,
-       gate(6, "hidden", "'overrideHeader' of composite 'H' field 'O'", 803, 802)},
-      {source("required: false", "A: {maxLength: 4}"), 870, gate(8, "maxLength", a, 871, 870)},
-      {source("required: false", "N: {minLength: 4}"), 870, gate(8, "minLength", n, 871, 870)},
-      {source("required: false", "A: {situational: true}"), 867, ""},
-      {source("required: false", "A: {situational: true}"), 868,
-       "line 8: 'situational' of " + a + ": from format version 868 the engine refuses it (\"Fields instances on composites do not "
-       "support situational fields\")"},
-      {source("overrideHeader: {situational: true}", "A: {default: '1'}"), 868,
-       "line 6: 'situational' of 'overrideHeader' of composite 'H' field 'O': from format version 868 the engine refuses it"},
-      {source("required: false", "A: {advancedValidation: true}"), 868,
-       "line 8: 'advancedValidation' of " + a + ": from format version 868 the engine refuses it (\"Fields instances on "
-       "composites do not support advanced validation\")"},
-      {source("required: false", "N: {advancedValidation: true}"), 868, ""},
-  };
-  for (const Case& c : cases) {
-    const std::string failure = compileFailure(c.source, c.version);
-    EXPECT_EQ(failure.substr(0, c.error.size()), c.error) << c.source << " at " << c.version << "\n gave: " << failure;
-    if (c.error.empty()) {
-      EXPECT_EQ(failure, "");
-    }
-  }
-  // The bare flags of files before 868 reach the entries.
-  const auto older = compile(source("required: false", "A: {situational: true, advancedValidation: true}"), 867);
-  EXPECT_EQ(older->overrides("H", 0).getEntry(0)->getFlags(), 0x0060);
+// Composite H whose field O, of composite C, states `field` and overrides C's fields: A (long), N (of composite D),
+// R (raw binary) and, with `raw`, M of the raw binary custom type Raw declared ahead of them.
+std::string overriding(const std::string& overrides, const std::string& field = "required: false", bool raw = false) {
+  return std::string(raw ? "primitiveTypes: [{name: Raw, baseType: binary}]\n" : "") +
+         "composites:\n  - name: H\n    fields:\n      - name: O\n        composite: C\n        " + field +
+         "\n        overrides:\n          " + overrides + "\n  - name: C\n    fields: [{name: A, dataType: long}, {name: N, composite: D}, " +
+         "{name: R, dataType: binary, lengthField: A}" + (raw ? ", {name: M, dataType: Raw, lengthField: A}" : "") +
+         "]\n  - {name: D, fields: [{name: Z}]}\n";
 }
 
-TEST(CompositeWriterTest, SourceMistakesNameTheLine) {
-  const auto source = [](const std::string& overrides, const std::string& more = "") {
-    return more + "composites:\n  - name: H\n    fields:\n      - name: O\n        composite: C\n        overrides:\n          " +
-           overrides + "\n  - name: C\n    fields: [{name: A, dataType: long}, {name: R, dataType: binary, lengthField: A}, "
-           "{name: M, dataType: Raw, lengthField: A}, {name: N, composite: D}]\n  - {name: D, fields: [{name: Z}]}\n";
-  };
-  const std::string raw = "primitiveTypes: [{name: Raw, baseType: binary}]\n";
-  const std::string a = "the override of field 'A' of composite 'C'";
+TEST(CompositeWriterTest, MistakesAndVersionLimitsNameTheLine) {
+  const std::string a = "the override of field 'A' of composite 'C'", n = "the override of field 'N' of composite 'C'";
+  const std::string o = "composite 'H' field 'O'";
   const struct {
     std::string source;
-    std::string error;
+    std::string error;  // the start of the message; "" for a source that compiles
+    int version = pcf::kNewestVersion;
   } cases[] = {
-      {source("Q: {default: x}"), "line 7: composite 'C' has no field named 'Q' to override"},
-      {source("A: {}"), "line 7: " + a + " overrides nothing"},
-      {source("N: {}"), "line 7: the override of field 'N' of composite 'C' overrides nothing"},
-      {source("N: {overrides: {Q: {hidden: true}}}"), "line 7: composite 'D' has no field named 'Q' to override"},
-      {source("A: {table: Nope}"), "line 7: 'table' of " + a + " names no validation table of the set: 'Nope'"},
-      {source("A: {default: '#1#x'}"), "line 7: 'default' of " + a + " makes the field a count"},
-      {source("A: {default: '1', format: '@9'}"), "line 7: 'default' of " + a + " is lost"},
-      {source("A: {default: '1', count: repeats}"), "line 7: 'count' and 'default' of " + a},
-      {source("N: {overrides: {Z: {count: repeats}}}"), "line 7: 'count' of the override of field 'Z' of composite 'D' needs"},
-      {source("R: {default: x}"), "line 7: 'default' of the override of field 'R' of composite 'C': the default of a raw "
-                                  "binary field names its length field and can't be overridden"},
-      {source("M: {default: '#L'}", raw), "line 8: 'default' of the override of field 'M' of composite 'C': the default of a raw"},
+      {overriding("A: {default: '1'}"), versionGate(7, "overrides", o, 800, 799), 799},
+      {overriding("A: {default: '1', format: '9'}"), "", 800},
+      {overriding("A: {default: '1'}", "overrideHeader: {required: true}"), versionGate(6, "overrideHeader", o, 801, 800), 800},
+      {overriding("A: {required: true}"), versionGate(8, "required", a, 801, 800), 800},
+      {overriding("N: {required: true}"), versionGate(8, "required", n, 801, 800), 800},
+      {overriding("N: {overrides: {Z: {default: z}}}"), "", 800},
+      {overriding("A: {hidden: true}"), versionGate(8, "hidden", a, 803, 802), 802},
+      {overriding("A: {hidden: true}", "overrideHeader: {hidden: true}"), versionGate(6, "hidden", "'overrideHeader' of " + o, 803, 802), 802},
+      {overriding("A: {maxLength: 4}"), versionGate(8, "maxLength", a, 871, 870), 870},
+      {overriding("N: {minLength: 4}"), versionGate(8, "minLength", n, 871, 870), 870},
+      {overriding("A: {situational: true}"), "", 867},
+      {overriding("A: {situational: true}"),
+       "line 8: 'situational' of " + a + ": from format version 868 the engine refuses it (\"Fields instances on composites do not "
+       "support situational fields\")", 868},
+      {overriding("A: {default: '1'}", "overrideHeader: {situational: true}"),
+       "line 6: 'situational' of 'overrideHeader' of " + o + ": from format version 868 the engine refuses it", 868},
+      {overriding("A: {advancedValidation: true}"),
+       "line 8: 'advancedValidation' of " + a + ": from format version 868 the engine refuses it (\"Fields instances on "
+       "composites do not support advanced validation\")", 868},
+      {overriding("N: {advancedValidation: true}"), "", 868},
+      {overriding("Q: {default: x}"), "line 8: composite 'C' has no field named 'Q' to override"},
+      {overriding("A: {}"), "line 8: " + a + " overrides nothing"},
+      {overriding("N: {}"), "line 8: " + n + " overrides nothing"},
+      {overriding("N: {overrides: {Q: {hidden: true}}}"), "line 8: composite 'D' has no field named 'Q' to override"},
+      {overriding("A: {table: Nope}"), "line 8: 'table' of " + a + " names no validation table of the set: 'Nope'"},
+      {overriding("A: {default: '#1#x'}"), "line 8: 'default' of " + a + " makes the field a count"},
+      {overriding("A: {default: '1', format: '@9'}"), "line 8: 'default' of " + a + " is lost"},
+      {overriding("A: {default: '1', count: repeats}"), "line 8: 'count' and 'default' of " + a},
+      {overriding("N: {overrides: {Z: {count: repeats}}}"), "line 8: 'count' of the override of field 'Z' of composite 'D' needs"},
+      {overriding("R: {default: x}"), "line 8: 'default' of the override of field 'R' of composite 'C': the default of a raw "
+                                      "binary field names its length field and can't be overridden"},
+      {overriding("M: {default: '#L'}", "required: false", true),
+       "line 9: 'default' of the override of field 'M' of composite 'C': the default of a raw"},
+      // A custom type of raw binary may take an ordinary default: only its own "#" is refused.
+      {overriding("M: {default: 'x'}", "required: false", true), ""},
       {"composites: [{name: A, fields: []}, {name: A, fields: []}]", "line 1: composite name 'A' is used twice"},
       {"composites: [{name: A, id: 2}, {name: B, id: 2}]", "line 1: id 2 of composite 'B' is already used by composite 'A'"},
   };
-  for (const auto& c : cases) {
-    const std::string failure = compileFailure(c.source);
-    EXPECT_EQ(failure.substr(0, c.error.size()), c.error) << c.source << "\n gave: " << failure;
-  }
-  // A custom type of raw binary may take an ordinary default: only its own "#" is refused.
-  EXPECT_EQ(compileFailure(source("M: {default: 'x'}", raw)), "");
+  for (const auto& c : cases) EXPECT_TRUE(failsWith(compositeCompileFailure(c.source, c.version), c.error)) << c.source << " at " << c.version;
+  // The bare flags of files before 868 reach the entries.
+  const auto older = compileComposites(overriding("A: {situational: true, advancedValidation: true}"), 867);
+  EXPECT_EQ(older->overrides("H", 0).getEntry(0)->getFlags(), 0x0060);
 }
 
 }  // namespace

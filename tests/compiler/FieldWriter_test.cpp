@@ -1,38 +1,18 @@
 // Fields in the definition language, compiled and read back by the engine's own field reader.
 
 #include <gtest/gtest.h>
-#include <yaml-cpp/yaml.h>
 
-#include <sstream>
-
-#include "compiler/CompileContext.h"
-#include "compiler/CompileError.h"
-#include "compiler/CompositeWriter.h"
-#include "compiler/DefinitionCompiler.h"
-#include "compiler/PcfWriter.h"
-#include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
-#include "compiler/ValidationTableWriter.h"
-#include "definitions/DefinitionFile.h"
-#include "definitions/MessageSetDefn.h"
-#include "definitions/MessageWarehouseDefn.h"
-#include "definitions/PcfVersion.h"
 #include "definitions/VariableFieldDefn.h"
-#include "foundation/InvalidFile.h"
 #include "support/CompiledComposites.h"
+#include "support/CompilerTesting.h"
 
 namespace vantrelia::compiler {
 namespace {
 
-using Compiled = testing::CompiledComposites;
-
-std::unique_ptr<Compiled> compile(const std::string& yaml, int version = pcf::kNewestVersion) {
-  return testing::compileComposites(yaml, version);
-}
-
-std::string compileFailure(const std::string& yaml, int version = pcf::kNewestVersion) {
-  return testing::compositeCompileFailure(yaml, version);
-}
+using testing::compileComposites;
+using testing::compositeCompileFailure;
+using testing::failsWith;
+using testing::versionGate;
 
 // One composite C holding the fields given in flow style, one per entry.
 std::string withFields(const std::vector<std::string>& fields, const std::string& more = "") {
@@ -49,26 +29,24 @@ arrayTypes: [{name: Moneys, dataType: Money}]
   const struct {
     std::string dataType;
     int32_t code, effective;
+    std::string more = "";
   } cases[] = {
       {"short", 0, 0},   {"long", 1, 1},         {"float", 2, 2},       {"double", 3, 3},     {"string", 4, 4},
       {"base64", 6, 6},  {"uuencoded", 7, 7},    {"hex", 8, 8},         {"Money", 9, 13},     {"Moneys", 10, 13},
       {"strictInteger", 12, 12}, {"strictReal", 13, 13}, {"quoted", 14, 14}, {"0", 0, 0},   {"8", 8, 8},
-      {"13", 13, 13},    {"14", 14, 14},
+      {"13", 13, 13},    {"14", 14, 14},  {"binary", 5, 5, ", lengthField: L"},  {"variable", 11, 11, ", variable: {keyField: K}"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.dataType);
-    const auto compiled = compile(withFields({"{name: F, dataType: \"" + c.dataType + "\"}"}, types));
-    EXPECT_EQ(compiled->field("C", 0).getDataType(), c.code);
-    EXPECT_EQ(compiled->field("C", 0).getEffectiveType(), c.effective);
+    const std::string field = "{name: F, dataType: \"" + c.dataType + "\"" + c.more + "}";
+    const auto compiled = compileComposites(withFields({"{name: L, dataType: long}", "{name: K}", field}, types));
+    EXPECT_EQ(compiled->field("C", 2).getDataType(), c.code);
+    EXPECT_EQ(compiled->field("C", 2).getEffectiveType(), c.effective);
   }
-  const auto binary = compile(withFields({"{name: L, dataType: long}", "{name: B, dataType: binary, lengthField: L}"}));
-  EXPECT_EQ(binary->field("C", 1).getDataType(), 5);
-  const auto variable = compile(withFields({"{name: K}", "{name: V, dataType: variable, variable: {keyField: K}}"}));
-  EXPECT_EQ(variable->field("C", 1).getDataType(), 11);
 }
 
 TEST(FieldWriterTest, AttributesRoundTrip) {
-  const auto compiled = compile(R"(
+  const auto compiled = compileComposites(R"(
 validationTables: [{name: Codes, entries: [A]}]
 composites:
   - name: C
@@ -133,7 +111,7 @@ TEST(FieldWriterTest, SpecialDefaultsAsTheUserMeansThem) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.field + " at " + std::to_string(c.version));
-    const auto compiled = compile(withFields({c.field}), c.version);
+    const auto compiled = compileComposites(withFields({c.field}), c.version);
     const FieldDefn& field = compiled->field("C", 0);
     EXPECT_EQ(field.getCountKind(), c.countKind);
     EXPECT_EQ(field.getDefaultValue().str(), c.defaultValue);
@@ -142,7 +120,7 @@ TEST(FieldWriterTest, SpecialDefaultsAsTheUserMeansThem) {
 }
 
 TEST(FieldWriterTest, VariableFieldsFindTheirKeyAndTypesByName) {
-  const auto compiled = compile(R"(
+  const auto compiled = compileComposites(R"(
 primitiveTypes: [{name: ID}]
 arrayTypes: [{name: IDs, dataType: ID}]
 composites:
@@ -164,57 +142,35 @@ composites:
   EXPECT_EQ(compiled->set->findCompositeById(ids.at(u"a")), nullptr);
   EXPECT_EQ(compiled->warehouse.findPrimitiveType(ids.at(u"a")), nullptr);
   EXPECT_EQ(compiled->warehouse.findArrayType(ids.at(u"a"))->getName().str(), "IDs");
-  EXPECT_EQ(compiled->composite("C").getFlags(), CompositeDefn::kHasVariableField);
 }
 
-TEST(FieldWriterTest, WhatAVersionCantCarryIsAnErrorOnItsLine) {
+TEST(FieldWriterTest, MistakesAndVersionLimitsNameTheLine) {
   const auto tooNew = [](int line, const std::string& key, int gate, int version) {
-    return "line " + std::to_string(line) + ": '" + key + "' of composite 'C' field 'F' needs format version " +
-           std::to_string(gate) + " or later; this file is compiled for version " + std::to_string(version);
+    return versionGate(line, key, "composite 'C' field 'F'", gate, version);
   };
   const std::string table = "validationTables: [{name: T}]\n";
-  struct Case {
-    std::string source;
-    int version;
-    std::string error;
-  } cases[] = {
-      {withFields({"{name: F, hidden: true}"}), 515, tooNew(4, "hidden", 516, 515)},
-      {withFields({"{name: F, hidden: false}"}), 515, ""},
-      {withFields({"{name: F, dataType: double, format: '@99.9'}"}), 518, tooNew(4, "format", 519, 518)},
-      {withFields({"{name: F, dataType: double, format: '@99.9'}"}), 519, ""},
-      {withFields({"{name: F, table: T}"}, table), 514, tooNew(5, "table", 515, 514)},
-      {withFields({"{name: F, dataType: long, count: repeats}"}), 768, tooNew(4, "count", 769, 768)},
-      {withFields({"{name: F, dataType: binary, lengthField: L}"}), 768, tooNew(4, "lengthField", 769, 768)},
-      {withFields({"{name: F, hasOverrides: false}"}), 801, "line 4: 'hasOverrides: false' of composite 'C' field 'F' needs "
-                                                            "format version 802 or later; this file is compiled for version 801"},
-      {withFields({"{name: F, hasOverrides: true}"}), 799, "line 4: 'hasOverrides: true' of composite 'C' field 'F' needs "
-                                                           "format version 802 or later; this file is compiled for version 799"},
-      {withFields({"{name: F, hasOverrides: true}"}), 800, ""},
-      {withFields({"{name: F, hasOverrides: false}"}), 799, ""},
-      {withFields({"{name: F, userData: {Note: x}}"}), 854, tooNew(4, "userData", 855, 854)},
-      {withFields({"{name: F, fieldPresenceIndicator: true}"}), 864, tooNew(4, "fieldPresenceIndicator", 865, 864)},
-      {withFields({"{name: K}", "{name: F, dataType: variable, variable: {keyField: K}}"}), 852,
-       tooNew(5, "dataType", 853, 852)},
-      {withFields({"{name: F, default: \"\\u0141\"}"}), 831,
-       "line 4: 'default' of composite 'C' field 'F' has a character that needs format version 832"},
-      {withFields({"{name: F, default: \"\\u0141\"}"}), 832, ""},
-      {withFields({"{name: F, dataType: binary}"}), 769,
-       "line 4: composite 'C' field 'F' is raw binary and needs a 'lengthField'"},
-  };
-  for (const Case& c : cases) {
-    const std::string failure = compileFailure(c.source, c.version);
-    EXPECT_EQ(failure.substr(0, c.error.size()), c.error) << c.source << " at " << c.version << "\n gave: " << failure;
-    if (c.error.empty()) {
-      EXPECT_EQ(failure, "");
-    }
-  }
-}
-
-TEST(FieldWriterTest, SourceMistakesNameTheLine) {
   const struct {
     std::string source;
-    std::string error;  // the start of the message
+    std::string error;  // the start of the message; "" for a source that compiles
+    int version = pcf::kNewestVersion;
   } cases[] = {
+      {withFields({"{name: F, hidden: true}"}), tooNew(4, "hidden", 516, 515), 515},
+      {withFields({"{name: F, hidden: false}"}), "", 515},
+      {withFields({"{name: F, dataType: double, format: '@99.9'}"}), tooNew(4, "format", 519, 518), 518},
+      {withFields({"{name: F, dataType: double, format: '@99.9'}"}), "", 519},
+      {withFields({"{name: F, table: T}"}, table), tooNew(5, "table", 515, 514), 514},
+      {withFields({"{name: F, dataType: long, count: repeats}"}), tooNew(4, "count", 769, 768), 768},
+      {withFields({"{name: F, dataType: binary, lengthField: L}"}), tooNew(4, "lengthField", 769, 768), 768},
+      {withFields({"{name: F, hasOverrides: false}"}), tooNew(4, "hasOverrides: false", 802, 801), 801},
+      {withFields({"{name: F, hasOverrides: true}"}), tooNew(4, "hasOverrides: true", 802, 799), 799},
+      {withFields({"{name: F, hasOverrides: true}"}), "", 800},
+      {withFields({"{name: F, hasOverrides: false}"}), "", 799},
+      {withFields({"{name: F, userData: {Note: x}}"}), tooNew(4, "userData", 855, 854), 854},
+      {withFields({"{name: F, fieldPresenceIndicator: true}"}), tooNew(4, "fieldPresenceIndicator", 865, 864), 864},
+      {withFields({"{name: K}", "{name: F, dataType: variable, variable: {keyField: K}}"}), tooNew(5, "dataType", 853, 852), 852},
+      {withFields({"{name: F, default: \"\\u0141\"}"}), "line 4: 'default' of composite 'C' field 'F' has a character that needs format version 832", 831},
+      {withFields({"{name: F, default: \"\\u0141\"}"}), "", 832},
+      {withFields({"{name: F, dataType: binary}"}), "line 4: composite 'C' field 'F' is raw binary and needs a 'lengthField'", 769},
       {withFields({"{dataType: long}"}), "line 4: composite 'C' field 0 needs a name"},
       {withFields({"{name: F, dataType: Nothing}"}), "line 4: 'dataType' of composite 'C' field 'F' names neither"},
       {withFields({"{name: F, table: Nope}"}), "line 4: 'table' of composite 'C' field 'F' names no validation table of the set: 'Nope'"},
@@ -233,10 +189,7 @@ TEST(FieldWriterTest, SourceMistakesNameTheLine) {
            "  - {name: D, id: 3}\n",
        "line 5: entry 'x' of 'types' of 'variable' of composite 'C' field 'F' names type 'ID', whose id 3 composite 'D' also has"},
   };
-  for (const auto& c : cases) {
-    const std::string failure = compileFailure(c.source);
-    EXPECT_EQ(failure.substr(0, c.error.size()), c.error) << c.source << "\n gave: " << failure;
-  }
+  for (const auto& c : cases) EXPECT_TRUE(failsWith(compositeCompileFailure(c.source, c.version), c.error)) << c.source << " at " << c.version;
 }
 
 }  // namespace

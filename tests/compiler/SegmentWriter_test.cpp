@@ -2,63 +2,18 @@
 // segment reader through the set, as the message set writer puts them together.
 
 #include <gtest/gtest.h>
-#include <yaml-cpp/yaml.h>
 
-#include <sstream>
-
-#include "compiler/CompileContext.h"
-#include "compiler/CompileError.h"
-#include "compiler/CompositeWriter.h"
-#include "compiler/PcfWriter.h"
-#include "compiler/SegmentWriter.h"
 #include "definitions/CompositeFieldInstancesControl.h"
-#include "definitions/DefinitionFile.h"
-#include "definitions/MessageSetDefn.h"
 #include "definitions/PcfVersion.h"
-#include "foundation/InvalidFile.h"
+#include "support/CompiledComposites.h"
+#include "support/CompilerTesting.h"
 #include "tool/SegmentJson.h"
 
 namespace vantrelia::compiler {
 namespace {
 
-std::unique_ptr<MessageSetDefn> compile(const std::string& yaml, int version) {
-  const SourceNode root(YAML::Load(yaml), "the set");
-  CompileContext context(version);
-  context.beginMessageSet();
-  const auto composites = root.records("composites", "composite");
-  const auto segments = root.records("segments", "segment");
-  CompositeWriter::declare(composites, context);
-  SegmentWriter::declare(segments, context);
-  PcfWriter out;
-  for (const auto& composite : composites) CompositeWriter::write(composite, context, out);
-  for (const auto& segment : segments) SegmentWriter::write(segment, context, out);
-
-  const auto bytes = out.take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
-  auto set = std::make_unique<MessageSetDefn>("SET");
-  FieldUpdates updates;
-  std::vector<std::unique_ptr<CompositeDefn>> loaded(composites.size());
-  for (auto& composite : loaded) (composite = std::make_unique<CompositeDefn>())->load(*set, file, version, updates);
-  set->addComposites(std::move(loaded), updates);
-  for (size_t i = 0; i < segments.size(); ++i) {
-    auto segment = std::make_unique<SegmentDefn>();
-    segment->load(*set, file, version, updates);
-    set->addSegment(std::move(segment), updates);
-  }
-  EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";
-  EXPECT_TRUE(updates.empty());
-  return set;
-}
-
-std::string compileFailure(const std::string& yaml, int version) {
-  try {
-    compile(yaml, version);
-  } catch (const CompileError& e) {
-    return e.what();
-  }
-  return "";
-}
+using testing::compileComposites;
+using testing::versionGate;
 
 TEST(SegmentWriterTest, RoundTripByVersion) {
   for (const int version : {512, 851, 866, 883}) {
@@ -68,20 +23,21 @@ TEST(SegmentWriterTest, RoundTripByVersion) {
     text += "    fields: [{name: SetId, dataType: long}, {name: Code, composite: CE";
     text += version >= 800 ? ", overrides: {Id: {default: X}}}]\n" : "}]\n";
     // Below 832 a match value is a byte text: 0xE9 comes back widened by its sign.
-    text += version >= pcf::kWideValueTexts ? "    matches: [{path: PID.2.1, value: \"A\\u00E9\"}" : "    matches: [{path: PID.2.1, value: \"A\\uFFE9\"}";
-    text += ", {path: PID/1, value: \"\"}]\n";
+    text += std::string("    matches: [{path: PID.2.1, value: \"A\\u") + (version >= pcf::kWideValueTexts ? "00E9" : "FFE9") +
+            "\"}, {path: PID/1, value: \"\"}]\n";
     if (version >= 855) text += "    userData: {Note: patient}\n    ncpdp: true\n";
     text += "  - {name: ZZ1, id: 1, tag: Z1}\n";
     if (version >= 866) text += "  - {name: NV, tag: \"\", nameValuePair: {separator: string, text: \"=\"}}\n";
-    const auto set = compile(text, version);
-    const SegmentDefn& pid = *set->getSegments().at(0);
+    const auto compiled = compileComposites(text, version);
+    const MessageSetDefn& set = *compiled->set;
+    const SegmentDefn& pid = *set.getSegments().at(0);
     EXPECT_EQ(pid.getName().str(), "PID");
     EXPECT_EQ(pid.getTag().str(), u"PID");  // the name when the source gives no tag
     EXPECT_EQ(pid.getSeparatorType(), qxSepString);
     EXPECT_EQ(pid.getSpecialSeparatorString().str(), u"|");
     EXPECT_TRUE(pid.isFixedWidth());
     EXPECT_EQ(pid.getId(), 2);  // 1 is given to ZZ1
-    EXPECT_EQ(pid.getField(1).getComposite(), set->findCompositeByName("CE"));
+    EXPECT_EQ(pid.getField(1).getComposite(), set.findCompositeByName("CE"));
     // The override reached the composite field through the set's fix-up.
     if (version >= 800) {
       EXPECT_EQ(pid.getField(1).getInstancesControl()->getDefaultValue(0).str(), u"X");
@@ -91,9 +47,9 @@ TEST(SegmentWriterTest, RoundTripByVersion) {
     EXPECT_EQ(pid.getMatches()[0]->getValue().str(), version >= pcf::kWideValueTexts ? u"A\u00E9" : u"A\uFFE9");
     EXPECT_EQ(pid.getFlags(), version >= 857 ? SegmentDefn::kNcpdp : 0u);
     EXPECT_EQ(pid.getUserData().size(), version >= 855 ? 1u : 0u);
-    EXPECT_EQ(set->findSegmentById(1)->getTag().str(), u"Z1");
-    ASSERT_NE(set->getTagMap().lookup(u"Z1"), nullptr);
-    EXPECT_EQ(set->getTagMap().lookupEmptyTag() != nullptr, version >= 866);
+    EXPECT_EQ(set.findSegmentById(1)->getTag().str(), u"Z1");
+    ASSERT_NE(set.getTagMap().lookup(u"Z1"), nullptr);
+    EXPECT_EQ(set.getTagMap().lookupEmptyTag() != nullptr, version >= 866);
 
     const auto json = tool::toJson(pid);
     EXPECT_EQ(json["Tag"], "PID");
@@ -101,7 +57,7 @@ TEST(SegmentWriterTest, RoundTripByVersion) {
     EXPECT_EQ(json["matches"][0]["FieldPath"], "PID/2/1");
     EXPECT_EQ(json["SegmentType"], 0);
     if (version >= 866) {
-      const SegmentDefn& pairs = *set->getSegments().at(2);
+      const SegmentDefn& pairs = *set.getSegments().at(2);
       EXPECT_EQ(pairs.getSegmentType(), qxSegTypeNameValuePair);
       EXPECT_EQ(pairs.getNameValueSeparator()->SpecialSeparatorString.str(), u"=");
       EXPECT_EQ(tool::toJson(pairs)["nameValueSeparator"]["SpecialSeparatorString"], "=");
@@ -110,13 +66,13 @@ TEST(SegmentWriterTest, RoundTripByVersion) {
 }
 
 TEST(SegmentWriterTest, SpecialRecordsAndVariableFlag) {
-  const auto set = compile(R"(
+  const auto compiled = compileComposites(R"(
 segments:
   - {name: FP, presenceIndicator: {separator: user1, text: "~"}}
   - {name: NV, nameValuePair: {separator: field2}}
   - {name: VR, fields: [{name: K}, {name: V, dataType: variable, variable: {keyField: K}}]}
 )", 883);
-  const auto& segments = set->getSegments();
+  const auto& segments = compiled->set->getSegments();
   EXPECT_EQ(segments[0]->getSegmentType(), qxSegTypeFieldPresenceIndicator);
   EXPECT_EQ(segments[0]->getPresenceSeparator()->SpecialSeparatorType, qxSepUser1);
   EXPECT_EQ(segments[0]->getPresenceSeparator()->SpecialSeparatorString.str(), u"~");
@@ -126,36 +82,39 @@ segments:
 }
 
 TEST(SegmentWriterTest, Refusals) {
+  const std::string a = "segment 'A'";
   struct Case {
-    const char* yaml;
+    const char* segments;
     int version;
-    const char* says;
+    std::string error;  // "" for a source that compiles
   } cases[] = {
-      {"{name: A, tag: \"\"}", 516, "'tag'"},
-      {"{name: A, ncpdp: true}", 856, "'ncpdp'"},
-      {"{name: A, userData: {K: v}}", 854, "'userData'"},
-      {"{name: A, presenceIndicator: {text: \"~\"}}", 864, "'presenceIndicator'"},
-      {"{name: A, nameValuePair: {text: \"=\"}}", 865, "'nameValuePair'"},
-      {"{name: A, presenceIndicator: {text: \"~\"}, nameValuePair: {text: \"=\"}}", 883, "can't hold name-value pairs"},
-      {"{name: A, nameValuePair: {separator: field2, text: \"=\"}}", 883, "only with 'separator: string'"},
-      {"{name: A, specialSeparator: \"&\"}", 883, "only with 'separator: string'"},
-      {"{name: A, tag: \"\\u0100\"}", 883, "byte texts"},
-      {"{name: A, matches: [{value: X}]}", 883, "needs a 'path'"},
-      {"{name: A, matches: [{path: A.1, value: \"\\u0100\"}]}", 831, "version 832"},
-      {"{name: A, colour: red}", 883, "colour"},
-      {"{tag: A}", 883, "needs a name"},
+      {"{name: A, tag: \"\"}", 516, versionGate(1, "tag", a, 517, 516)},
+      {"{name: A, ncpdp: true}", 856, versionGate(1, "ncpdp", a, 857, 856)},
+      {"{name: A, userData: {K: v}}", 854, versionGate(1, "userData", a, 855, 854)},
+      {"{name: A, presenceIndicator: {text: \"~\"}}", 864, versionGate(1, "presenceIndicator", a, 865, 864)},
+      {"{name: A, nameValuePair: {text: \"=\"}}", 865, versionGate(1, "nameValuePair", a, 866, 865)},
+      {"{name: A, presenceIndicator: {text: \"~\"}, nameValuePair: {text: \"=\"}}", 883,
+       "line 1: segment 'A' is a presence indicator segment already; it can't hold name-value pairs too"},
+      {"{name: A, nameValuePair: {separator: field2, text: \"=\"}}", 883,
+       "line 1: 'text' of 'nameValuePair' of segment 'A' is used only with 'separator: string'"},
+      {"{name: A, specialSeparator: \"&\"}", 883, "line 1: 'specialSeparator' of segment 'A' is used only with 'separator: string'"},
+      {"{name: A, tag: \"\\u0100\"}", 883, "line 1: 'tag' of segment 'A' has a character that the file's byte texts can't carry"},
+      {"{name: A, matches: [{value: X}]}", 883, "line 1: segment 'A' match 0 needs a 'path'"},
+      {"{name: A, matches: [{path: A.1, value: \"\\u0100\"}]}", 831,
+       "line 1: the value of segment 'A' match 0 has a character that a byte can't carry; files before version 832"},
+      {"{name: A, colour: red}", 883, "line 1: unknown key 'colour' in segment 'A'"},
+      {"{tag: A}", 883, "line 1: segment 0 needs a name"},
+      // Names and ids are keys within the set.
+      {"{name: A}, {name: A}", 883, "line 1: segment name 'A' is used twice"},
+      {"{name: A, id: 3}, {name: B, id: 3}", 883, "line 1: id 3 of segment 'B' is already used by segment 'A'"},
+      // The gates let the same sources through from their versions on.
+      {"{name: A, tag: \"\", ncpdp: true}", 857, ""},
+      {"{name: A, matches: [{path: A.1, value: \"\\u0100\"}]}", 832, ""},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.yaml);
-    EXPECT_NE(compileFailure(std::string("segments: [") + c.yaml + "]", c.version).find(c.says), std::string::npos)
-        << compileFailure(std::string("segments: [") + c.yaml + "]", c.version);
+    const std::string source = std::string("segments: [") + c.segments + "]";
+    EXPECT_TRUE(testing::failsWith(testing::compositeCompileFailure(source, c.version), c.error)) << source << " at " << c.version;
   }
-  // Names and ids are keys within the set.
-  EXPECT_NE(compileFailure("segments: [{name: A}, {name: A}]", 883).find("used twice"), std::string::npos);
-  EXPECT_NE(compileFailure("segments: [{name: A, id: 3}, {name: B, id: 3}]", 883).find("already used"), std::string::npos);
-  // The gates let the same sources through from their versions on.
-  EXPECT_EQ(compileFailure("segments: [{name: A, tag: \"\", ncpdp: true}]", 857), "");
-  EXPECT_EQ(compileFailure("segments: [{name: A, matches: [{path: A.1, value: \"\\u0100\"}]}]", 832), "");
 }
 
 }  // namespace

@@ -1,18 +1,19 @@
 // Separator lists in the definition language, compiled and read back record by record.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <sstream>
 
 #include "compiler/CompileContext.h"
-#include "compiler/CompileError.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SeparatorWriter.h"
 #include "definitions/DefinitionFile.h"
 #include "definitions/PcfMessages.h"
 #include "foundation/Enumerations.h"
 #include "foundation/InvalidFile.h"
+#include "support/CompilerTesting.h"
 #include "tool/SeparatorJson.h"
 
 namespace vantrelia::compiler {
@@ -29,12 +30,8 @@ Separators loadRecords(const PcfWriter& out, int32_t count, int version) {
     result.push_back(std::make_unique<SeparatorDefn>());
     result.back()->load(file, version);
   }
-  try {
-    file.readByte();
-    ADD_FAILURE() << "bytes left behind the records at version " << version;
-  } catch (const InvalidFile& e) {
-    EXPECT_EQ(e.message, messages::kUnexpectedEndOfInput);
-  }
+  const auto atEnd = ::testing::Throws<InvalidFile>(::testing::Field(&InvalidFile::message, messages::kUnexpectedEndOfInput));
+  EXPECT_THAT([&] { file.readByte(); }, atEnd) << "bytes left behind the records at version " << version;
   return result;
 }
 
@@ -65,8 +62,7 @@ decimal: '\x2E'
     EXPECT_EQ(s[qxSepNull]->getFlags(), 0x21u) << "not named: as if untouched";
     EXPECT_TRUE(s[qxSepFiller]->getValue().empty() && s[qxSepFiller]->getReplacementValue().empty());
   }
-  EXPECT_TRUE(compileAndLoad("{}", 883).empty());
-  EXPECT_TRUE(compileAndLoad("~", 883).empty());
+  for (const char* nothing : {"{}", "~"}) EXPECT_TRUE(compileAndLoad(nothing, 883).empty()) << nothing;
 }
 
 TEST(SeparatorWriterTest, UntouchedRecordLeavesTheDefaultsAtEveryVersion) {
@@ -89,10 +85,8 @@ user1: {kind: 1, replacement: x}
 user2: {kind: 7, value: '#'}
 )", 883);
   ASSERT_EQ(s.size(), 12u);
-  EXPECT_EQ(s[qxSepSegment]->getFlags(), 0x42u);
-  EXPECT_EQ(s[qxSepRepeat]->getFlags(), 0x72u);
-  EXPECT_EQ(s[qxSepField1]->getFlags(), 0x12u);
-  EXPECT_EQ(s[qxSepField3]->getFlags(), 0xA2u);
+  const std::pair<int, uint32_t> flags[] = {{qxSepSegment, 0x42}, {qxSepRepeat, 0x72}, {qxSepField1, 0x12}, {qxSepField3, 0xA2}};
+  for (const auto& [index, expected] : flags) EXPECT_EQ(s[index]->getFlags(), expected) << "separator " << index;
   EXPECT_EQ(s[qxSepField3]->getTerminator().str(), u")");
   EXPECT_EQ(s[qxSepField3]->getTerminatorReplacement().str(), u"\\)");
   EXPECT_EQ(s[qxSepUser1]->getFlags(), 0x21u) << "kind 1 without path or value is fixed";
@@ -127,13 +121,7 @@ TEST(SeparatorWriterTest, RefusalsNameTheLine) {
       {883, "field2: ['^']", "line 1: separator 'field2' must be a text or a mapping"},
   };
   for (const auto& c : cases) {
-    std::string failure;
-    try {
-      compileAndLoad(c.yaml, c.version);
-    } catch (const CompileError& e) {
-      failure = e.what();
-    }
-    EXPECT_EQ(failure.rfind(c.failure, 0), 0u) << c.yaml << "\n gave: " << failure;
+    EXPECT_TRUE(testing::failsWith(testing::compileError([&] { compileAndLoad(c.yaml, c.version); }), c.failure)) << c.yaml;
   }
 }
 

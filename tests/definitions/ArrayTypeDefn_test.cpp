@@ -43,13 +43,9 @@ TEST(ArrayTypeDefnTest, RecordLengthDependsOnDataTypeAndSeparator) {
   loadBytes(factory, fileWithTypes(1, customs, 5, arrays));
   const auto& warehouse = factory.getWarehouse();
 
+  // customName: nullptr when the array has no custom type
   struct Expected {
-    int32_t id;
-    const char* name;
-    int32_t dataType;
-    const char* customName;  // nullptr: no custom type
-    int32_t separator;
-    std::u16string ownSeparator;
+    int32_t id; const char* name; int32_t dataType; const char* customName; int32_t separator; std::u16string ownSeparator;
   } expected[] = {
       {1, "Plain", 0, nullptr, qxSepRepeat, u""},
       {2, "OfCode", 9, "Code", qxSepField2, u""},
@@ -108,11 +104,7 @@ TEST(ArrayTypeDefnTest, BrokenTypeTablesFailTheLoad) {
   customType(oneCustom, "C", 1);
   PcfWriter tooManySeparators;
   tooManySeparators.text8("C").i32(1).i32(4).boolean(false).i32(23);
-  struct Case {
-    const char* what;
-    std::vector<uint8_t> bytes;
-    const char* failure;
-  } cases[] = {
+  struct Case { const char* what; std::vector<uint8_t> bytes; const char* failure; } cases[] = {
       {"negative custom count", PcfWriter().i32(883).text8("PCFFILE").i32(-1).bytes(), messages::kInvalidPrimitiveTypeCount},
       {"negative array count", fileWithTypes(1, oneCustom, -1, PcfWriter()), messages::kInvalidArrayTypeCount},
       {"23 separator entries", fileWithTypes(1, tooManySeparators, 0, PcfWriter()), messages::kInvalidSeparatorEntryCount},

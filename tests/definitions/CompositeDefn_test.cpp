@@ -3,45 +3,19 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "compiler/PcfWriter.h"
 #include "definitions/CompositeDefn.h"
 #include "definitions/CompositeFieldInstancesControl.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/PcfMessages.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
+#include "support/DefinitionRecords.h"
 
 namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
-
-constexpr int32_t kSentinel = 0x5E5E5E5E;
-
-// A field record of the version: primitive of a data type (variable with a key at 0), or a
-// composite field with an empty override block.
-PcfWriter fieldRecord(const std::string& name, int32_t dataType, int version, int32_t compositeId = -1) {
-  PcfWriter w;
-  w.text8(name).boolean(false).i32(0).i32(0).i32(0).i32(1).textv(u"", version);
-  if (version >= 516) w.boolean(false);
-  if (version >= 802) w.boolean(true);
-  if (compositeId >= 0) {
-    w.i32(1).i32(compositeId);
-    if (version >= 871) w.u16(0);
-    else if (version >= 801) w.byte(0);
-    if (version >= 800) w.i32(-1);
-  } else {
-    w.i32(0).i32(dataType);
-    if (version >= 853 && dataType == 11) w.i32(0).i32(0).i32(0);
-    w.i32(0).textv(u"", version);
-    if (version >= 515) w.text8("");
-  }
-  if (version >= 855) w.count(0);
-  if (version >= 865) w.boolean(false);
-  return w;
-}
+using testing::invalidFileMessage;
 
 struct CompositeBytes {
   explicit CompositeBytes(std::string compositeName = "C", int32_t compositeId = 1)
@@ -49,7 +23,7 @@ struct CompositeBytes {
 
   std::string name;
   int32_t id;
-  std::vector<PcfWriter> fields;
+  std::vector<testing::FieldRecord> fields;  // written in the layout of the record's version
   bool syntaxRules = false;
   int32_t equations = 0;
   uint32_t flags = 0;
@@ -58,7 +32,7 @@ struct CompositeBytes {
   PcfWriter write(int version) const {
     PcfWriter w;
     w.text8(name).text8w(u"&").i32(17).boolean(true).i32(id).i32(static_cast<int32_t>(fields.size()));
-    for (const auto& field : fields) w.raw(field.bytes());
+    for (const auto& field : fields) w.raw(field.write(version).bytes());
     if (version >= 848) w.boolean(syntaxRules);
     if (version >= 852) w.count(equations);
     if (version >= 855) w.count(1).count(0).text16(u"note");
@@ -75,37 +49,16 @@ struct CompositeBytes {
 void loadInto(MessageSetDefn& set, const std::vector<CompositeBytes>& records, int version) {
   PcfWriter all;
   for (const auto& record : records) all.raw(record.write(version).bytes());
-  const auto bytes = all.i32(kSentinel).take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
-  FieldUpdates updates;
-  std::vector<std::unique_ptr<CompositeDefn>> loaded;
-  for (size_t i = 0; i < records.size(); ++i) {
-    loaded.push_back(std::make_unique<CompositeDefn>());
-    loaded.back()->load(set, file, version, updates);
-  }
-  EXPECT_EQ(file.readInt(), kSentinel) << "the records were not read to their end";
-  set.addComposites(std::move(loaded), updates);
-  EXPECT_TRUE(updates.empty());
+  testing::loadComposites(set, all.bytes(), records.size(), version);
 }
 
 std::string loadFailure(const std::vector<CompositeBytes>& records, int version) {
   MessageSetDefn set("SET");
-  try {
-    loadInto(set, records, version);
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
+  return invalidFileMessage([&] { loadInto(set, records, version); });
 }
 
 TEST(CompositeDefnTest, RecordByVersion) {
-  struct Case {
-    int version;
-    uint32_t flags;
-    bool userData;
-    ECompositeType type;
-  } cases[] = {
+  struct Case { int version; uint32_t flags; bool userData; ECompositeType type; } cases[] = {
       // Between the syntax rules and the flag word the variable field sets 0x01 by itself; the
       // flag word replaces it, whatever the fields are.
       {847, 0x00, false, qxCompTypeNormal}, {848, 0x01, false, qxCompTypeNormal}, {850, 0x01, false, qxCompTypeNormal},
@@ -115,7 +68,7 @@ TEST(CompositeDefnTest, RecordByVersion) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.version);
     CompositeBytes record;
-    record.fields = {fieldRecord("A", 4, c.version), fieldRecord("V", 11, c.version)};
+    record.fields = {{.name = "A"}, {.name = "V", .dataType = 11}};
     record.flags = 0x20;
     record.indicator = true;
     MessageSetDefn set("SET");
@@ -137,56 +90,37 @@ TEST(CompositeDefnTest, RecordByVersion) {
     EXPECT_EQ(composite.getSyntaxRules(), nullptr);
   }
   // A normal composite reads neither the indicator's separator nor its text.
-  CompositeBytes normal;
   MessageSetDefn set("SET");
-  loadInto(set, {normal}, 883);
+  loadInto(set, {CompositeBytes()}, 883);
   EXPECT_EQ(set.getComposites().at(0)->getCompositeType(), qxCompTypeNormal);
 }
 
 TEST(CompositeDefnTest, RefusedRecords) {
-  CompositeBytes twoFields;
-  twoFields.fields = {fieldRecord("A", 4, 883), fieldRecord("B", 4, 883)};
-  struct Case {
-    const char* what;
-    CompositeBytes record;
-    int version;
-    std::string failure;
-  } cases[] = {
-      {"syntax rules", twoFields, 848, "Syntax rules are not supported yet"},
-      {"more equations than fields", twoFields, 852, "Too many validation equations"},
-      {"equations", twoFields, 883, "Validation equations are not supported yet"},
-      {"equations before they exist are not read", twoFields, 851, ""},
+  struct Case { const char* what; bool syntaxRules; int32_t equations; int version; std::string failure; } cases[] = {
+      {"syntax rules", true, 0, 848, "Syntax rules are not supported yet"},
+      {"more equations than fields", false, 3, 852, "Too many validation equations"},
+      {"equations", false, 2, 883, "Validation equations are not supported yet"},
+      {"equations before they exist are not read", false, 3, 851, ""},
   };
-  cases[0].record.syntaxRules = true;
-  cases[1].record.equations = 3;
-  cases[2].record.equations = 2;
-  cases[3].record.equations = 3;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    auto record = c.record;
-    for (auto& field : record.fields) field = fieldRecord("A", 4, c.version);
+    CompositeBytes record;
+    record.fields = {{.name = "A"}, {.name = "B"}};
+    record.syntaxRules = c.syntaxRules;
+    record.equations = c.equations;
     EXPECT_EQ(loadFailure({record}, c.version), c.failure);
   }
 
   const auto negative = PcfWriter().text8("C").text8w(u"").i32(16).boolean(false).i32(1).i32(-1).take();
-  std::istringstream source(std::string(negative.begin(), negative.end()));
-  DefinitionFile file(source);
   MessageSetDefn set("SET");
-  FieldUpdates updates;
-  CompositeDefn composite;
-  try {
-    composite.load(set, file, 883, updates);
-    ADD_FAILURE() << "a negative field count loaded";
-  } catch (const InvalidFile& e) {
-    EXPECT_EQ(e.message, messages::kInvalidFieldCount);
-  }
+  EXPECT_EQ(invalidFileMessage([&] { testing::loadComposites(set, negative, 1, 883); }), messages::kInvalidFieldCount);
 }
 
 TEST(CompositeDefnTest, SetPointsCompositeFieldsAtLaterComposites) {
   CompositeBytes outer("OUTER", 7);
-  outer.fields = {fieldRecord("A", 4, 883), fieldRecord("IN", 0, 883, 9)};
+  outer.fields = {{.name = "A"}, {.name = "IN", .compositeId = 9}};
   CompositeBytes inner("INNER", 9);
-  inner.fields = {fieldRecord("X", 4, 883)};
+  inner.fields = {{.name = "X"}};
   CompositeBytes shadow("SHADOW", 9);  // a second composite with the id: the first is found
   MessageSetDefn set("SET");
   loadInto(set, {outer, inner, shadow}, 883);
@@ -200,34 +134,28 @@ TEST(CompositeDefnTest, SetPointsCompositeFieldsAtLaterComposites) {
   ASSERT_NE(field.getInstancesControl(), nullptr);
   EXPECT_EQ(field.getInstancesControl()->getEntry(0), nullptr);
 
-  outer.fields[1] = fieldRecord("IN", 0, 883, 8);
+  outer.fields[1].compositeId = 8;
   EXPECT_EQ(loadFailure({outer, inner}, 883), messages::kUnknownComposite);
 }
 
 // OUTER: A, MID (composite), B; MID: X, DEEP (composite), Y; DEEP: Z.
 std::unique_ptr<MessageSetDefn> nestedSet(int32_t zType = 4) {
   CompositeBytes outer("OUTER", 1);
-  outer.fields = {fieldRecord("A", 4, 883), fieldRecord("MID", 0, 883, 2), fieldRecord("B", 4, 883)};
+  outer.fields = {{.name = "A"}, {.name = "MID", .compositeId = 2}, {.name = "B"}};
   CompositeBytes mid("MID", 2);
-  mid.fields = {fieldRecord("X", 4, 883), fieldRecord("DEEP", 0, 883, 3), fieldRecord("Y", 4, 883)};
+  mid.fields = {{.name = "X"}, {.name = "DEEP", .compositeId = 3}, {.name = "Y"}};
   CompositeBytes deep("DEEP", 3);
-  deep.fields = {fieldRecord("Z", zType, 883)};
+  deep.fields = {{.name = "Z", .dataType = zType}};
   auto set = std::make_unique<MessageSetDefn>("SET");
   loadInto(*set, {outer, mid, deep}, 883);
   return set;
 }
 
-CompositeDefn& named(const MessageSetDefn& set, const std::string& name) {
-  for (const auto& composite : set.getComposites())
-    if (composite->getName().str() == name) return *composite;
-  throw std::runtime_error("no composite " + name);
-}
+// OUTER, the first composite of a nested set, to change in place.
+CompositeDefn& outerOf(const MessageSetDefn& set) { return *set.getComposites().front(); }
 
 TEST(CompositeDefnTest, MarkRequiredPathWalksOneBasedIndexes) {
-  struct Case {
-    std::vector<int32_t> path;
-    std::string composite, field, failure;
-  } cases[] = {
+  struct Case { std::vector<int32_t> path; std::string composite, field, failure; } cases[] = {
       {{1}, "OUTER", "A", ""},
       {{2}, "OUTER", "MID", ""},
       {{2, 3}, "MID", "Y", ""},
@@ -241,14 +169,8 @@ TEST(CompositeDefnTest, MarkRequiredPathWalksOneBasedIndexes) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.path.size());
     auto set = nestedSet();
-    CompositeDefn& outer = named(*set, "OUTER");
-    try {
-      outer.markRequiredPath(c.path);
-      EXPECT_EQ(c.failure, "");
-    } catch (const InvalidFile& e) {
-      EXPECT_EQ(e.message, c.failure);
-      continue;
-    }
+    EXPECT_EQ(invalidFileMessage([&] { outerOf(*set).markRequiredPath(c.path); }), c.failure);
+    if (!c.failure.empty()) continue;
     int marked = 0;
     for (const auto& composite : set->getComposites())
       for (const auto& field : composite->getFields())
@@ -263,10 +185,7 @@ TEST(CompositeDefnTest, MarkRequiredPathWalksOneBasedIndexes) {
 
 TEST(CompositeDefnTest, MarkRequiredByNameIgnoresCaseAndStopsAtUnknownNames) {
   auto set = nestedSet();
-  CompositeDefn& outer = named(*set, "OUTER");
-  outer.markRequiredByName("mid/Deep/z");
-  outer.markRequiredByName("B/");
-  outer.markRequiredByName("NONE/X");
+  for (const char* path : {"mid/Deep/z", "B/", "NONE/X"}) outerOf(*set).markRequiredByName(path);
   std::vector<std::string> required;
   for (const auto& composite : set->getComposites())
     for (const auto& field : composite->getFields())
@@ -281,12 +200,12 @@ TEST(CompositeDefnTest, QuotedTextFlagPassesUpThroughNestedComposites) {
     EXPECT_EQ(composite->getFlags() & CompositeDefn::kHoldsQuotedText, CompositeDefn::kHoldsQuotedText)
         << composite->getName().str();
   auto plain = nestedSet(4);
-  named(*plain, "OUTER").workOutQuotedText();
+  outerOf(*plain).workOutQuotedText();
   EXPECT_EQ(plain->findCompositeByName("MID")->getFlags(), 0u);
 
   // A composite that holds itself doesn't send the walk round in circles.
   CompositeBytes self("SELF", 5);
-  self.fields = {fieldRecord("ME", 0, 883, 5), fieldRecord("Q", 14, 883)};
+  self.fields = {{.name = "ME", .compositeId = 5}, {.name = "Q", .dataType = 14}};
   MessageSetDefn selfSet("SET");
   loadInto(selfSet, {self}, 883);
   selfSet.getComposites()[0]->workOutQuotedText();

@@ -9,10 +9,7 @@ namespace vantrelia {
 namespace {
 
 TEST(EscapeExpansionTest, ExpandsOnlyCompleteSmallLetterEscapes) {
-  const struct {
-    std::u16string text;
-    std::u16string expanded;
-  } cases[] = {
+  const struct { std::u16string text; std::u16string expanded; } cases[] = {
       {u"\\x0D", u"\r"},
       {u"\\u000D", u"\r"},
       {u"a\\x4a\\x4Ab", u"aJJb"},          // digits of either case

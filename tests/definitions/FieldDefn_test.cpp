@@ -3,67 +3,28 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "compiler/PcfWriter.h"
 #include "definitions/CompositeDefn.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/VariableFieldDefn.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
+#include "support/DefinitionRecords.h"
 
 namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
+using testing::FieldRecord;
+using testing::readExactly;
 
-constexpr int32_t kSentinel = 0x5E5E5E5E;
-
-// A field record in the layout of the given version; members left alone give a string field.
-struct FieldBytes {
-  std::string name = "F";
-  bool required = false;
-  int32_t minRepeats = 0;
-  std::u16string defaultValue;
-  bool hidden = false;
-  bool hasOverrides = true;
-  int32_t kind = 0;
-  int32_t dataType = 4;
-  int32_t typeId = 0;
-  std::u16string format;
-  std::string table;
-  int32_t compositeId = 0;
-  std::vector<std::pair<int32_t, std::u16string>> userData;
-  bool presenceIndicator = false;
-
-  PcfWriter write(int version) const {
-    PcfWriter w;
-    w.text8(name).boolean(required).i32(1).i32(9).i32(minRepeats).i32(1).textv(defaultValue, version);
-    if (version >= 516) w.boolean(hidden);
-    if (version >= 802) w.boolean(hasOverrides);
-    w.i32(kind);
-    if (kind == 0) {
-      w.i32(dataType);
-      if (version >= 853 && (dataType == 9 || dataType == 10)) w.i32(typeId);
-      if (version >= 853 && dataType == 11) w.i32(2).i32(1).text16(u"N").i32(1).i32(1).text16(u"C").i32(7);
-      w.i32(1).textv(format, version);
-      if (version >= 515) w.text8(table);
-    } else {
-      w.i32(compositeId);
-      if (version >= 871) w.u16(0);
-      else if (version >= 801) w.byte(0);
-      if (version >= 800) w.i32(-1);
-    }
-    if (version >= 855) {
-      w.count(static_cast<int32_t>(userData.size()));
-      for (const auto& [key, value] : userData) w.count(key).text16(value);
-    }
-    if (version >= 865) w.boolean(presenceIndicator);
-    return w;
-  }
-};
+// A string field whose lengths and alignment differ from its repeats, so that a reader that mixes
+// them up is caught; as a variable field, key index 2, basic type N (1) and type id C (7).
+FieldRecord stringField() {
+  return {.minLength = 1, .maxLength = 9, .variable = PcfWriter().i32(2).i32(1).text16(u"N").i32(1).i32(1).text16(u"C").i32(7).take(),
+          .alignment = 1};
+}
 
 // A warehouse with custom types 1 (base long), 2 (a plain alias of quoted text), 3 (base
 // uuencoded), array types 4 (of type 3) and 5 (of double), and the user-data keys "Other", "Tag".
@@ -79,11 +40,8 @@ std::unique_ptr<MessageWarehouseDefn> typedWarehouse() {
   custom("Encoded", 3, 7);
   w.i32(2).text8("Encodeds").i32(4).i32(9).i32(3).i32(6).text8("Doubles").i32(5).i32(3).i32(6);
   w.boolean(false).count(2).text16(u"Other").text16(u"Tag").count(0).i32(0).i32(0);
-  const auto bytes = w.take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
   auto warehouse = std::make_unique<MessageWarehouseDefn>();
-  warehouse->read(file);
+  readExactly(w.bytes(), [&](DefinitionFile& file) { warehouse->read(file); });
   return warehouse;
 }
 
@@ -94,47 +52,27 @@ struct Loaded {
   FieldDefn field;
 
   Loaded() {
-    PcfWriter table;
-    table.text8("Codes").i32(1).text16(u"A");
-    const auto bytes = table.take();
-    std::istringstream source(std::string(bytes.begin(), bytes.end()));
-    DefinitionFile file(source);
     auto codes = std::make_unique<ValidationTableDefn>();
-    codes->load(file, 883, false);
+    readExactly(PcfWriter().text8("Codes").i32(1).text16(u"A").bytes(), [&](DefinitionFile& file) { codes->load(file, 883, false); });
     set.addValidationTable(std::move(codes));
   }
 };
 
 // Loads the record and checks that exactly its bytes were read.
-std::unique_ptr<Loaded> load(const FieldBytes& record, int version) {
+std::unique_ptr<Loaded> load(const FieldRecord& record, int version) {
   auto loaded = std::make_unique<Loaded>();
-  const auto bytes = PcfWriter().raw(record.write(version).bytes()).i32(kSentinel).take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
-  loaded->field.load(loaded->set, file, version, loaded->updates);
-  EXPECT_EQ(file.readInt(), kSentinel) << "the record was not read to its end";
+  readExactly(record.write(version).bytes(), [&](DefinitionFile& file) { loaded->field.load(loaded->set, file, version, loaded->updates); });
   return loaded;
 }
 
-std::string loadFailure(const FieldBytes& record, int version) {
-  try {
-    load(record, version);
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
+std::string loadFailure(const FieldRecord& record, int version) {
+  return testing::invalidFileMessage([&] { load(record, version); });
 }
 
 TEST(FieldDefnTest, SpecialDefaults) {
   struct Case {
-    const char* what;
-    int32_t dataType;
-    std::u16string given;
-    int version;
-    int32_t countKind;
-    std::u16string defaultValue;
-    std::string linkedFieldName;
-    std::string failure;
+    const char* what; int32_t dataType; std::u16string given; int version; int32_t countKind; std::u16string defaultValue;
+    std::string linkedFieldName; std::string failure;
   } cases[] = {
       {"lone # counts repeats", 1, u"#", 883, 1, u"", "", ""},
       {"path of repeats", 0, u"#GRP/SEG", 883, 1, u"GRP/SEG", "", ""},
@@ -160,7 +98,7 @@ TEST(FieldDefnTest, SpecialDefaults) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    FieldBytes record;
+    auto record = stringField();
     record.dataType = c.dataType;
     record.typeId = 1;
     record.defaultValue = c.given;
@@ -181,7 +119,7 @@ TEST(FieldDefnTest, SpecialDefaults) {
 }
 
 TEST(FieldDefnTest, PatternFormatsFromVersion519) {
-  FieldBytes record;
+  auto record = stringField();
   record.dataType = 3;
   record.defaultValue = u"1.5";
   record.format = u"@99.99";
@@ -203,7 +141,7 @@ TEST(FieldDefnTest, PatternFormatsFromVersion519) {
 TEST(FieldDefnTest, RequiredRaisesMinRepeats) {
   const std::tuple<bool, int32_t, int32_t> cases[] = {{true, 0, 1}, {true, 3, 3}, {false, 0, 0}};
   for (const auto& [required, given, expected] : cases) {
-    FieldBytes record;
+    auto record = stringField();
     record.required = required;
     record.minRepeats = given;
     EXPECT_EQ(load(record, 883)->field.getMinRepeats(), expected) << required << " " << given;
@@ -211,13 +149,7 @@ TEST(FieldDefnTest, RequiredRaisesMinRepeats) {
 }
 
 TEST(FieldDefnTest, TypesFlagsAndEffectiveType) {
-  struct Case {
-    int32_t dataType;
-    int32_t typeId;
-    int32_t effectiveType;
-    uint32_t flags;
-    bool binary, numeric;
-  } cases[] = {
+  struct Case { int32_t dataType; int32_t typeId; int32_t effectiveType; uint32_t flags; bool binary, numeric; } cases[] = {
       {0, 0, 0, 0, false, true},   {3, 0, 3, 0, false, true},    {4, 0, 4, 0, false, false},
       {5, 0, 5, 0, true, false},   {8, 0, 8, 0, true, false},    {12, 0, 12, 0, false, true},
       {13, 0, 13, 0, false, true}, {14, 0, 14, 0, false, false},
@@ -231,7 +163,7 @@ TEST(FieldDefnTest, TypesFlagsAndEffectiveType) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(::testing::Message() << "type " << c.dataType << " id " << c.typeId);
-    FieldBytes record;
+    auto record = stringField();
     record.dataType = c.dataType;
     record.typeId = c.typeId;
     record.defaultValue = u"#L";  // a length field, for the raw binary case
@@ -246,7 +178,7 @@ TEST(FieldDefnTest, TypesFlagsAndEffectiveType) {
 }
 
 TEST(FieldDefnTest, VariableRecord) {
-  FieldBytes record;
+  auto record = stringField();
   record.dataType = 11;
   const auto loaded = load(record, 853);
   const VariableFieldDefn* variable = loaded->field.getVariableDefn();
@@ -259,16 +191,13 @@ TEST(FieldDefnTest, VariableRecord) {
 }
 
 TEST(FieldDefnTest, VersionGatedFields) {
-  FieldBytes record;
+  auto record = stringField();
   record.hidden = true;
   record.hasOverrides = false;
   record.table = "Codes";
   record.userData = {{0, u"x"}};
   record.presenceIndicator = true;
-  struct Case {
-    int version;
-    bool hidden, hasOverrides, table, userData, presence;
-  } cases[] = {
+  struct Case { int version; bool hidden, hasOverrides, table, userData, presence; } cases[] = {
       {514, false, false, false, false, false}, {515, false, false, true, false, false},
       {516, true, false, true, false, false},   {799, true, false, true, false, false},
       {800, true, true, true, false, false},    {801, true, true, true, false, false},
@@ -288,7 +217,7 @@ TEST(FieldDefnTest, VersionGatedFields) {
 }
 
 TEST(FieldDefnTest, ValidationTableMustBeKnown) {
-  FieldBytes record;
+  auto record = stringField();
   record.table = "Codes";
   const auto loaded = load(record, 883);
   EXPECT_EQ(loaded->field.getValidationTable(), loaded->set.findValidationTable("Codes"));
@@ -297,7 +226,7 @@ TEST(FieldDefnTest, ValidationTableMustBeKnown) {
 }
 
 TEST(FieldDefnTest, TagFromUserDataOrName) {
-  FieldBytes record;
+  auto record = stringField();
   record.name = "N\xE9";
   EXPECT_EQ(load(record, 883)->field.getTag().str(), u"N\uFFE9");
   record.userData = {{0, u"other"}, {1, u"TAG1"}};
@@ -305,8 +234,7 @@ TEST(FieldDefnTest, TagFromUserDataOrName) {
 }
 
 TEST(FieldDefnTest, CompositeFieldLeavesItsOverridesForLater) {
-  FieldBytes record;
-  record.kind = 1;
+  auto record = stringField();
   record.compositeId = 42;
   record.defaultValue = u"#12#x";  // a composite field's default is never read as a count
   const auto loaded = load(record, 883);

@@ -3,12 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "compiler/PcfWriter.h"
 #include "definitions/CompositeDefn.h"
 #include "definitions/CompositeFieldInstancesControl.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/FieldInstance.h"
 #include "definitions/FieldInstances.h"
 #include "definitions/MessageSetDefn.h"
@@ -16,45 +13,30 @@
 #include "definitions/UpdateCompositeFieldInstances.h"
 #include "foundation/BadParameter.h"
 #include "foundation/IllegalOperation.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
+#include "support/DefinitionRecords.h"
 
 namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
 using Path = std::vector<int32_t>;
+using testing::invalidFileMessage;
 
-constexpr int32_t kSentinel = 0x5E5E5E5E;
 constexpr int kVersion = 883;
 
 // Reads an override block and checks that exactly its bytes were read.
 std::vector<FieldInstanceUpdate> readBlock(const PcfWriter& block, int version) {
-  const auto bytes = PcfWriter().raw(block.bytes()).i32(kSentinel).take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
   UpdateCompositeFieldInstances update;
-  update.load(file, version);
-  EXPECT_EQ(file.readInt(), kSentinel) << "the block was not read to its end";
+  testing::readExactly(block.bytes(), [&](DefinitionFile& file) { update.load(file, version); });
   return update.getRecords();
 }
 
-std::string readFailure(const PcfWriter& block, int version) {
-  try {
-    readBlock(block, version);
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
-}
-
 TEST(FieldInstancesControlTest, OverrideBlockByVersion) {
+  // records: index and flags
   struct Case {
-    int version;
-    PcfWriter block;
-    std::vector<std::pair<int32_t, uint16_t>> records;  // index and flags
-    std::u16string defaultValue;
-    uint8_t required, hidden;
-    int32_t minLength, maxLength;
+    int version; PcfWriter block; std::vector<std::pair<int32_t, uint16_t>> records; std::u16string defaultValue;
+    uint8_t required, hidden; int32_t minLength, maxLength;
   } cases[] = {
       // No header; a nested body is its bool alone; flags are a byte and name no Required.
       {800,
@@ -104,23 +86,16 @@ TEST(FieldInstancesControlTest, ValidationFlagsRefusedFrom868) {
       {std::move(PcfWriter().byte(0).i32(1).boolean(true).byte(0x20).i32(-2).i32(-1)), situational},
       {std::move(PcfWriter().byte(0).i32(0).boolean(false).byte(0x40).i32(-1)), advanced},
   };
-  for (const auto& [block, failure] : cases) EXPECT_EQ(readFailure(block, 868), failure);
+  for (const auto& [block, failure] : cases) EXPECT_EQ(invalidFileMessage([&] { readBlock(block, 868); }), failure);
 }
 
 // A field record: primitive of a type with a default, or a composite field with an override block.
 PcfWriter field(const std::string& name, int32_t dataType, std::u16string defaultValue = u"") {
-  PcfWriter w;
-  w.text8(name).boolean(false).i32(1).i32(0).i32(0).i32(1).text16(defaultValue).boolean(false).boolean(true);
-  w.i32(0).i32(dataType);
-  if (dataType == 11) w.i32(0).i32(0).i32(0);
-  w.i32(0).text16(u"").text8("");
-  return w.count(0).boolean(false);
+  return testing::FieldRecord{.name = name, .minLength = 1, .defaultValue = defaultValue, .dataType = dataType}.write(kVersion);
 }
 
 PcfWriter compositeField(const std::string& name, int32_t compositeId, const PcfWriter& block, std::u16string defaultValue = u"") {
-  PcfWriter w;
-  w.text8(name).boolean(false).i32(0).i32(0).i32(0).i32(1).text16(defaultValue).boolean(false).boolean(true);
-  return w.i32(1).i32(compositeId).raw(block.bytes()).count(0).boolean(false);
+  return testing::FieldRecord{.name = name, .defaultValue = defaultValue, .compositeId = compositeId, .overrides = block.bytes()}.write(kVersion);
 }
 
 PcfWriter composite(const std::string& name, int32_t id, const std::vector<PcfWriter>& fields) {
@@ -137,41 +112,20 @@ const PcfWriter kEmptyBlock = std::move(PcfWriter().u16(0).i32(-1));
 // DEEP (composite, default "deep"), Y; DEEP: Z (of type zType).
 std::unique_ptr<MessageSetDefn> loadSet(const PcfWriter& block, int32_t bType = 1, int32_t zType = 4) {
   auto set = std::make_unique<MessageSetDefn>("SET");
-  PcfWriter table;
-  table.text8("Codes").i32(0);
-  {
-    const auto bytes = table.take();
-    std::istringstream source(std::string(bytes.begin(), bytes.end()));
-    DefinitionFile file(source);
-    auto codes = std::make_unique<ValidationTableDefn>();
-    codes->load(file, kVersion, false);
-    set->addValidationTable(std::move(codes));
-  }
+  auto codes = std::make_unique<ValidationTableDefn>();
+  testing::readExactly(PcfWriter().text8("Codes").i32(0).bytes(), [&](DefinitionFile& file) { codes->load(file, kVersion, false); });
+  set->addValidationTable(std::move(codes));
   PcfWriter all;
   all.raw(composite("HOLDER", 4, {compositeField("O", 1, block)}).bytes());
   all.raw(composite("OUTER", 1, {field("A", 4, u"a"), compositeField("MID", 2, kEmptyBlock), field("B", bType, u"#L")}).bytes());
   all.raw(composite("MID", 2, {field("X", 12), compositeField("DEEP", 3, kEmptyBlock, u"deep"), field("Y", 4)}).bytes());
   all.raw(composite("DEEP", 3, {field("Z", zType)}).bytes());
-  const auto bytes = all.take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
-  FieldUpdates updates;
-  std::vector<std::unique_ptr<CompositeDefn>> loaded;
-  for (int i = 0; i < 4; ++i) {
-    loaded.push_back(std::make_unique<CompositeDefn>());
-    loaded.back()->load(*set, file, kVersion, updates);
-  }
-  set->addComposites(std::move(loaded), updates);
+  testing::loadComposites(*set, all.bytes(), 4, kVersion);
   return set;
 }
 
 std::string applyFailure(const PcfWriter& block, int32_t bType = 1) {
-  try {
-    loadSet(block, bType);
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
+  return invalidFileMessage([&] { loadSet(block, bType); });
 }
 
 const CompositeFieldInstancesControl& controlOfO(const MessageSetDefn& set) {
@@ -323,12 +277,7 @@ TEST(FieldInstancesControlTest, ApplyFailures) {
     if (flags & 0x0004) w.text8(std::string(text.begin(), text.end()));
     return w.i32(-1);
   };
-  struct Case {
-    const char* what;
-    PcfWriter block;
-    int32_t bType;
-    std::string failure;
-  } cases[] = {
+  struct Case { const char* what; PcfWriter block; int32_t bType; std::string failure; } cases[] = {
       {"no flags", record(0, 0), 1, "Invalid flags for field instance"},
       {"count item", record(2, 0x0001, u"#12#x"), 1, "Invalid count item specified"},
       {"empty count item", record(2, 0x0001, u"#12#"), 12, "Invalid count item specified"},

@@ -11,12 +11,7 @@ namespace {
 
 TEST(FieldPathDefnTest, NumericOnlyWhenDigitsAndSlashesFollowTheFirstSlash) {
   const struct {
-    const char* text;
-    bool dotted;
-    bool numeric;
-    const char* name;
-    std::vector<int32_t> indexes;
-    const char* shown;
+    const char* text; bool dotted; bool numeric; const char* name; std::vector<int32_t> indexes; const char* shown;
   } cases[] = {
       {"S/9/1", false, true, "S", {9, 1}, "S.9.1"},
       {"S/NAME/1", false, false, "S/NAME/1", {}, "S/NAME/1"},

@@ -3,46 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <sstream>
 
 #include "compiler/PcfWriter.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/PcfMessages.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
 
 namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
-
-// A reader over bytes in memory; keeps the stream alive beside it.
-struct ByteReader {
-  explicit ByteReader(const std::vector<uint8_t>& bytes)
-      : source(std::string(bytes.begin(), bytes.end())), file(source) {}
-  std::istringstream source;
-  DefinitionFile file;
-};
-
-// The text of the InvalidFile the action throws, or "" when it throws none.
-std::string failureOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
-}
-
-std::string endFailure(const std::function<void(InputStream&)>& read, const std::vector<uint8_t>& bytes) {
-  ByteReader reader(bytes);
-  return failureOf([&] { read(reader.file); });
-}
+using testing::ByteReader;
+using testing::invalidFileMessage;
 
 TEST(InputStreamTest, CountTakesOneThreeOrSevenBytes) {
-  struct Case {
-    std::vector<uint8_t> bytes;
-    int value;
-  } cases[] = {
+  struct Case { std::vector<uint8_t> bytes; int value; } cases[] = {
       {{0}, 0},
       {{254}, 254},
       {{255, 0x00, 0xFF}, 255},
@@ -82,12 +56,11 @@ TEST(InputStreamTest, NumbersAreMostSignificantByteFirst) {
 
 TEST(InputStreamTest, AnyNonZeroByteIsTrue) {
   ByteReader reader({0, 1, 0x80, 0xFF});
-  bool values[4];
-  for (bool& v : values) reader.file.read(v);
-  EXPECT_FALSE(values[0]);
-  EXPECT_TRUE(values[1]);
-  EXPECT_TRUE(values[2]);
-  EXPECT_TRUE(values[3]);
+  for (const bool expected : {false, true, true, true}) {
+    bool value = !expected;
+    reader.file.read(value);
+    EXPECT_EQ(value, expected);
+  }
 }
 
 TEST(InputStreamTest, TextsAreCutAtTheFirstZeroButFullyConsumed) {
@@ -148,11 +121,7 @@ TEST(InputStreamTest, GuidIsThirtyTwoSixteenSixteenThenEightBytes) {
 }
 
 TEST(InputStreamTest, EveryFormFailsAtTheEndOfInput) {
-  struct Case {
-    const char* form;
-    std::function<void(InputStream&)> read;
-    std::vector<uint8_t> tooShort;
-  } cases[] = {
+  struct Case { const char* form; std::function<void(InputStream&)> read; std::vector<uint8_t> tooShort; } cases[] = {
       {"byte", [](InputStream& s) { s.readByte(); }, {}},
       {"i32", [](InputStream& s) { s.readInt(); }, {0, 0, 0}},
       {"u16", [](InputStream& s) { s.readU16(); }, {0}},
@@ -162,9 +131,10 @@ TEST(InputStreamTest, EveryFormFailsAtTheEndOfInput) {
       {"text8 body", [](InputStream& s) { std::string t; s.read(t); }, {0, 3, 'a', 'b'}},
       {"text16 body", [](InputStream& s) { std::u16string t; s.readWide(t); }, {0, 2, 0, 'a', 0}},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(endFailure(c.read, c.tooShort), messages::kUnexpectedEndOfInput) << c.form;
-  EXPECT_EQ(std::string(messages::kUnexpectedEndOfInput), "Unexpected end of input file");
+  for (const Case& c : cases) {
+    ByteReader reader(c.tooShort);
+    EXPECT_EQ(invalidFileMessage([&] { c.read(reader.file); }), messages::kUnexpectedEndOfInput) << c.form;
+  }
 }
 
 TEST(InputStreamTest, ReadsRunAcrossTheBufferBoundary) {
@@ -179,7 +149,7 @@ TEST(InputStreamTest, ReadsRunAcrossTheBufferBoundary) {
   reader.file.read(text);
   EXPECT_EQ(text, "boundary");
   EXPECT_EQ(reader.file.readInt(), 123456);
-  EXPECT_EQ(failureOf([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput);
+  EXPECT_EQ(invalidFileMessage([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput);
 }
 
 TEST(InputStreamTest, AFileOfExactlyOneBufferEndsCleanly) {
@@ -189,8 +159,8 @@ TEST(InputStreamTest, AFileOfExactlyOneBufferEndsCleanly) {
     std::vector<uint8_t> all(size);
     reader.file.readBytes(all.data(), size);
     EXPECT_EQ(all, bytes);
-    EXPECT_EQ(failureOf([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput) << size;
-    EXPECT_EQ(failureOf([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput) << "again";
+    EXPECT_EQ(invalidFileMessage([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput) << size;
+    EXPECT_EQ(invalidFileMessage([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput) << "again";
   }
 }
 

@@ -5,20 +5,17 @@
 #include <gtest/gtest.h>
 #include <yaml-cpp/yaml.h>
 
-#include <sstream>
-
 #include "compiler/CompileContext.h"
 #include "compiler/CompositeWriter.h"
 #include "compiler/MessageWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SegmentWriter.h"
 #include "compiler/StateTableWriter.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/SegmentFieldInstancesControl.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
 #include "tool/MessageJson.h"
 
 namespace vantrelia {
@@ -66,33 +63,26 @@ Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std:
   set->setId(1);
   for (const auto& path : typeFields) set->addMessageTypeField(path);
   loaded.set = &loaded.warehouse->addMessageSet(std::move(set));
-  const auto bytes = out.take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
   FieldUpdates updates;
-  for (size_t i = 0; i < segments.size(); ++i) {
-    auto segment = std::make_unique<SegmentDefn>();
-    segment->load(*loaded.set, file, version, updates);
-    loaded.set->addSegment(std::move(segment), updates);
-  }
   std::vector<MessageDefn*> deferred;
-  for (size_t i = 0; i < messages.size(); ++i) {
-    auto message = std::make_unique<MessageDefn>();
-    message->load(*loaded.set, file, version, deferred);
-    loaded.set->addMessage(std::move(message));
-  }
-  EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";
+  testing::readExactly(out.bytes(), [&](DefinitionFile& file) {
+    for (size_t i = 0; i < segments.size(); ++i) {
+      auto segment = std::make_unique<SegmentDefn>();
+      segment->load(*loaded.set, file, version, updates);
+      loaded.set->addSegment(std::move(segment), updates);
+    }
+    for (size_t i = 0; i < messages.size(); ++i) {
+      auto message = std::make_unique<MessageDefn>();
+      message->load(*loaded.set, file, version, deferred);
+      loaded.set->addMessage(std::move(message));
+    }
+  });
   for (MessageDefn* message : deferred) message->buildStateTables();
   return loaded;
 }
 
 std::string loadFailure(const std::string& yaml) {
-  try {
-    load(yaml);
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
+  return testing::invalidFileMessage([&] { load(yaml); });
 }
 
 // A table as one line per state: "key>target" for each transition, in order.
@@ -117,11 +107,7 @@ using Lines = std::vector<std::string>;
 
 TEST(MessageDefnTest, TypesBySetAndVersion) {
   struct Case {
-    std::string type;
-    int fields;
-    int version;
-    std::vector<std::u16string> types;
-    std::vector<bool> wild;
+    std::string type; int fields; int version; std::vector<std::u16string> types; std::vector<bool> wild;
   } cases[] = {
       {"ADT A01", 2, 883, {u"ADT", u"A01"}, {false, false}},
       {"ADT A01", 1, 883, {u"ADT A01"}, {false}},
@@ -204,11 +190,7 @@ messages: [{name: M, items: [{group: U, unordered: true, items: [{segment: A}, {
 }
 
 TEST(StateTableTest, BuiltStrictTables) {
-  struct Case {
-    const char* what;
-    std::string items;
-    Lines strict;
-  } cases[] = {
+  struct Case { const char* what; std::string items; Lines strict; } cases[] = {
       {"required then optional", "[{segment: A, required: true}, {segment: B}]", {"A>1", "B>2 $>3", "$>3", ""}},
       {"both optional", "[{segment: A}, {segment: B}]", {"A>1 B>2 $>3", "B>2 $>3", "$>3", ""}},
       {"repeats", "[{segment: A, required: true, maxRepeats: 0}, {segment: B, maxRepeats: 5}]",
@@ -276,10 +258,7 @@ messages:
 }
 
 TEST(StateTableTest, DistanceForms) {
-  struct Case {
-    std::vector<uint8_t> bytes;
-    int32_t distance;
-  } cases[] = {
+  struct Case { std::vector<uint8_t> bytes; int32_t distance; } cases[] = {
       {{0x7F}, ParseTransition::kNoDistance},
       {{0x7E}, 126},
       {{0xFF, 0x00, 0x7F}, 127},

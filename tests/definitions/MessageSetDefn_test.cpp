@@ -44,10 +44,7 @@ std::string loadFailure(const std::string& source) {
 }
 
 TEST(MessageSetDefnTest, MessageTypeFieldsAreMarkedRequired) {
-  struct Case {
-    const char* paths;
-    bool type, code, event, deepPart, ids, idsCode;
-  } cases[] = {
+  struct Case { const char* paths; bool type, code, event, deepPart, ids, idsCode; } cases[] = {
       {"[MSH/3]", true, false, false, false, false, false},
       {"[MSH.3.2]", false, false, true, false, false, false},
       {"[MSH/3/3/1]", false, false, false, true, false, false},
@@ -143,10 +140,7 @@ TEST(MessageSetDefnTest, SituationalDataThatAnnouncesNoRuleIsInvalid) {
   using compiler::PcfWriter;
   const auto noOverrides = PcfWriter().u16(0).i32(-1).bytes();
   ASSERT_EQ(testing::loadFailure(itemWithSituationalData(noOverrides)), "");
-  struct Case {
-    std::vector<uint8_t> data;
-    const char* failure;
-  } cases[] = {
+  struct Case { std::vector<uint8_t> data; const char* failure; } cases[] = {
       {PcfWriter().u16(0x0020).boolean(false).bytes(), "Invalid situational field instances data"},
       {PcfWriter().u16(0).i32(0).boolean(false).u16(0x0020).boolean(false).bytes(), "Invalid situational field instance data"},
       {PcfWriter().u16(0).i32(0).boolean(false).u16(0x0020).boolean(true).bytes(), "Situational rules are not supported yet"},

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <stdexcept>
 
 #include "compiler/DefinitionCompiler.h"
@@ -13,6 +12,7 @@
 #include "definitions/PcfMessages.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/MessageFactory.h"
+#include "support/DefinitionBytes.h"
 #include "support/PcfLoad.h"
 #include "support/TempDir.h"
 
@@ -20,6 +20,7 @@ namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
+using testing::invalidFileMessage;
 using testing::loadBytes;
 using testing::loadFailure;
 
@@ -39,11 +40,8 @@ PcfWriter emptyFile(int version) {
 }
 
 TEST(MessageWarehouseDefnTest, VersionAndHeaderChecks) {
-  struct Case {
-    const char* what;
-    std::vector<uint8_t> bytes;
-    std::string failure;  // "" for a file that loads
-  } cases[] = {
+  // failure: "" for a file that loads
+  struct Case { const char* what; std::vector<uint8_t> bytes; std::string failure; } cases[] = {
       {"oldest version", emptyFile(512).bytes(), ""},
       {"last version without header", emptyFile(865).bytes(), ""},
       {"first version with header", emptyFile(866).bytes(), ""},
@@ -183,14 +181,8 @@ TEST(MessageWarehouseDefnTest, AReloadReplacesTheDefinitionAndFlagsButKeepsSetti
 TEST(MessageWarehouseDefnTest, OpeningFailures) {
   testing::TempDir dir;
   MessageFactory factory;
-  for (const std::string& path : {dir.path("missing.pcf"), dir.path("")}) {
-    try {
-      factory.LoadDefinition(path);
-      ADD_FAILURE() << path << " loaded";
-    } catch (const InvalidFile& e) {
-      EXPECT_EQ(e.message, "Input file was not opened") << path;
-    }
-  }
+  for (const std::string& path : {dir.path("missing.pcf"), dir.path("")})
+    EXPECT_EQ(invalidFileMessage([&] { factory.LoadDefinition(path); }), "Input file was not opened") << path;
 }
 
 // A source that breaks in a way the reader doesn't know: its failure must reach the host as the
@@ -217,24 +209,15 @@ TEST(MessageWarehouseDefnTest, ForeignFailuresBecomeTheGeneralLoadError) {
       [] { throw std::bad_alloc(); },
       [] { throw 42; },
   };
-  for (const auto& failure : failures) {
+  const auto readFailure = [&](const std::function<void()>& failure) {
     FailingStream stream(start, failure);
     MessageWarehouseDefn warehouse;
-    try {
-      warehouse.read(stream);
-      ADD_FAILURE() << "read succeeded";
-    } catch (const InvalidFile& e) {
-      EXPECT_EQ(e.message, "Unexpected error occurred while loading parser control file");
-    }
-  }
+    return invalidFileMessage([&] { warehouse.read(stream); });
+  };
+  for (const auto& failure : failures)
+    EXPECT_EQ(readFailure(failure), "Unexpected error occurred while loading parser control file");
   // An InvalidFile from below passes unchanged.
-  FailingStream stream(start, [] { throw InvalidFile("from below"); });
-  MessageWarehouseDefn warehouse;
-  try {
-    warehouse.read(stream);
-  } catch (const InvalidFile& e) {
-    EXPECT_EQ(e.message, "from below");
-  }
+  EXPECT_EQ(readFailure([] { throw InvalidFile("from below"); }), "from below");
 }
 
 }  // namespace

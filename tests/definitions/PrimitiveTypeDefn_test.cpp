@@ -2,29 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "compiler/PcfWriter.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "foundation/BadParameter.h"
 #include "foundation/IllegalOperation.h"
+#include "support/DefinitionBytes.h"
 
 namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
 
-// Follows every record, so that a reader that takes too little or too much is caught.
-constexpr int32_t kSentinel = 0x5E5E5E5E;
-
 std::unique_ptr<PrimitiveTypeDefn> loadType(const PcfWriter& record, int version) {
-  const auto bytes = PcfWriter().raw(record.bytes()).i32(kSentinel).take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
   auto type = std::make_unique<PrimitiveTypeDefn>();
-  type->load(file, version);
-  EXPECT_EQ(file.readInt(), kSentinel) << "the record was read to its exact end";
+  testing::readExactly(record.bytes(), [&](DefinitionFile& file) { type->load(file, version); });
   return type;
 }
 
@@ -38,12 +29,7 @@ PcfWriter typeUpToExpression(std::vector<bool> separators, int32_t flags, std::u
 
 TEST(PrimitiveTypeDefnTest, RecordLayoutByVersionAndDerivedFlags) {
   struct Case {
-    const char* what;
-    int version;
-    PcfWriter record;
-    uint32_t flags;
-    int8_t start, end;
-    int allowedRanges, excludedRanges;
+    const char* what; int version; PcfWriter record; uint32_t flags; int8_t start, end; int allowedRanges, excludedRanges;
   } cases[] = {
       {"plain alias at 883 ends behind its flag", 883, std::move(PcfWriter().text8("T").i32(5).i32(4).boolean(true)), 0x02, -1, -1, 0, 0},
       {"853: no escapes, no ranges", 853, typeUpToExpression({}, 0, u"x"), 0, -1, -1, 0, 0},
@@ -107,11 +93,7 @@ TEST(CharacterRangesTest, TheFirstOffendingCharacterIsFound) {
   printable.add(true, u'"', u'"');
   CharacterRanges onlyExcluded;
   onlyExcluded.add(true, u'0', u'9');
-  struct Case {
-    const CharacterRanges& ranges;
-    std::u16string value;
-    std::optional<size_t> failure;
-  } cases[] = {
+  struct Case { const CharacterRanges& ranges; std::u16string value; std::optional<size_t> failure; } cases[] = {
       {printable, u"", std::nullopt},
       {printable, u" ~", std::nullopt},              // both ends of a range count
       {printable, u"ab\u00C0\u00FF", std::nullopt},  // the second allowed range

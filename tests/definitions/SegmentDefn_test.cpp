@@ -5,18 +5,17 @@
 #include <yaml-cpp/yaml.h>
 
 #include <optional>
-#include <sstream>
 
 #include "compiler/CompileContext.h"
 #include "compiler/FieldWriter.h"
 #include "compiler/PcfWriter.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentFieldInstancesControl.h"
 #include "foundation/BadParameter.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
+#include "support/DefinitionRecords.h"
 
 namespace vantrelia {
 namespace {
@@ -24,14 +23,9 @@ namespace {
 using compiler::PcfWriter;
 using Special = std::pair<int32_t, std::u16string>;
 
-constexpr int32_t kSentinel = 0x5E5E5E5E;
-
 // A variable field at 883 whose key index is given as is, which the field writer can't produce.
 PcfWriter variableField(int32_t keyIndex) {
-  PcfWriter w;
-  w.text8("V").boolean(false).i32(0).i32(0).i32(0).i32(1).text16(u"").boolean(false).boolean(true);
-  w.i32(0).i32(11).i32(keyIndex).i32(0).i32(0).i32(0).text16(u"").text8("").count(0).boolean(false);
-  return w;
+  return testing::FieldRecord{.name = "V", .dataType = 11, .variable = PcfWriter().i32(keyIndex).i32(0).i32(0).take()}.write(883);
 }
 
 struct SegmentBytes {
@@ -72,39 +66,25 @@ struct SegmentBytes {
         if (nameValue->first == qxSepString) w.text16(nameValue->second);
       }
     }
-    return w.i32(kSentinel).take();
+    return w.take();
   }
 };
 
 const SegmentDefn& load(MessageSetDefn& set, const SegmentBytes& record, int version) {
-  const auto bytes = record.write(version);
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
   FieldUpdates updates;
   auto segment = std::make_unique<SegmentDefn>();
-  segment->load(set, file, version, updates);
-  EXPECT_EQ(file.readInt(), kSentinel) << "the record was not read to its end";
+  testing::readExactly(record.write(version), [&](DefinitionFile& file) { segment->load(set, file, version, updates); });
   return set.addSegment(std::move(segment), updates);
 }
 
 std::string loadFailure(const SegmentBytes& record, int version) {
   MessageSetDefn set("SET");
-  try {
-    load(set, record, version);
-  } catch (const InvalidFile& e) {
-    return e.message;
-  }
-  return "";
+  return testing::invalidFileMessage([&] { load(set, record, version); });
 }
 
 TEST(SegmentDefnTest, RecordByVersion) {
-  struct Case {
-    int version;
-    std::u16string tag;
-    std::u16string heldTag;
-    uint32_t flags;  // the file's word is 0x10; the indicator adds 0x02 from 865, name-value pairs 0x04 from 866
-    ESegmentType type;
-  } cases[] = {
+  // flags: the file's word is 0x10; the indicator adds 0x02 from 865, name-value pairs 0x04 from 866
+  struct Case { int version; std::u16string tag; std::u16string heldTag; uint32_t flags; ESegmentType type; } cases[] = {
       {512, u"", u"S", 0x00, qxSegTypeNormal},    {516, u"", u"S", 0x00, qxSegTypeNormal},
       {517, u"", u"", 0x00, qxSegTypeNormal},     {856, u"T", u"T", 0x00, qxSegTypeNormal},
       {857, u"T", u"T", 0x10, qxSegTypeNormal},   {865, u"T", u"T", 0x12, qxSegTypeFieldPresenceIndicator},
@@ -145,12 +125,9 @@ TEST(SegmentDefnTest, RecordByVersion) {
 }
 
 TEST(SegmentDefnTest, VariableKeys) {
+  // variableFlags: of the first variable field, at index 2
   struct Case {
-    const char* fields;
-    int version;
-    uint32_t fileFlags;
-    std::map<int32_t, int32_t> keys;
-    uint32_t variableFlags;  // of the first variable field, at index 2
+    const char* fields; int version; uint32_t fileFlags; std::map<int32_t, int32_t> keys; uint32_t variableFlags;
   } cases[] = {
       // The key behind the field gives 0x04; a second field ruled by the same key isn't recorded.
       {"[{name: A}, {name: B}, {name: V, dataType: variable, variable: {keyField: F}}, {name: D}, {name: E}, {name: F},"

@@ -29,10 +29,7 @@ TEST(SegmentTagMapTest, MatchStreamTakesTheLongestTag) {
   map.add(u"ABC", abc);
   map.add(u"AB", ab);
   map.add(u"", untagged);
-  struct Case {
-    std::u16string text;
-    const SegmentDefn* found;
-  } cases[] = {
+  struct Case { std::u16string text; const SegmentDefn* found; } cases[] = {
       {u"ABCD", &abc}, {u"ABX", &ab}, {u"AB", &ab},  // too short for ABC: that length is skipped
       {u"A", nullptr}, {u"", nullptr},  // the untagged entry is never the answer
       {u"XABC", nullptr}, {u"abc", nullptr},

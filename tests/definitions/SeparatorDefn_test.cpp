@@ -3,13 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "compiler/PcfWriter.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/SeparatorDefn.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
 
 namespace vantrelia {
 namespace {
@@ -35,23 +32,13 @@ void load(SeparatorDefn& separator, const Record& r, int version) {
   if (version >= 864) w.boolean(r.variable);
   if (version >= 864 && r.variable) w.text8(r.initiator).text8(r.terminator);
   if (version >= 867 && r.variable) w.text8(r.terminatorReplacement);
-  w.byte(0x7A);
-  std::istringstream source(std::string(w.bytes().begin(), w.bytes().end()));
-  DefinitionFile file(source);
-  separator.load(file, version);
-  EXPECT_EQ(file.readByte(), 0x7A) << "record of kind " << r.kind << " at version " << version;
+  SCOPED_TRACE(::testing::Message() << "record of kind " << r.kind << " at version " << version);
+  testing::readExactly(w.bytes(), [&](DefinitionFile& file) { separator.load(file, version); });
 }
 
 TEST(SeparatorDefnTest, FlagsByKindStyleAndVersion) {
   EXPECT_EQ(SeparatorDefn().getFlags(), 0x21u) << "a separator no record touches";
-  const struct {
-    int version;
-    int32_t kind;
-    const char* value;
-    const char* path;
-    int32_t style;
-    uint32_t flags;
-  } cases[] = {
+  const struct { int version; int32_t kind; const char* value; const char* path; int32_t style; uint32_t flags; } cases[] = {
       {784, 0, "|", "", 0, 0x12},      {784, 0, "|", "", 1, 0x22},    {784, 0, "|", "", 2, 0x42},
       {883, 0, "|", "", 3, 0x72},      {883, 0, "|", "", 9, 0x02},    {883, 0, "|", "", -1, 0x02},
       {883, 0, "", "", 1, 0x21},       {883, 0, "", "", 2, 0x41},     {883, 1, "^", "MSH.2", 1, 0x24},
@@ -98,12 +85,7 @@ TEST(SeparatorDefnTest, KindOneWithoutPathKeepsItsReplacementOnlyWithAValue) {
 TEST(SeparatorDefnTest, VariableFormByVersion) {
   const Record variable{.value = "/", .replacement = "\\R\\", .variable = true, .initiator = "(", .terminator = ")",
                         .terminatorReplacement = "\\T\\"};
-  const struct {
-    int version;
-    uint32_t flags;
-    const char16_t* initiator;
-    const char16_t* terminatorReplacement;
-  } cases[] = {
+  const struct { int version; uint32_t flags; const char16_t* initiator; const char16_t* terminatorReplacement; } cases[] = {
       {863, 0x22, u"", u"\\R\\"},  // no variable flag is read yet
       {864, 0xA2, u"(", u""},      // variable, but no terminator replacement yet
       {866, 0xA2, u"(", u""},
@@ -120,12 +102,8 @@ TEST(SeparatorDefnTest, VariableFormByVersion) {
 
 TEST(SeparatorDefnTest, VariableFromFieldFailsOnlyWithAPath) {
   SeparatorDefn separator;
-  try {
-    load(separator, {.kind = 1, .value = "^", .path = "MSH.2", .variable = true}, 864);
-    ADD_FAILURE() << "a variable separator from a field loaded";
-  } catch (const InvalidFile& e) {
-    EXPECT_EQ(e.message, messages::kVariableSeparatorFromField);
-  }
+  EXPECT_EQ(testing::invalidFileMessage([&] { load(separator, {.kind = 1, .value = "^", .path = "MSH.2", .variable = true}, 864); }),
+            messages::kVariableSeparatorFromField);
   load(separator, {.kind = 1, .value = "^", .variable = true}, 864);
   EXPECT_EQ(separator.getFlags(), 0xA2u) << "an empty path has already cleared the field flag";
 }

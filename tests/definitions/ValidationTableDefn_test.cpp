@@ -2,39 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "compiler/PcfWriter.h"
-#include "definitions/DefinitionFile.h"
 #include "definitions/ValidationErrorSettingDefn.h"
 #include "definitions/ValidationTableDefn.h"
-#include "foundation/InvalidFile.h"
+#include "support/DefinitionBytes.h"
 
 namespace vantrelia {
 namespace {
 
 using compiler::PcfWriter;
 
-constexpr int32_t kSentinel = 0x5E5E5E5E;
-
 // Loads a table from the bytes and checks that exactly they were read.
 ValidationTableDefn loadTable(const PcfWriter& record, int version, bool hasDescriptions) {
-  const auto bytes = PcfWriter().raw(record.bytes()).i32(kSentinel).take();
-  std::istringstream source(std::string(bytes.begin(), bytes.end()));
-  DefinitionFile file(source);
   ValidationTableDefn table;
-  table.load(file, version, hasDescriptions);
-  EXPECT_EQ(file.readInt(), kSentinel);
+  testing::readExactly(record.bytes(), [&](DefinitionFile& file) { table.load(file, version, hasDescriptions); });
   return table;
 }
 
 TEST(ValidationTableDefnTest, EntryFormsByVersionAndDescriptionFlag) {
+  // entries: "M" and one more
   struct Case {
-    const char* what;
-    int version;
-    bool hasDescriptions;
-    PcfWriter entries;  // "M" and one more
-    std::u16string second, description;
+    const char* what; int version; bool hasDescriptions; PcfWriter entries; std::u16string second, description;
   } cases[] = {
       {"byte texts before 832 widen by sign", 831, false, std::move(PcfWriter().text8w(u"M").text8("\xE9")), u"\uFFE9", u""},
       {"16-bit texts from 832", 832, false, std::move(PcfWriter().text16(u"M").text16(u"\u0141")), u"\u0141", u""},
@@ -63,18 +51,14 @@ TEST(ValidationTableDefnTest, ContainsComparesWholeValuesUnitByUnit) {
 
 TEST(ValidationErrorSettingDefnTest, SeveritiesAboveWarningFailTheLoad) {
   for (const uint8_t severity : {0, 1, 2, 3, 255}) {
-    const auto bytes = PcfWriter().i32(1043).byte(severity).take();
-    std::istringstream source(std::string(bytes.begin(), bytes.end()));
-    DefinitionFile file(source);
+    SCOPED_TRACE(int(severity));
     ValidationErrorSettingDefn setting;
-    try {
-      setting.load(file);
-      EXPECT_LE(severity, 2) << "severity " << int(severity) << " loaded";
+    const std::string failure = testing::invalidFileMessage(
+        [&] { testing::readExactly(PcfWriter().i32(1043).byte(severity).bytes(), [&](DefinitionFile& file) { setting.load(file); }); });
+    EXPECT_EQ(failure, severity > 2 ? "Validation error type unknown" : "");
+    if (severity <= 2) {
       EXPECT_EQ(setting.getErrorNumber(), 1043);
       EXPECT_EQ(setting.getErrorType(), static_cast<EVErrType>(severity));
-    } catch (const InvalidFile& e) {
-      EXPECT_GT(severity, 2);
-      EXPECT_EQ(e.message, "Validation error type unknown");
     }
   }
 }

@@ -6,15 +6,16 @@
 #include <sstream>
 
 #include "compiler/CompileContext.h"
-#include "compiler/CompileError.h"
 #include "compiler/CompositeWriter.h"
 #include "compiler/DefinitionCompiler.h"
 #include "compiler/PcfWriter.h"
+#include "compiler/SegmentWriter.h"
 #include "compiler/TypeWriter.h"
 #include "compiler/Utf8.h"
 #include "compiler/ValidationTableWriter.h"
 #include "definitions/DefinitionFile.h"
 #include "foundation/InvalidFile.h"
+#include "support/CompilerTesting.h"
 
 namespace vantrelia::testing {
 
@@ -31,14 +32,16 @@ std::unique_ptr<CompiledComposites> compileComposites(const std::string& yaml, i
   for (const auto& table : tables) context.declareValidationTable(table.text("name", ""));
   const auto composites = root.records("composites", "composite");
   CompositeWriter::declare(composites, context);
-  // The file around the set: the same types, and every user-data key that the composites declared.
+  const auto segments = root.records("segments", "segment");
+  SegmentWriter::declare(segments, context);
+  // The file around the set: the same types, and every user-data key that the records declared.
   YAML::Node head = YAML::Clone(root.yaml());
-  head.remove("composites");
-  head.remove("validationTables");
+  for (const char* key : {"composites", "segments", "validationTables"}) head.remove(key);
   for (const auto& key : context.userDataKeys()) head["userDataKeys"].push_back(wideToUtf8(key));
   PcfWriter body;
   for (const auto& table : tables) ValidationTableWriter::write(table, context, body, false);
   for (const auto& composite : composites) CompositeWriter::write(composite, context, body);
+  for (const auto& segment : segments) SegmentWriter::write(segment, context, body);
 
   auto compiled = std::make_unique<CompiledComposites>();
   const auto headBytes = DefinitionCompiler::compile(YAML::Dump(head), {version});
@@ -57,18 +60,19 @@ std::unique_ptr<CompiledComposites> compileComposites(const std::string& yaml, i
   FieldUpdates updates;
   std::vector<std::unique_ptr<CompositeDefn>> loaded(composites.size());
   for (auto& composite : loaded) (composite = std::make_unique<CompositeDefn>())->load(*compiled->set, file, version, updates);
-  EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";
   compiled->set->addComposites(std::move(loaded), updates);
+  for (size_t i = 0; i < segments.size(); ++i) {
+    auto segment = std::make_unique<SegmentDefn>();
+    segment->load(*compiled->set, file, version, updates);
+    compiled->set->addSegment(std::move(segment), updates);
+  }
+  EXPECT_TRUE(updates.empty()) << "overrides left without a field";
+  EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";
   return compiled;
 }
 
 std::string compositeCompileFailure(const std::string& yaml, int version) {
-  try {
-    compileComposites(yaml, version);
-  } catch (const CompileError& e) {
-    return e.what();
-  }
-  return "";
+  return compileError([&] { compileComposites(yaml, version); });
 }
 
 }  // namespace vantrelia::testing

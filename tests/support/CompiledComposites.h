@@ -1,7 +1,7 @@
 #pragma once
-// Composites and validation tables written at the top of a test source, compiled by the set's
-// own writers and read back by the engine's readers, without the rest of a message set around
-// them: errors keep the line numbers of the test's own text.
+// Composites, segments and validation tables written at the top of a test source, compiled by the
+// set's own writers and read back by the engine's readers, without the rest of a message set
+// around them: errors keep the line numbers of the test's own text.
 
 #include <memory>
 #include <stdexcept>
