@@ -214,8 +214,9 @@ const char16_t* StringParserStream::cutToken(SeparatorTrieNode& root, ParserToke
     const char16_t* scan;
     if (endsInForce(node, SeparatorTrieNode::kStartEscape, level)) {
       // Up to the end-escape mark the text belongs to the token, whatever it holds, unless a
-      // separator comes first. Without an end mark the token stops before the start mark.
-      const char16_t* from = walk.matchedEnd;
+      // separator comes first. Without an end mark the token stops before the start mark. The
+      // end mark is looked for from the start mark's last character on, so the two may overlap.
+      const char16_t* from = walk.matchedEnd - 1;
       for (;;) {
         const SeparatorTrieNode::Candidate next = root.findCandidate(from, end);
         if (next.position == end) return candidate;

