@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <span>
 
 namespace vantrelia {
@@ -11,7 +12,7 @@ class InternalElement;
 class ElementContainer {
  public:
   virtual int getChildCount() = 0;
-  virtual std::span<InternalElement*> getChildArray() = 0;
+  virtual std::span<const std::unique_ptr<InternalElement>> getChildArray() = 0;
   virtual ~ElementContainer() = default;
 };
 

@@ -56,6 +56,22 @@ inline constexpr const char* kNoClosingBracketInIndex = "Could not find closing 
 inline constexpr const char* kMessageTypeNullOrEmpty = "Message type is null or empty";
 inline constexpr const char* kMessageTypeNotFound = "Message type %s not found";
 inline constexpr const char* kInvalidSeparator = "Invalid separator specified";
-inline constexpr const char* kErrorNumberOutOfRange = "Specified error number is out of the valid range";
+
+// Count operations that a node kind can't answer.
+inline constexpr const char* kCannotCountFields = "Cannot count fields";
+inline constexpr const char* kCannotCountComposites = "Cannot count composites";
+inline constexpr const char* kInvalidPathInCountItem = "Invalid path in count item";
+inline constexpr const char* kGroupCountOfSegment = "Group count cannot count segments";
+inline constexpr const char* kMessageCountOfSegment = "Message count cannot count segments";
+inline constexpr const char* kNoItemsInSegmentGroup = "No items in segment group";
+
+// Values of fields.
+inline constexpr const char* kSetBinaryOnPrimitiveBinaryOnly =
+    "setValue(const unsigned char*, int) may only be called on primitive binary fields";
+inline constexpr const char* kNegativeBinaryLength = "The length of the binary field data may not be negative";
+inline constexpr const char* kBinaryValueOfComposite = "Cannot set the binary value of a composite field";
+
+// Whole-message text is read by the message parser, which this build doesn't have yet.
+inline constexpr const char* kMessageParsingUnavailable = "Parsing the text of a whole message isn't available yet";
 
 }  // namespace vantrelia::messages

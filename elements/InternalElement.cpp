@@ -1,6 +1,14 @@
 #include "elements/InternalElement.h"
 
+#include <algorithm>
+
+#include "definitions/FieldPathDefn.h"
+#include "definitions/SeparatorDefn.h"
+#include "elements/ElementMessages.h"
+#include "foundation/BadParameter.h"
+#include "parsing/SeparatorList.h"
 #include "validation/ValidationErrorList.h"
+#include "validation/ValidationErrorNumbers.h"
 
 namespace vantrelia {
 
@@ -24,6 +32,58 @@ std::string InternalElement::getPath() {
   std::string text;
   appendPath(text);
   return text;
+}
+
+std::u16string InternalElement::getSeparatorValue(ESeparatorType separator) {
+  return std::u16string(getSeparatorList()->getSeparatorValue(separator));
+}
+
+void InternalElement::setSeparatorValue(ESeparatorType separator, std::u16string_view text) {
+  if (separator < 0 || separator >= SeparatorList::kSeparatorSlots) throw BadParameter(messages::kInvalidSeparator);
+  SeparatorList& list = *getSeparatorList();
+  list.setSeparatorValue(separator, text);
+
+  // A separator that a header field carries is written into that field too, over the characters
+  // from its position up to the next separator of the same field.
+  const FieldPathDefn& path = list.getFieldLocation(separator);
+  if (path.getName().length() == 0) return;
+  MessageElement* element = getElementAt(path.getName().c_str());
+  for (const int32_t step : path.getIndexes()) element = element->getElementAt(step - 1);
+  if (element->getNodeType() != qxPrimitive) return;
+
+  const int32_t position = list.getPosition(separator);
+  if (position < 0) return;
+  int32_t end = position + 1;
+  bool found = false;
+  for (int32_t other = 0; other < SeparatorList::kSeparatorSlots; ++other) {
+    if (other == separator) continue;
+    const FieldPathDefn& otherPath = list.getFieldLocation(other);
+    if (otherPath.getName() != path.getName() || otherPath.getIndexes() != path.getIndexes()) continue;
+    const int32_t otherPosition = list.getPosition(other);
+    if (otherPosition > position && (!found || otherPosition < end)) {
+      end = otherPosition;
+      found = true;
+    }
+  }
+  std::u16string value = element->getValue();
+  const std::u16string_view filler = list.getSeparatorValue(qxSepFiller);
+  if (value.size() < static_cast<size_t>(position) + 1) {
+    value.resize(static_cast<size_t>(position) + 1, filler.empty() ? u' ' : filler.front());
+  }
+  const size_t rangeEnd = std::min(value.size(), static_cast<size_t>(end));
+  value.replace(static_cast<size_t>(position), rangeEnd - static_cast<size_t>(position), text);
+  element->setValue(std::u16string_view(value));
+}
+
+EMetaVErrSettingType InternalElement::getValidationErrorSettingType(int errorNumber) {
+  checkErrorNumber(errorNumber);
+  return getSeparatorList()->getValidationErrorSetting(errorNumber);
+}
+
+void InternalElement::setValidationErrorSettingType(int errorNumber, EMetaVErrSettingType type) {
+  checkErrorNumber(errorNumber);
+  SeparatorList& list = *getSeparatorList();
+  if (list.getValidationErrorSetting(errorNumber) != type) list.setValidationErrorSetting(errorNumber, type);
 }
 
 bool InternalElement::isRequired() { return false; }

@@ -31,6 +31,12 @@ class InternalElement : public MessageElement {
   MessageElement* getParent() override;
   int getElementIndex() override;
   std::string getPath() override;
+  // Every node reads and changes the separators and severities of the list in force for it; a
+  // separator carried by a header field is also written into that field.
+  std::u16string getSeparatorValue(ESeparatorType separator) override;
+  void setSeparatorValue(ESeparatorType separator, std::u16string_view text) override;
+  EMetaVErrSettingType getValidationErrorSettingType(int errorNumber) override;
+  void setValidationErrorSettingType(int errorNumber, EMetaVErrSettingType type) override;
 
   // Whether the slot at this definition index holds a node; never creates one.
   virtual bool isChildPresent(int index) = 0;

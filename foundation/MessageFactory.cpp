@@ -4,10 +4,14 @@
 #include <map>
 #include <string_view>
 
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "elements/MessageElement.h"
+#include "elements/MessageImpl.h"
 #include "foundation/BadParameter.h"
 #include "foundation/FoundationMessages.h"
+#include "foundation/TextCompare.h"
 #include "foundation/TextConversion.h"
 
 namespace vantrelia {
@@ -128,9 +132,31 @@ MessageFactory::~MessageFactory() = default;
 
 void MessageFactory::LoadDefinition(const std::string& path) { warehouse->load(path); }
 
-std::unique_ptr<MessageElement> MessageFactory::CreateMessage(const std::string&) {
-  // Message trees come with the element tree; until then no name finds a message.
-  return nullptr;
+std::unique_ptr<MessageElement> MessageFactory::CreateMessage(const std::string& name) {
+  const MessageDefn* found = nullptr;
+  const size_t cut = name.find_first_of("./");
+  const auto findIn = [&](const MessageSetDefn& set, std::string_view messageName) {
+    for (const auto& message : set.getMessages()) {
+      if (equalIgnoringCase(message->getName().view(), messageName)) return message.get();
+    }
+    return static_cast<MessageDefn*>(nullptr);
+  };
+  if (cut != std::string::npos) {
+    const std::string_view setName = std::string_view(name).substr(0, cut);
+    for (const auto& set : warehouse->getMessageSets()) {
+      if (!equalIgnoringCase(set->getName().view(), setName)) continue;
+      found = findIn(*set, std::string_view(name).substr(cut + 1));
+      break;
+    }
+  } else {
+    for (const auto& set : warehouse->getMessageSets()) {
+      if ((found = findIn(*set, name))) break;
+    }
+  }
+  if (!found) return nullptr;
+  auto message = std::make_unique<MessageImpl>(*found, nullptr, 0);
+  message->setCreated(true);
+  return message;
 }
 
 std::unique_ptr<MessageElement> MessageFactory::Parse(const char16_t*) {

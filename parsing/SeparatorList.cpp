@@ -720,7 +720,8 @@ void SeparatorList::writeSeparator(int32_t position, int32_t index) {
       pendingLast = index;
     }
   }
-  if (position == kWriteTerminator && (flags & SeparatorDefn::kTerminator)) flushPending();
+  // A terminator goes out at once, so that the last item of a text keeps it.
+  if ((position & kWriteTerminator) && (flags & SeparatorDefn::kTerminator)) flushPending();
   checkOutputTail = false;
 }
 

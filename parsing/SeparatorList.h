@@ -31,6 +31,7 @@ class FieldPathDefn;
 class MessageDefn;
 class MessageSetDefn;
 class PrimitiveTypeDefn;
+class SegmentDefn;
 struct ParserToken;
 
 // What the list needs to know of a field element while reading its value or checking it. The
@@ -153,6 +154,20 @@ class SeparatorList {
   // count children. childIndex tells the child index of a named child, -1 for none.
   void markKnownForChildren(std::string_view path, int32_t count,
                             const std::function<int32_t(std::string_view)>& childIndex);
+  // Before text is parsed into a node or a node is written on its own: the separators that the
+  // headers of the set before that node carry count as known. A header named like `segmentDefn`
+  // ends the walk; with a positive `childCount` the separators of its first children count too.
+  void settleHeadersBefore(const MessageSetDefn* setDefn, const SegmentDefn* segmentDefn, int32_t childCount);
+  // Whether the text at the cursor begins with the separator of a level outside the innermost
+  // `innerLevels` ones: the end of what those levels read. A carriage return and line feed that
+  // stand for a separator count only for that separator.
+  bool atOuterSeparator(ParserStream& stream, int32_t innerLevels) const;
+  // Back to the slots as restoreForItem saved them: what writing an item of a created message
+  // changed is undone.
+  void restoreSavedSlots();
+  // The end of a walk over a tree: a separator the walk never read takes the definition's texts,
+  // and the list no longer waits for the wire.
+  void finishWalk();
   // Before the item called name is read again: separators of the items before it get back what
   // was read for them; those taken from fields are otherwise forgotten.
   void restoreForItem(const MessageDefn& messageDefn, std::string_view name);

@@ -1,0 +1,136 @@
+#include "elements/FieldImpl.h"
+
+#include "definitions/FieldDefn.h"
+#include "definitions/FieldPathDefn.h"
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "elements/FactorySettings.h"
+#include "elements/SegmentImplBase.h"
+#include "foundation/TextCompare.h"
+#include "parsing/SeparatorList.h"
+
+namespace vantrelia {
+
+std::unique_ptr<MessageElement> FieldImpl::clone() { return cloneWithParent(parent); }
+
+std::unique_ptr<InternalElement> FieldImpl::cloneWithParent(InternalElement* newParent) {
+  auto copy = std::make_unique<FieldImpl>(*fieldDefn, newParent, index, fieldSeparator);
+  copyValueInto(*copy);
+  return copy;
+}
+
+void FieldImpl::validateInto(SeparatorList&, ValidationErrorList&, bool, ValidationLocation&, bool) {}
+
+namespace {
+
+// The type text that a created message carries in a message type field, when this field is one.
+std::u16string messageTypeValue(FieldBase& field) {
+  SegmentImplBase* owner = field.getOwner();
+  if (!owner || !owner->getItemDefn()) return {};
+  const MessageDefn& message = owner->getItemDefn()->getMessage();
+  const MessageSetDefn& set = message.getSet();
+  const std::vector<int32_t>& location = field.getLocationValues();
+  const std::vector<FieldPathDefn>& typeFields = set.getMessageTypeFields();
+  for (size_t i = 0; i < typeFields.size() && i < message.getTypes().size(); ++i) {
+    const FieldPathDefn& path = typeFields[i];
+    bool same = false;
+    if (path.isNumeric()) {
+      same = equalIgnoringCase(path.getName().view(), owner->getSegmentDefn().getName().view()) &&
+             path.getIndexes().size() == location.size();
+      for (size_t k = 0; same && k < location.size(); ++k) same = path.getIndexes()[k] == location[k] + 1;
+    } else {
+      // A path by names: the segment's name, then the name of each field on the way down.
+      std::string names(owner->getSegmentDefn().getName().view());
+      const FieldListDefn* list = &owner->getSegmentDefn();
+      for (const int32_t step : location) {
+        if (!list || step >= list->getFieldCount()) break;
+        const FieldDefn& defn = list->getField(step);
+        names += '/';
+        names += defn.getName().view();
+        list = defn.getComposite();
+      }
+      same = equalIgnoringCase(names, path.getName().view());
+    }
+    if (same) return message.getTypes()[i].str();
+  }
+  return {};
+}
+
+}  // namespace
+
+bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize, int32_t&) {
+  const bool required = isRequired();
+  bool fixed = false;
+  if (!mayOmitFill || required) {
+    fixed = !list.isSeparatorActive(SeparatorList::kCurrent) || list.isLevelFixedWidth();
+  }
+  const bool calculated =
+      (fieldDefn->getFlags() & FieldDefn::kEquationValue) && parent && parent->hasCalculatedValue(index);
+  const int32_t base = getBaseType();
+  const MessageSetDefn* set = getMessageSetDefn();
+  const WarehouseSettings& settings = FactorySettings::of(set);
+
+  std::u16string text;
+  const std::u16string marker = nullText();
+  if (isNull() && !marker.empty()) {
+    text = marker;
+  } else if (isEmpty() && getCountKind() == 0 && !calculated && !minimize) {
+    if (required) text = messageTypeValue(*this);
+    if (text.empty() && (required || (settings.flags & qxOutputDefaultValuesForOptionalFields))) {
+      const WideText& defaultText = getDefaultValue();
+      if (!defaultText.empty()) text = list.encodeValue(defaultText.view(), base);
+    }
+    // A value that the definition writes with its own separators follows the message's.
+    if (!text.empty()) text = list.translateValue(text);
+  } else if (!isEmpty() || getCountKind() != 0 || calculated) {
+    if (isEncodedBinary()) {
+      // Binary encodings on the wire arrive with their encoder.
+      text = value.str();
+    } else {
+      const bool recount = settings.forceCountUpdate && getCountKind() != 0;
+      text = minimize && !recount ? getEncodedValueNoTouch() : currentValue();
+      if (base != FieldDefn::kRawBinary) text = list.encodeValue(text, base);
+    }
+  }
+
+  const int32_t maximum = getMaxLength();
+  if (settings.truncateFieldsToMaxLength && !measuring && maximum > 0 && text.size() > static_cast<size_t>(maximum)) {
+    text.resize(static_cast<size_t>(maximum));
+  }
+  if (text.empty() && !fixed) return false;
+
+  const int32_t minimum = getMinLength();
+  const int32_t alignment = fieldDefn->getAlignment();
+  if (fixed && maximum != 0 && text.size() > static_cast<size_t>(maximum)) {
+    text.resize(static_cast<size_t>(maximum));
+  } else if (alignment == qxZeroMin || alignment == qxZeroMax) {
+    const int32_t width = alignment == qxZeroMax || fixed ? maximum : minimum;
+    const size_t sign = !text.empty() && (text.front() == u'+' || text.front() == u'-') ? 1 : 0;
+    if (width > 0 && text.size() < static_cast<size_t>(width)) {
+      text.insert(sign, static_cast<size_t>(width) - text.size(), u'0');
+    }
+  } else if (base != FieldDefn::kRawBinary) {
+    int32_t effective = alignment;
+    if (fixed) {
+      effective = (alignment == qxRight || alignment == qxRightMin || alignment == qxRightMax) ? qxRightMax : qxLeftMax;
+    }
+    const int32_t width = (effective == qxLeftMin || effective == qxRightMin)   ? minimum
+                          : (effective == qxLeftMax || effective == qxRightMax) ? maximum
+                                                                                : 0;
+    const std::u16string_view filler = list.getSeparatorValue(qxSepFiller);
+    if (width > 0 && text.size() < static_cast<size_t>(width) && !filler.empty()) {
+      const size_t missing = static_cast<size_t>(width) - text.size();
+      if (effective == qxLeftMin || effective == qxLeftMax) {
+        text.append(missing, filler.front());
+      } else {
+        text.insert(0, missing, filler.front());
+      }
+    }
+  }
+  list.writeData(text);
+  return true;
+}
+
+}  // namespace vantrelia

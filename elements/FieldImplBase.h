@@ -1,0 +1,70 @@
+#pragma once
+// A field that holds one value: text, null, or (in a binary field) bytes. How the value is set,
+// read, taken from wire text and handed out; FieldImpl and CustomFieldImpl add the writers.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "elements/FieldBase.h"
+#include "elements/FieldText.h"
+
+namespace vantrelia {
+
+class FieldImplBase : public FieldBase {
+ public:
+  FieldImplBase(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index, ESeparatorType fieldSeparator);
+  ~FieldImplBase() override;
+
+  MessageElement* getElementAt(const char* path) override;
+  MessageElement* getElementAt(int index) override;
+  int getElementCount() override { return 0; }
+  ElementCollection getElementCollection(const char* spec) override;
+  void setEmpty() override;
+  bool isEmpty() override;
+  void setNull() override;
+  bool isNull() override { return getFlag(kNull); }
+  std::u16string_view setEncodedValue(std::u16string_view text) override;
+  std::u16string getEncodedValue() override;
+  void setValue(const unsigned char* bytes, int length) override;
+  void setValue(std::u16string_view text) override;
+  std::u16string getValue() override;
+  std::vector<unsigned char> getBinaryValue() override;
+
+  bool isChildRepeating(int) override { return false; }
+  bool parseElement(ParserStream& stream, RecordedErrors& errors, uint32_t& endKind,
+                    ValidationLocation& location) override;
+  std::u16string getEncodedValueNoTouch() override;
+
+  // What a parse hands the field: the text of its token. With `stable`, the text outlives the
+  // field (it lies in the segment's source text) and is kept as a view.
+  void readValue(std::u16string_view token, bool stable);
+  // The value as it is stored, with no default, count or formatting applied.
+  std::u16string_view storedValue() const { return value.view(); }
+  bool isBinaryField() const;
+  // A binary field whose wire form is an encoding (Base64, uuencode, hex), not raw units.
+  bool isEncodedBinary() const;
+  // The data type that decides the value's form: for a variable field, the type chosen at run time.
+  virtual int32_t getBaseType() const;
+
+ protected:
+  // The text getValue gives: null text, count, calculation, stored value or default.
+  std::u16string currentValue();
+  void normalizeFormatted();
+  void updateLengthField();
+  // Takes off the zeros or filler that the alignment put around a value read from the wire.
+  void trimForAlignment(SeparatorList* list);
+  // Done after every change by the host: the change marks and the notice to a variable type's key.
+  void valueChanged();
+  void copyValueInto(FieldImplBase& copy) const;
+  std::u16string nullText();
+
+  uint8_t measuring = 0;
+  ESeparatorType fieldSeparator;
+  FieldText value;
+  std::unique_ptr<std::vector<unsigned char>> binaryValue;
+};
+
+}  // namespace vantrelia

@@ -1,0 +1,186 @@
+#include "elements/MessageImpl.h"
+
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SegmentGroupDefn.h"
+#include "elements/ElementMessages.h"
+#include "elements/ElementUserData.h"
+#include "elements/FactorySettings.h"
+#include "foundation/Format.h"
+#include "foundation/IllegalOperation.h"
+#include "parsing/SeparatorList.h"
+#include "validation/ValidationErrorList.h"
+
+namespace vantrelia {
+
+MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent, int32_t index,
+                         const SeparatorList* parentSeparators)
+    : ItemListNode(messageDefn, messageDefn.getItems(), messageDefn.getVisibleChildren(), parent, index),
+      separators(std::make_shared<SeparatorList>(messageDefn.getSet(), messageDefn.getSet().isFixedWidth(),
+                                                 parentSeparators)) {
+  // Initiators, separators and severities as the definition gives them, as for a message written
+  // from scratch; a parse resets the list for the wire.
+  separators->reset(false, true, true);
+}
+
+MessageImpl::~MessageImpl() = default;
+
+const char* MessageImpl::getName() const { return messageDefn->getName().c_str(); }
+
+const MessageSetDefn* MessageImpl::getMessageSetDefn() { return &messageDefn->getSet(); }
+
+MessageElement* MessageImpl::getParent() {
+  if (!parent) throw IllegalOperation(messages::kMessageWithoutParent);
+  return parent;
+}
+
+void MessageImpl::setValue(const unsigned char*, int) {
+  throw IllegalOperation(messages::kSetBinaryPrimitiveValuesOnly);
+}
+
+bool MessageImpl::getUserData(const std::u16string& key, std::u16string& value) {
+  return ElementUserData::find(messageDefn->getUserData(), &messageDefn->getSet(), key, value);
+}
+
+MetaDataRecord* MessageImpl::getMetaData() { return nullptr; }
+
+// ----- copies
+
+std::unique_ptr<MessageElement> MessageImpl::clone() {
+  auto copy = std::make_unique<MessageImpl>(*messageDefn, parent, index);
+  // The copy's separators start as the source's stand, and from then on are its own.
+  copy->separators = std::make_shared<SeparatorList>(*separators);
+  copy->isCreated = isCreated;
+  copy->changed = changed;
+  copy->treeChanged = treeChanged;
+  cloneChildrenInto(*copy);
+  return copy;
+}
+
+std::unique_ptr<InternalElement> MessageImpl::cloneWithParent(InternalElement* newParent) {
+  std::unique_ptr<MessageElement> copy = clone();
+  auto* message = static_cast<MessageImpl*>(copy.release());
+  message->parent = newParent;
+  return std::unique_ptr<InternalElement>(message);
+}
+
+// ----- paths
+
+void MessageImpl::appendPath(std::string& text) {
+  if (!parent) return;
+  parent->appendPath(text);
+  text += formatMessage("[%d]", index);
+}
+
+std::string_view MessageImpl::restAfterMatch(int matched, std::string_view rest) {
+  const MessageItemDefn& item = getItem(matched);
+  if (item.getMessageItemType() != MessageItemDefn::kGroupItem || !item.getGroup()->isUnorderedGroup()) return rest;
+  if (rest.empty() || rest.front() != '[') return rest;
+  // An unordered group is one node, whatever index the path gives it.
+  const size_t close = rest.find(']');
+  if (close == std::string_view::npos) return rest;
+  return close + 2 <= rest.size() ? rest.substr(close + 2) : std::string_view();
+}
+
+const char* MessageImpl::childNotFoundText() const { return messages::kChildNotFoundInMessage; }
+
+const char* MessageImpl::definitionName() const { return messageDefn->getName().c_str(); }
+
+// ----- change tracking
+
+bool MessageImpl::isTreeChanged() { return treeChanged; }
+
+void MessageImpl::setTreeChanged(bool flag) {
+  if (flag && parent) parent->setTreeChanged(true);
+  treeChanged = flag;
+}
+
+bool MessageImpl::isChanged() {
+  if (isCreated) return true;
+  return parent ? parent->isChanged() : changed;
+}
+
+void MessageImpl::setChanged(bool flag) {
+  if (parent) {
+    parent->setChanged(true);
+  } else {
+    changed = flag;
+  }
+  if (flag) setTreeChanged(true);
+}
+
+bool MessageImpl::isMinimizeChanges() {
+  return FactorySettings::of(&messageDefn->getSet()).minimizeChanges && !isCreated;
+}
+
+// ----- text
+
+std::u16string_view MessageImpl::setEncodedValue(std::u16string_view) {
+  throw IllegalOperation(messages::kMessageParsingUnavailable);
+}
+
+std::u16string MessageImpl::getEncodedValue() {
+  setChanged(true);
+  int32_t counter = 0;
+  writeElement(*separators, isMinimizeChanges(), counter);
+  return separators->getOutput();
+}
+
+std::u16string MessageImpl::getEncodedValueNoTouch() {
+  int32_t counter = 0;
+  writeElement(*separators, true, counter);
+  return separators->getOutput();
+}
+
+bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) {
+  // A message always writes into its own list, starting from the definition's separators as if a
+  // wire text began.
+  SeparatorList& list = *separators;
+  list.reset(true, true, false);
+  const bool keepAbsent = FactorySettings::of(&messageDefn->getSet()).minimizeChanges ? !isCreated : minimize;
+  bool written = false;
+  for (int i = 0; i < getItemCount(); ++i) {
+    const MessageItemDefn& item = getItem(i);
+    InternalElement* child = children[static_cast<size_t>(i)].get();
+    if (child && !child->isPlaceholderSegment()) {
+      written |= child->writeElement(list, minimize, counter);
+    } else if (item.isRequired() && !keepAbsent) {
+      // A required item that isn't there is written as the definition makes it, then taken away.
+      const bool wasAbsent = child == nullptr;
+      written |= getChildCreating(i)->writeElement(list, false, counter);
+      if (wasAbsent) children[static_cast<size_t>(i)].reset();
+    } else if (item.getMessageItemType() == MessageItemDefn::kSegmentItem) {
+      // A skipped segment settles the separators it would have carried.
+      list.applyDefaultForPath(item.getSegment()->getName().view());
+    }
+  }
+  list.finishWalk();
+  return written;
+}
+
+// ----- parsing, counting and validation come with their walks
+
+bool MessageImpl::canStartOnPath(std::vector<int32_t>::const_iterator, std::vector<int32_t>::const_iterator) {
+  return false;
+}
+
+bool MessageImpl::parseElement(ParserStream&, RecordedErrors&, uint32_t&, ValidationLocation&) { return false; }
+
+int MessageImpl::getCountForPath(std::string_view, int, bool) { return 0; }
+int MessageImpl::countSegments(bool) { return 0; }
+int MessageImpl::countGroups(bool) { return 0; }
+int MessageImpl::countMessages(bool) { return 1; }
+
+void MessageImpl::validateInto(SeparatorList&, ValidationErrorList&, bool, ValidationLocation&, bool) {}
+
+void MessageImpl::validateTop(ValidationErrorList& out, bool includeWarnings) {
+  recordedErrors.replayInto(
+      out, includeWarnings, [this](int32_t number) { return separators->getValidationErrorSetting(number); },
+      [](MessageElement& element) { return element.getPath(); });
+}
+
+void MessageImpl::forgetParserPositions(RecordedErrors& errors) { errors.forget(this); }
+
+}  // namespace vantrelia

@@ -1,0 +1,23 @@
+#pragma once
+// Makes the segment node of the kind a segment definition names.
+
+#include <cstdint>
+#include <memory>
+
+namespace vantrelia {
+
+class InternalElement;
+class MessageItemDefn;
+class SegmentDefn;
+class SegmentImplBase;
+class SeparatorList;
+
+class SegmentFactory {
+ public:
+  // Presence-indicator, name/value and tagged pharmacy segments read and write as ordinary
+  // segments until their own kinds exist.
+  static std::unique_ptr<SegmentImplBase> create(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn,
+                                                 InternalElement* parent, int32_t index, SeparatorList* separators);
+};
+
+}  // namespace vantrelia

@@ -1,0 +1,400 @@
+#include "elements/SegmentImpl.h"
+
+#include <string>
+
+#include "definitions/CompositeDefn.h"
+#include "definitions/FieldDefn.h"
+#include "definitions/FieldInstancesControl.h"
+#include "definitions/SegmentFieldInstancesControl.h"
+#include "definitions/FieldPathDefn.h"
+#include "definitions/MatchDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SeparatorDefn.h"
+#include "elements/CompositeImpl.h"
+#include "elements/FactorySettings.h"
+#include "foundation/TextCompare.h"
+#include "elements/FieldBase.h"
+#include "elements/FieldImplBase.h"
+#include "parsing/SeparatorTrieNode.h"
+#include "parsing/ParserToken.h"
+#include "parsing/SeparatorList.h"
+#include "parsing/StringParserStream.h"
+#include "validation/RecordedErrors.h"
+#include "validation/ValidationError.h"
+#include "validation/ValidationErrorNumbers.h"
+#include "validation/ValidationLocation.h"
+
+namespace vantrelia {
+
+namespace {
+
+constexpr int32_t kCurrent = SeparatorList::kCurrent;
+const std::u16string kCarriageReturnLineFeed = u"\r\n";
+
+uint32_t definitionFlags(const SeparatorList& list, int32_t separator) {
+  return list.getSlot(separator).defn ? list.getSlot(separator).defn->getFlags() : 0;
+}
+
+// What a segment or field read finds where it stops, for the findings that name it.
+std::u16string cutForFinding(std::u16string_view extra) {
+  if (extra.size() <= 80) return std::u16string(extra);
+  return std::u16string(extra.substr(0, 77)) + u"...";
+}
+
+}  // namespace
+
+// ----- copies
+
+std::unique_ptr<SegmentImpl> SegmentImpl::copyWithParent(InternalElement* newParent) const {
+  SeparatorList* list = newParent ? newParent->getSeparatorList() : separators;
+  auto copy = std::make_unique<SegmentImpl>(*segmentDefn, itemDefn, newParent, index, list);
+  copyFieldsInto(*copy);
+  return copy;
+}
+
+std::unique_ptr<MessageElement> SegmentImpl::clone() {
+  auto copy = copyWithParent(parent);
+  copy->separators = separators;
+  return copy;
+}
+
+std::unique_ptr<InternalElement> SegmentImpl::cloneWithParent(InternalElement* newParent) {
+  return copyWithParent(newParent);
+}
+
+// ----- reading
+
+bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                     ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  const FieldPathDefn segmentPath = FieldPathDefn::parse(segmentDefn->getName().view());
+  status = 0;
+
+  if (definitionFlags(list, qxSepSegment) & SeparatorDefn::kInitiator) {
+    stream.consume(std::u16string(list.getSeparatorValue(qxSepSegment)));
+  }
+  if (!segmentDefn->getTag().empty() && !stream.consume(segmentDefn->getTag())) {
+    status = kNotThisSegment;
+    return false;
+  }
+  if (list.getVariablePending()) {
+    list.readFromStream(segmentPath, stream);
+    list.settleHeadersBefore(getMessageSetDefn(), segmentDefn, -1);
+  }
+
+  bool lastFieldFilled = true;
+  if (definitionFlags(list, fieldSeparator) & SeparatorDefn::kInitiator) {
+    const std::u16string initiator(list.getSlot(fieldSeparator).initiator);
+    const bool found = list.getCrlfEquivalent() == list.getCurrentSeparator()
+                           ? stream.consumeLonger(initiator, kCarriageReturnLineFeed)
+                           : stream.consume(initiator);
+    if (found) lastFieldFilled = false;
+  }
+  uint32_t endMask = 0;
+  if (list.isSeparatorActive(qxSepMessage)) endMask |= 1;
+  if (list.isSeparatorActive(qxSepGroup)) endMask |= 2;
+  if (list.isSeparatorActive(qxSepSegment)) endMask |= 4;
+  list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
+
+  const bool useGeneric = getMessageSetDefn() && getMessageSetDefn()->getGenericParsing();
+  const int fieldCount = getFieldCount();
+  bool popped = false;
+  for (int i = 0; i < fieldCount; ++i) {
+    if (stream.atEnd()) break;
+    location.fieldPosition = i + 1;
+    location.fieldRepetition = 1;
+    bool delimited = list.isSeparatorActive(fieldSeparator);
+    if (i == fieldCount - 1) {
+      // The last field runs to the end of the segment unless its separator also ends it.
+      if (!(definitionFlags(list, fieldSeparator) & SeparatorDefn::kTerminator)) delimited = false;
+      if (!list.isSeparatorActive(qxSepSegment)) {
+        list.popSeparator();
+        popped = true;
+      }
+    }
+    parseField(i, stream, errors, location, useGeneric, lastFieldFilled);
+    if (delimited && !consumeFieldSeparator(i, stream, errors, location, useGeneric, lastFieldFilled)) break;
+    if (list.atOuterSeparator(stream, popped ? 0 : 1)) break;
+    location.fieldPosition = -1;
+    location.fieldRepetition = -1;
+  }
+  location.fieldPosition = -1;
+  location.fieldRepetition = -1;
+
+  if (!lastFieldFilled) {
+    const EVErrType severity = list.getValidationErrorSetting(verr::kUnnecessarySegmentSeparators);
+    if (severity != qxVESIgnore) {
+      errors.record(this, ValidationError(location, getRaisedText(verr::kUnnecessarySegmentSeparators),
+                                          verr::kUnnecessarySegmentSeparators, severity));
+    }
+  }
+  if (!popped) list.popSeparator();
+  if (!matchFields()) {
+    status = kNotThisSegment;
+    return false;
+  }
+  finishSegmentParse(stream, endMask, useGeneric, status, errors, location);
+  return true;
+}
+
+void SegmentImpl::readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                                 bool useGeneric) {
+  SeparatorList& list = *separators;
+  if (list.isTrieDirty()) list.buildTrie();
+  SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : list.getTrie();
+  stream.readToken(trie, token, maxLength, applyReplacements);
+}
+
+void SegmentImpl::parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
+                             bool useGeneric, bool& lastFieldFilled) {
+  SeparatorList& list = *separators;
+  const FieldDefn& defn = segmentDefn->getField(index);
+  const bool active = list.isSeparatorActive(fieldSeparator);
+  ParserToken token;
+  token.useView = true;
+  if (defn.getMaxRepeats() != 1) {
+    // A repeat cuts its own items.
+    FieldBase* field = getField(index);
+    uint32_t moreFollows = 0;
+    lastFieldFilled = field->parseElement(stream, errors, moreFollows, location);
+    if (field->isEmpty()) destroyField(index);
+    return;
+  }
+  if (defn.isComposite()) {
+    const CompositeDefn* composite = defn.getComposite();
+    const bool readsItself = composite && (composite->getFlags() & CompositeDefn::kHoldsQuotedText);
+    if (!active && defn.getMaxLength() != 0) {
+      readPlainToken(stream, token, defn.getMaxLength(), false, false);
+    } else if (active && !readsItself) {
+      readPlainToken(stream, token, 0, false, false);
+    } else {
+      uint32_t moreFollows = 0;
+      lastFieldFilled = getField(index)->parseElement(stream, errors, moreFollows, location);
+      return;
+    }
+  } else {
+    const int32_t base = defn.getBaseType();
+    if (base == FieldDefn::kRawBinary) {
+      // Raw binary has no end mark: a sibling before it carries its length.
+      const int32_t length = linkedLength(index);
+      if (length > 0) stream.readChars(length, token);
+    } else if (!active) {
+      list.readTokenEscaped(stream, token, defn.getMaxLength(), true, useGeneric, nullptr);
+    } else if (base == FieldDefn::kQuotedText) {
+      list.readToken(stream, token, 0, true, useGeneric, nullptr);
+    } else {
+      readPlainToken(stream, token, 0, true, useGeneric);
+    }
+  }
+  if (token.characters().empty()) {
+    if (index != 0) lastFieldFilled = false;
+    return;
+  }
+  parseFieldValue(index, token, errors, location);
+  lastFieldFilled = true;
+}
+
+void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors,
+                                  ValidationLocation& location) {
+  const std::u16string_view text = token.characters();
+  if (text.empty()) {
+    destroyField(index);
+    return;
+  }
+  FieldBase* field = getField(index);
+  if (auto* primitive = dynamic_cast<FieldImplBase*>(field)) {
+    primitive->readValue(text, isInSourceText(text));
+    return;
+  }
+  StringParserStream fieldStream(text.data(), static_cast<int32_t>(text.size()));
+  uint32_t moreFollows = 0;
+  field->parseElement(fieldStream, errors, moreFollows, location);
+}
+
+int32_t SegmentImpl::linkedLength(int index) {
+  const std::string& linked = segmentDefn->getField(index).getLinkedFieldName();
+  for (int i = index - 1; i >= 0; --i) {
+    FieldBase* sibling = fieldAt(i);
+    if (!sibling || !equalIgnoringCase(linked, segmentDefn->getField(i).getName().view())) continue;
+    const std::u16string text = sibling->getValue();
+    int32_t length = 0;
+    for (const char16_t c : text) {
+      if (c < u'0' || c > u'9' || length > 0x0ccccccc) break;
+      length = length * 10 + (c - u'0');
+    }
+    return length;
+  }
+  return 0;
+}
+
+bool SegmentImpl::consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors,
+                                        ValidationLocation& location, bool useGeneric, bool& lastFieldFilled) {
+  SeparatorList& list = *separators;
+  ParserToken extra;
+  extra.useView = true;
+  if (list.isTrieDirty()) list.buildTrie();
+  stream.readToken(list.getTrie(), extra, 0, false);
+  if (useGeneric && !extra.characters().empty()) {
+    const EVErrType severity = list.getValidationErrorSetting(verr::kExtraDataAfterField);
+    if (severity != qxVESIgnore) {
+      errors.record(getField(index),
+                    ValidationError(location, getRaisedText(verr::kExtraDataAfterField) + cutForFinding(extra.characters()),
+                                    verr::kExtraDataAfterField, severity));
+    }
+  }
+  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
+  if (extra.separator != fieldSeparator && !crlfHere) return true;
+  const std::u16string separator(list.getSeparatorValue(fieldSeparator));
+  const bool consumed = list.getCrlfEquivalent() == fieldSeparator
+                            ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
+                            : stream.consume(separator);
+  if (!consumed) {
+    const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
+    if (!terminator.empty() && stream.startsWith(terminator)) return false;
+  }
+  if (definitionFlags(list, fieldSeparator) & (SeparatorDefn::kInitiator | SeparatorDefn::kSeparator)) {
+    lastFieldFilled = false;
+  }
+  return true;
+}
+
+bool SegmentImpl::matchFields() {
+  for (const auto& match : segmentDefn->getMatches()) {
+    if (match->getFieldPath().empty()) continue;
+    auto* field = static_cast<InternalElement*>(getElementAt(match->getFieldPath().c_str()));
+    // Patterns come with the string validators; without one the field must have a value.
+    if (field->getEncodedValueNoTouch().empty()) return false;
+  }
+  return true;
+}
+
+void SegmentImpl::finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
+                                     RecordedErrors& errors, ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  const std::string_view name = segmentDefn->getName().view();
+  const bool segmentWasActive = list.isSeparatorActive(qxSepSegment);
+  if (list.getVariablePending()) list.readFromStreamEnd(FieldPathDefn::parse(name), stream);
+  list.applyDefaultForPath(name);
+  status = 0;
+  if (endMask == 0 || (definitionFlags(list, qxSepSegment) & SeparatorDefn::kInitiator)) return;
+
+  ParserToken extra;
+  extra.useView = true;
+  if (segmentWasActive || !list.isSeparatorActive(qxSepSegment)) {
+    if (list.isTrieDirty()) list.buildTrie();
+    stream.readToken(list.getTrie(), extra, 0, false);
+  }
+  const auto consumeEnd = [&](int32_t separator) {
+    const std::u16string text(list.getSeparatorValue(separator));
+    if (text.empty()) return false;
+    return list.getCrlfEquivalent() == separator ? stream.consumeLonger(text, kCarriageReturnLineFeed)
+                                                 : stream.consume(text);
+  };
+  if ((endMask & 4) && consumeEnd(qxSepSegment)) status |= 1;
+  if ((endMask & 2) && consumeEnd(qxSepGroup)) status |= 2;
+  if ((endMask & 1) && consumeEnd(qxSepMessage)) status |= 4;
+  if (!useGeneric && !extra.characters().empty()) {
+    status |= 8;
+    const EVErrType severity = list.getValidationErrorSetting(verr::kExtraDataAfterSegment);
+    if (severity != qxVESIgnore) {
+      errors.record(this, ValidationError(location,
+                                          getRaisedText(verr::kExtraDataAfterSegment) +
+                                              cutForFinding(extra.characters()),
+                                          verr::kExtraDataAfterSegment, severity));
+    }
+  }
+}
+
+// ----- writing
+
+bool SegmentImpl::fieldHasDefault(int index) {
+  if (FieldBase* field = fieldAt(index)) return field->hasDefaultValue();
+  const FieldDefn& defn = segmentDefn->getField(index);
+  if (defn.getHasOverrides() && itemDefn && itemDefn->getFieldInstances()) {
+    return !itemDefn->getFieldInstances()->getDefaultValue(index).empty();
+  }
+  return !defn.getDefaultValue().empty();
+}
+
+bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& counter) {
+  const bool fromWire = list.getFromWire();
+  const std::string_view name = segmentDefn->getName().view();
+  // What the write of this segment changes in the slots is undone at its end unless the text came
+  // from the wire.
+  const auto settle = [&] {
+    if (fromWire) {
+      list.applyDefaultForPath(name);
+    } else {
+      list.restoreSavedSlots();
+    }
+  };
+  if (!fromWire && itemDefn) list.restoreForItem(itemDefn->getMessage(), getName());
+  if ((!itemDefn || !itemDefn->isRequired()) && isEmpty()) {
+    settle();
+    return false;
+  }
+  const bool fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(kCurrent);
+  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  list.writeData(segmentDefn->getTag().view());
+  list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
+  const FieldPathDefn segmentPath = FieldPathDefn::parse(name);
+  if (list.getVariablePending()) list.writeData(list.collectForField(segmentPath));
+
+  const int fieldCount = getFieldCount();
+  const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
+  int lastField = fieldCount - 1;
+  if (!fixedSegment) {
+    const bool minimizing = isMinimizeChanges();
+    while (lastField >= 0) {
+      FieldBase* field = fieldAt(lastField);
+      if ((isFieldRequired(lastField) && !minimizing) || (field && !field->isEmpty()) ||
+          (outputDefaults && fieldHasDefault(lastField))) {
+        break;
+      }
+      --lastField;
+    }
+  }
+  if (counter >= 0) segmentNumber = counter++;
+
+  bool fixedLevel = !list.isSeparatorActive(kCurrent) || list.isLevelFixedWidth();
+  bool mayOmitFill = !fixedSegment;
+  const bool trimSegments = getMessageSetDefn() && getMessageSetDefn()->getTrimSegments();
+  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  for (int i = 0; i <= lastField; ++i) {
+    if (i > 0) {
+      list.writeSeparator(SeparatorList::kWriteInitiator | SeparatorList::kWriteSeparator |
+                              SeparatorList::kWriteTerminator,
+                          kCurrent);
+    }
+    if (fixedLevel) mayOmitFill = i == lastField && trimSegments;
+    if (FieldBase* field = fieldAt(i)) {
+      field->writeField(mayOmitFill, list, minimize, counter);
+      continue;
+    }
+    if (minimize || !(isFieldRequired(i) || fixedLevel || (outputDefaults && fieldHasDefault(i)))) continue;
+    // An absent field that must show writes its default or its fill through a node made for it.
+    std::unique_ptr<FieldBase> temporary = makeField(i);
+    temporary->writeField(mayOmitFill, list, false, counter);
+    if (fixedLevel && !segmentDefn->isFixedWidth() && list.isSeparatorActive(kCurrent) && !list.isLevelFixedWidth()) {
+      fixedLevel = false;
+    }
+  }
+  if (!trimSegments) {
+    for (int i = lastField < 0 ? 1 : lastField + 1; i < fieldCount; ++i) {
+      list.writeSeparator(SeparatorList::kWriteInitiator | SeparatorList::kWriteSeparator |
+                              SeparatorList::kWriteTerminator,
+                          kCurrent);
+    }
+  }
+  list.flushPending();
+  list.writeSeparator(SeparatorList::kWriteTerminator, kCurrent);
+  if (list.getVariablePending()) list.writeData(list.collectForFieldEnd(segmentPath));
+  list.popSeparator();
+  list.writeSeparator(SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator, kCurrent);
+  settle();
+  return true;
+}
+
+}  // namespace vantrelia

@@ -1,0 +1,305 @@
+#include "elements/SegmentImplBase.h"
+
+#include "definitions/FieldDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SegmentFieldInstancesControl.h"
+#include "elements/CompositeImpl.h"
+#include "elements/ElementMessages.h"
+#include "foundation/FoundationMessages.h"
+#include "elements/ElementPath.h"
+#include "elements/ElementUserData.h"
+#include "elements/FieldImpl.h"
+#include "elements/ItemListNode.h"
+#include "elements/PositionedWrite.h"
+#include "elements/RepeatFieldImpl.h"
+#include "foundation/BadParameter.h"
+#include "foundation/CheckIndex.h"
+#include "foundation/Format.h"
+#include "foundation/IllegalOperation.h"
+#include "foundation/TextCompare.h"
+#include "parsing/SeparatorList.h"
+#include "parsing/StringParserStream.h"
+#include "validation/RecordedErrors.h"
+#include "validation/ValidationLocation.h"
+
+namespace vantrelia {
+
+SegmentImplBase::SegmentImplBase(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn,
+                                 InternalElement* parent, int32_t index, SeparatorList* separators)
+    : SegmentElement(parent, index, separators),
+      fieldSeparator(segmentDefn.getSeparatorType() == qxSepAuto
+                         ? qxSepField1
+                         : static_cast<ESeparatorType>(segmentDefn.getSeparatorType())),
+      segmentDefn(&segmentDefn),
+      itemDefn(itemDefn) {}
+
+SegmentImplBase::~SegmentImplBase() = default;
+
+const char* SegmentImplBase::getName() const {
+  return itemDefn ? itemDefn->getName().c_str() : segmentDefn->getName().c_str();
+}
+
+const MessageSetDefn* SegmentImplBase::getMessageSetDefn() {
+  return itemDefn ? &itemDefn->getSet() : segmentDefn->getSet();
+}
+
+MetaDataRecord* SegmentImplBase::getMetaData() { return nullptr; }
+
+bool SegmentImplBase::getUserData(const std::u16string& key, std::u16string& value) {
+  if (itemDefn && ElementUserData::find(itemDefn->getUserData(), &itemDefn->getSet(), key, value)) return true;
+  return ElementUserData::find(segmentDefn->getUserData(), segmentDefn->getSet(), key, value);
+}
+
+void SegmentImplBase::setItemDefn(const MessageItemDefn* item) {
+  itemDefn = item;
+  pathCache.reset();
+}
+
+// ----- fields
+
+int SegmentImplBase::getFieldCount() { return segmentDefn->getFieldCount(); }
+
+const std::vector<std::unique_ptr<FieldDefn>>& SegmentImplBase::getFieldDefns() { return segmentDefn->getFields(); }
+
+int SegmentImplBase::getChildCount() { return segmentDefn->getFieldCount(); }
+
+std::span<const std::unique_ptr<InternalElement>> SegmentImplBase::getChildArray() {
+  fields.resize(static_cast<size_t>(segmentDefn->getFieldCount()));
+  return fields;
+}
+
+FieldBase* SegmentImplBase::fieldAt(int index) const {
+  return index >= 0 && static_cast<size_t>(index) < fields.size()
+             ? static_cast<FieldBase*>(fields[static_cast<size_t>(index)].get())
+             : nullptr;
+}
+
+std::unique_ptr<FieldBase> SegmentImplBase::makeField(int index) {
+  const FieldDefn& defn = segmentDefn->getField(index);
+  if (defn.getMaxRepeats() != 1) return std::make_unique<RepeatFieldImpl>(defn, this, index, fieldSeparator);
+  if (defn.isComposite()) return std::make_unique<CompositeImpl>(defn, this, index, fieldSeparator);
+  return std::make_unique<FieldImpl>(defn, this, index, fieldSeparator);
+}
+
+void SegmentImplBase::storeField(int index, std::unique_ptr<FieldBase> field) {
+  if (fields.size() <= static_cast<size_t>(index)) fields.resize(static_cast<size_t>(index) + 1);
+  fields[static_cast<size_t>(index)] = std::move(field);
+}
+
+void SegmentImplBase::destroyField(int index) {
+  if (static_cast<size_t>(index) < fields.size()) fields[static_cast<size_t>(index)].reset();
+}
+
+InternalElement* SegmentImplBase::getChildCreating(int index) { return getField(index); }
+
+FieldBase* SegmentImplBase::getField(int index) {
+  if (FieldBase* existing = fieldAt(index)) return existing;
+  storeField(index, makeField(index));
+  return fieldAt(index);
+}
+
+bool SegmentImplBase::isFieldRequired(int index) {
+  if (FieldBase* field = fieldAt(index)) return field->isRequired();
+  const FieldDefn& defn = segmentDefn->getField(index);
+  if (defn.getHasOverrides() && itemDefn && itemDefn->getFieldInstances()) {
+    return itemDefn->getFieldInstances()->isRequired(index);
+  }
+  return defn.isRequired();
+}
+
+bool SegmentImplBase::isChildPresent(int index) { return fieldAt(index) != nullptr; }
+
+bool SegmentImplBase::isChildRepeating(int index) {
+  checkIndex(index, getFieldCount());
+  return segmentDefn->getField(index).getMaxRepeats() != 1;
+}
+
+void SegmentImplBase::onFieldValueChanged(int fieldIndex, int, bool) {
+  const auto* keys = segmentDefn->getVariableKeys();
+  if (!keys) return;
+  const auto ruled = keys->find(fieldIndex);
+  if (ruled == keys->end()) return;
+  FieldBase* field = fieldAt(ruled->second);
+  if (!field) return;
+  // The ruled field takes the type its key names now; its text survives the change.
+  const std::u16string text = field->getValue();
+  destroyField(ruled->second);
+  if (!text.empty()) getField(ruled->second)->setValue(std::u16string_view(text));
+}
+
+void SegmentImplBase::copyFieldsInto(SegmentImplBase& copy) const {
+  copy.fields.resize(fields.size());
+  for (size_t i = 0; i < fields.size(); ++i) {
+    if (fields[i]) copy.fields[i] = fields[i]->cloneWithParent(&copy);
+  }
+  copy.segmentNumber = segmentNumber;
+  copy.sourceText = sourceText;
+}
+
+void SegmentImplBase::setMessageDefn(const MessageDefn* messageDefn) {
+  for (const auto& field : fields) {
+    if (field) field->setMessageDefn(messageDefn);
+  }
+}
+
+// ----- host operations
+
+MessageElement* SegmentImplBase::getElementAt(int index) {
+  checkIndex(index, getFieldCount());
+  return getField(index);
+}
+
+int SegmentImplBase::getElementCount() { return getFieldCount(); }
+
+MessageElement* SegmentImplBase::getElementAt(const char* pathText) {
+  const std::string_view path = ElementPath::of(pathText);
+  const auto [head, rest] = ElementPath::split(path);
+  if (parent && ElementPath::isParent(head)) {
+    InternalElement* target = ItemListNode::parentSeenFromBelow(*this);
+    return rest.empty() ? target : target->getElementAt(rest.data());
+  }
+  for (int i = 0; i < getFieldCount(); ++i) {
+    if (!equalIgnoringCase(head, segmentDefn->getField(i).getName().view())) continue;
+    FieldBase* field = getField(i);
+    return rest.empty() ? static_cast<MessageElement*>(field) : field->getElementAt(rest.data());
+  }
+  throw BadParameter(formatMessage(messages::kChildNotFoundInSegment, std::string(head).c_str(),
+                                   segmentDefn->getName().c_str()));
+}
+
+ElementCollection SegmentImplBase::getElementCollection(const char* specText) {
+  const std::string_view spec = ElementPath::of(specText);
+  const auto [head, rest] = ElementPath::split(spec);
+  ElementCollection result;
+  const auto take = [&](int i) {
+    FieldBase* field = fieldAt(i);
+    if (!field) return;
+    if (rest.empty()) {
+      result.add(field);
+    } else if (!field->isEmpty() || isFieldRequired(i)) {
+      result.addAll(field->getElementCollection(rest.data()));
+    }
+  };
+  if (ElementPath::isWildcard(head)) {
+    for (int i = 0; i < getFieldCount(); ++i) take(i);
+    return result;
+  }
+  for (int i = 0; i < getFieldCount(); ++i) {
+    if (!equalIgnoringCase(head, segmentDefn->getField(i).getName().view())) continue;
+    take(i);
+    return result;
+  }
+  throw BadParameter(formatMessage(messages::kChildNotFoundInSegment, std::string(head).c_str(),
+                                   segmentDefn->getName().c_str()));
+}
+
+void SegmentImplBase::setEmpty() {
+  fields.clear();
+  setChanged(true);
+}
+
+bool SegmentImplBase::isEmpty() {
+  for (const auto& field : fields) {
+    if (field && !field->isEmpty()) return false;
+  }
+  return true;
+}
+
+void SegmentImplBase::setNull() { throw IllegalOperation(messages::kSegmentsNotNull); }
+
+void SegmentImplBase::appendPath(std::string& text) {
+  if (!pathCache) {
+    std::string path;
+    if (parent) {
+      parent->appendPath(path);
+      if (parent->getNodeType() == qxRepeating) {
+        path += formatMessage("[%d]", index);
+      } else {
+        if (!path.empty()) path += '/';
+        path += getName();
+      }
+    } else {
+      path = getName();
+    }
+    pathCache = std::make_unique<std::string>(std::move(path));
+  }
+  text += *pathCache;
+}
+
+// ----- counts: a segment counts itself
+
+int SegmentImplBase::getCountForPath(std::string_view path, int kind, bool) {
+  if (path.empty() && (kind == 1 || kind == 2)) return 1;
+  throw BadParameter(messages::kInvalidPathInCountItem);
+}
+
+int SegmentImplBase::countSegments(bool) { throw IllegalOperation(messages::kInternalError); }
+
+int SegmentImplBase::countGroups(bool) { throw IllegalOperation(messages::kGroupCountOfSegment); }
+
+int SegmentImplBase::countMessages(bool) { throw IllegalOperation(messages::kMessageCountOfSegment); }
+
+// ----- text
+
+bool SegmentImplBase::canStartOnPath(std::vector<int32_t>::const_iterator, std::vector<int32_t>::const_iterator) {
+  return false;
+}
+
+bool SegmentImplBase::parseElement(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                   ValidationLocation& location) {
+  location.segmentNumber = getSegmentNumber();
+  location.segmentID = segmentDefn->getTag().c_str();
+  const bool parsed = parseSegmentFields(stream, errors, status, location);
+  if (!parsed) forgetParserPositions(errors);
+  location.fieldPosition = -1;
+  location.fieldRepetition = -1;
+  return parsed;
+}
+
+std::u16string_view SegmentImplBase::setEncodedValue(std::u16string_view text) {
+  setChanged(true);
+  setEmpty();
+  if (text.empty()) return text;
+  separators->reset(true, true, true);
+  separators->settleHeadersBefore(getMessageSetDefn(), segmentDefn, -1);
+  // What the parse finds is dropped with the map: a host that sets one segment's text gets no
+  // findings recorded in the message for it.
+  RecordedErrors errors;
+  return parseEncodedValue(text, errors);
+}
+
+std::u16string_view SegmentImplBase::parseEncodedValue(std::u16string_view text, RecordedErrors& errors) {
+  setEmpty();
+  // The fields' values point into this copy of the text rather than each holding their own.
+  auto source = std::make_shared<const std::u16string>(text);
+  sourceText = source;
+  StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
+  ValidationLocation location;
+  uint32_t status = 0;
+  parseElement(stream, errors, status, location);
+  return text.substr(text.size() - static_cast<size_t>(stream.getRemaining()));
+}
+
+std::u16string SegmentImplBase::getEncodedValue() {
+  return PositionedWrite::element(*this, getMessageSetDefn(), segmentDefn, false);
+}
+
+std::u16string SegmentImplBase::getEncodedValueNoTouch() {
+  return PositionedWrite::element(*this, getMessageSetDefn(), segmentDefn, true);
+}
+
+// ----- validation comes with its walk
+
+void SegmentImplBase::validateInto(SeparatorList&, ValidationErrorList&, bool, ValidationLocation&, bool) {}
+
+void SegmentImplBase::validateTop(ValidationErrorList&, bool) {}
+
+void SegmentImplBase::forgetParserPositions(RecordedErrors& errors) {
+  errors.forget(this);
+  for (const auto& field : fields) {
+    if (field) field->forgetParserPositions(errors);
+  }
+}
+
+}  // namespace vantrelia

@@ -1,0 +1,111 @@
+#pragma once
+// A segment with a definition: one slot for each of its fields, made when first asked for. The
+// three special kinds and the ordinary one share everything here but the cutting and writing of
+// their fields.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "elements/FieldContainer.h"
+#include "elements/SegmentElement.h"
+
+namespace vantrelia {
+
+class FieldBase;
+class MessageItemDefn;
+class SegmentDefn;
+struct ParserToken;
+
+class SegmentImplBase : public SegmentElement, public FieldContainer {
+ public:
+  // `itemDefn` is the message item the segment stands at, null for a segment without one.
+  SegmentImplBase(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn, InternalElement* parent,
+                  int32_t index, SeparatorList* separators);
+  ~SegmentImplBase() override;
+
+  MessageElement* getElementAt(const char* path) override;
+  MessageElement* getElementAt(int index) override;
+  int getElementCount() override;
+  void setEmpty() override;
+  bool isEmpty() override;
+  void setNull() override;
+  ENodeType getNodeType() const override { return qxComposite; }
+  const char* getName() const override;
+  std::u16string_view setEncodedValue(std::u16string_view text) override;
+  std::u16string getEncodedValue() override;
+  ElementCollection getElementCollection(const char* spec) override;
+  MetaDataRecord* getMetaData() override;
+  bool getUserData(const std::u16string& key, std::u16string& value) override;
+
+  bool isChildPresent(int index) override;
+  bool attachSegment(SegmentElement*, int) override { return false; }
+  bool canStartOnPath(std::vector<int32_t>::const_iterator position,
+                      std::vector<int32_t>::const_iterator end) override;
+  bool isChildRepeating(int index) override;
+  bool parseElement(ParserStream& stream, RecordedErrors& errors, uint32_t& endKind,
+                    ValidationLocation& location) override;
+  int getCountForPath(std::string_view path, int kind, bool existingOnly) override;
+  int countSegments(bool existingOnly) override;
+  int countGroups(bool existingOnly) override;
+  int countMessages(bool existingOnly) override;
+  void validateInto(SeparatorList& separators, ValidationErrorList& errors, bool includeWarnings,
+                    ValidationLocation& location, bool asParsed) override;
+  void validateTop(ValidationErrorList& out, bool includeWarnings) override;
+  void appendPath(std::string& text) override;
+  std::u16string getEncodedValueNoTouch() override;
+  void forgetParserPositions(RecordedErrors& errors) override;
+  std::u16string_view parseEncodedValue(std::u16string_view text, RecordedErrors& errors) override;
+  void setMessageDefn(const MessageDefn* messageDefn) override;
+  void onFieldValueChanged(int fieldIndex, int repeatIndex, bool onlyFollowing) override;
+  InternalElement* getChildCreating(int index) override;
+  const MessageSetDefn* getMessageSetDefn() override;
+
+  int getChildCount() override;
+  std::span<const std::unique_ptr<InternalElement>> getChildArray() override;
+  int getFieldCount() override;
+  const std::vector<std::unique_ptr<FieldDefn>>& getFieldDefns() override;
+
+  // The field at that index, made (or, for a variable field whose key changed, made anew) when needed.
+  FieldBase* getField(int index);
+  // The field if it exists, else null; makes nothing.
+  FieldBase* fieldAt(int index) const;
+  bool isFieldRequired(int index);
+  // Cuts the fields of one segment text; status gets kNotThisSegment when the text isn't one.
+  virtual bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                  ValidationLocation& location) = 0;
+
+  const SegmentDefn& getSegmentDefn() const { return *segmentDefn; }
+  const MessageItemDefn* getItemDefn() const { return itemDefn; }
+  void setItemDefn(const MessageItemDefn* item);
+  ESeparatorType getFieldSeparator() const { return fieldSeparator; }
+  // The text the fields' values may point into; kept alive by every segment parsed from it.
+  const std::shared_ptr<const std::u16string>& getSourceText() const { return sourceText; }
+  void setSourceText(std::shared_ptr<const std::u16string> text) { sourceText = std::move(text); }
+  // Whether the text lies in the source text, so that a field may keep a view of it.
+  bool isInSourceText(std::u16string_view text) const {
+    return sourceText && text.data() >= sourceText->data() &&
+           text.data() + text.size() <= sourceText->data() + sourceText->size();
+  }
+
+  static constexpr uint32_t kNotThisSegment = 0x80000000u;
+
+ protected:
+  // A new field of the class its definition asks for, not stored.
+  std::unique_ptr<FieldBase> makeField(int index);
+  void storeField(int index, std::unique_ptr<FieldBase> field);
+  void destroyField(int index);
+  // For clones: the same segment on the same definitions, with copies of the fields.
+  void copyFieldsInto(SegmentImplBase& copy) const;
+
+  // Slots up to the highest field made so far; getChildArray fills them up to the field count.
+  std::vector<std::unique_ptr<InternalElement>> fields;
+  ESeparatorType fieldSeparator;
+  std::unique_ptr<std::string> pathCache;
+  const SegmentDefn* segmentDefn;
+  const MessageItemDefn* itemDefn;
+  std::shared_ptr<const std::u16string> sourceText;
+};
+
+}  // namespace vantrelia

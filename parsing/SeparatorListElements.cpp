@@ -1,0 +1,88 @@
+// What the element walks ask of the list beyond single reads: settling the separators that the
+// headers before a node carry, whether the text at the cursor closes an outer level, and, at the
+// end of a walk, giving every separator that the walk never read the definition's texts.
+#include <algorithm>
+
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "foundation/TextCompare.h"
+#include "parsing/SeparatorList.h"
+
+namespace vantrelia {
+
+namespace {
+const std::u16string kCarriageReturnLineFeed = u"\r\n";
+}  // namespace
+
+void SeparatorList::settleHeadersBefore(const MessageSetDefn* setDefn, const SegmentDefn* segmentDefn,
+                                        int32_t childCount) {
+  if (!setDefn || setDefn->getHeaderItemCount() == 0 || setDefn->getMessages().empty()) return;
+  const MessageDefn& first = *setDefn->getMessages().front();
+  const int32_t headers = std::min(setDefn->getHeaderItemCount(), first.getItemCount());
+  for (int32_t i = 0; i < headers; ++i) {
+    const std::string_view name = first.getItem(i).getName().view();
+    if (segmentDefn && equalIgnoringCase(name, segmentDefn->getName().view())) {
+      if (childCount > 0) {
+        markKnownForChildren(segmentDefn->getName().view(), childCount, [segmentDefn](std::string_view child) {
+          for (int32_t f = 0; f < segmentDefn->getFieldCount(); ++f) {
+            if (equalIgnoringCase(child, segmentDefn->getField(f).getName().view())) return f;
+          }
+          return int32_t{-1};
+        });
+      }
+      return;
+    }
+    markKnownForPath(name);
+  }
+}
+
+bool SeparatorList::atOuterSeparator(ParserStream& stream, int32_t innerLevels) const {
+  const auto outer = levels.end() - std::min<std::ptrdiff_t>(innerLevels, static_cast<std::ptrdiff_t>(levels.size()));
+  if (crlfEquivalent != -1 && stream.startsWith(kCarriageReturnLineFeed)) {
+    return std::find(levels.begin(), outer, static_cast<ESeparatorType>(crlfEquivalent)) != outer;
+  }
+  // A pushed string is compared with the string pushed with it: count those above the outer part.
+  auto special = specialStrings.rbegin();
+  for (auto level = levels.end(); level != outer;) {
+    if (*--level == qxSepString && special != specialStrings.rend()) ++special;
+  }
+  for (auto level = outer; level != levels.begin();) {
+    const ESeparatorType index = *--level;
+    if (index == qxSepNone) continue;
+    const std::u16string* text = nullptr;
+    if (index == qxSepString) {
+      if (special == specialStrings.rend()) continue;
+      text = &*special++;
+    } else if (slots[static_cast<size_t>(index)].active) {
+      text = &slots[static_cast<size_t>(index)].value;
+    }
+    if (!text || text->empty()) continue;
+    if (text->size() == 1 ? stream.nextIs(text->front()) : stream.startsWith(*text)) return true;
+  }
+  return false;
+}
+
+void SeparatorList::restoreSavedSlots() {
+  slots = savedSlots;
+  trieDirty = true;
+}
+
+void SeparatorList::finishWalk() {
+  if (variablePending) {
+    for (SeparatorImpl& slot : slots) {
+      if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) {
+        takeDefaults(slot);
+        trieDirty = true;
+      }
+    }
+  }
+  fromWire = false;
+  for (SeparatorImpl& slot : slots) slot.active = !slot.value.empty();
+  variablePending = false;
+  rebuildReplaceOrder();
+  rebuildCharacterSets();
+}
+
+}  // namespace vantrelia
