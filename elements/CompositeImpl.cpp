@@ -458,7 +458,7 @@ std::u16string CompositeImpl::getEncodedValueNoTouch() {
 bool CompositeImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize, int32_t& counter) {
   if (!compositeDefn) return false;
   FieldBase* first = childAt(0);
-  if (first && first->isNull() && isNull() && list.isSeparatorActive(qxSepNull)) {
+  if (first && first->isNull() && isNull() && list.isInUse(qxSepNull)) {
     list.writeData(list.getSeparatorValue(qxSepNull));
     return true;
   }

@@ -110,7 +110,7 @@ void FieldImplBase::setNull() {
 
 std::u16string FieldImplBase::nullText() {
   SeparatorList* list = getSeparatorList();
-  if (!list || !list->isSeparatorActive(qxSepNull)) return {};
+  if (!list || !list->isInUse(qxSepNull)) return {};
   return std::u16string(list->getSeparatorValue(qxSepNull));
 }
 

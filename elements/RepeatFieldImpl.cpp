@@ -238,12 +238,12 @@ std::u16string RepeatFieldImpl::getEncodedValueNoTouch() {
 }
 
 bool RepeatFieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize, int32_t& counter) {
-  if (isNull() && list.isSeparatorActive(qxSepNull)) {
+  if (isNull() && list.isInUse(qxSepNull)) {
     list.writeData(list.getSeparatorValue(qxSepNull));
     return true;
   }
   const int32_t maximum = fieldDefn->getMaxRepeats();
-  if (!list.isSeparatorActive(qxSepRepeat)) {
+  if (!list.isInUse(qxSepRepeat)) {
     // Side by side: MaxRepeats places, those without an item filled, none beyond.
     const size_t shown = maximum > 0 ? std::min(items.size(), static_cast<size_t>(maximum)) : items.size();
     for (size_t i = 0; i < shown; ++i) items[i]->writeField(false, list, minimize, counter);

@@ -82,6 +82,8 @@ class SeparatorList {
   std::u16string_view getSeparatorValue(int32_t index) const;
   // In force for reading: on the stack, and in use.
   bool isSeparatorActive(int32_t index) const;
+  // In use, whether on the stack or not: what writers and the null marker ask.
+  bool isInUse(int32_t index) const;
   const FieldPathDefn& getFieldLocation(int32_t index) const;
   int32_t getPosition(int32_t index) const;
   const SeparatorImpl& getSlot(int32_t index) const;

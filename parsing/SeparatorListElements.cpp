@@ -38,6 +38,13 @@ void SeparatorList::settleHeadersBefore(const MessageSetDefn* setDefn, const Seg
   }
 }
 
+bool SeparatorList::isInUse(int32_t index) const {
+  if (index == kCurrent) index = currentSeparator;
+  if (index == qxSepNone) return false;
+  if (index == qxSepString) return !specialStrings.empty() && !specialStrings.back().empty();
+  return getSlot(index).active;
+}
+
 bool SeparatorList::atOuterSeparator(ParserStream& stream, int32_t innerLevels) const {
   const auto outer = levels.end() - std::min<std::ptrdiff_t>(innerLevels, static_cast<std::ptrdiff_t>(levels.size()));
   if (crlfEquivalent != -1 && stream.startsWith(kCarriageReturnLineFeed)) {
