@@ -6,6 +6,7 @@
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/SegmentDefn.h"
+#include "elements/BinaryEncoding.h"
 #include "elements/FactorySettings.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/TextCompare.h"
@@ -86,8 +87,7 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
     if (!text.empty()) text = list.translateValue(text);
   } else if (!isEmpty() || getCountKind() != 0 || calculated) {
     if (isEncodedBinary()) {
-      // Binary encodings on the wire arrive with their encoder.
-      text = value.str();
+      if (binaryValue) BinaryEncoding::encode(getBaseType(), *binaryValue, text);
     } else {
       const bool recount = settings.forceCountUpdate && getCountKind() != 0;
       text = minimize && !recount ? getEncodedValueNoTouch() : currentValue();

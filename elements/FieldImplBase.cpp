@@ -4,6 +4,7 @@
 #include "definitions/FieldDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "elements/ElementMessages.h"
+#include "elements/BinaryEncoding.h"
 #include "elements/ElementPath.h"
 #include "elements/FactorySettings.h"
 #include "elements/PositionedWrite.h"
@@ -255,7 +256,8 @@ void FieldImplBase::readValue(std::u16string_view token, bool stable) {
     if (isBinaryField()) {
       binaryValue = std::make_unique<std::vector<unsigned char>>();
       if (isEncodedBinary()) {
-        // Decoding arrives with the binary encodings; until then the text is kept as it came.
+        // A text that doesn't decode leaves the record empty; validation reports it.
+        BinaryEncoding::decode(getBaseType(), value.view(), *binaryValue);
       } else {
         *binaryValue = unitsAsBytes(value.view());
       }

@@ -42,7 +42,7 @@ messageSets:
           - {name: Codes, maxRepeats: 3}
           - {name: Amount, dataType: long, alignment: zeroMin, minLength: 4}
       - name: NTE
-        fields: [{name: Text}, {name: Comment}]
+        fields: [{name: Text}, {name: Comment, default: none}]
       - name: PV1
         fields: [{name: Class, required: true}, {name: Location}]
       - name: OBX
