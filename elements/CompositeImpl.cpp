@@ -87,7 +87,7 @@ std::unique_ptr<FieldBase> CompositeImpl::makeChild(int index) {
 
 InternalElement* CompositeImpl::getChildCreating(int index) {
   if (FieldBase* existing = childAt(index)) return existing;
-  if (children.size() <= static_cast<size_t>(index)) children.resize(static_cast<size_t>(index) + 1);
+  if (children.size() <= static_cast<size_t>(index)) children.resize(static_cast<size_t>(getFieldCount()));
   children[static_cast<size_t>(index)] = makeChild(index);
   setTreeChanged(true);
   return children[static_cast<size_t>(index)].get();
@@ -349,9 +349,9 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
     } else if (!token.characters().empty()) {
       const std::u16string_view text = token.characters();
       InternalElement* child = getChildCreating(i);
-      if (auto* primitive = dynamic_cast<FieldImplBase*>(child)) {
+      if (child->getNodeType() == qxPrimitive) {
         SegmentImplBase* owner = getOwner();
-        primitive->readValue(text, token.useView && owner && owner->isInSourceText(text));
+        static_cast<FieldImplBase*>(child)->readValue(text, token.useView && owner && owner->isInSourceText(text));
       } else {
         StringParserStream childStream(text.data(), static_cast<int32_t>(text.size()));
         uint32_t childMore = 0;

@@ -23,13 +23,15 @@ FieldBase::FieldBase(const FieldDefn& fieldDefn, InternalElement* parent, int32_
 FieldBase::~FieldBase() = default;
 
 void FieldBase::findOwner() {
-  const InternalElement* child = this;
-  for (InternalElement* node = parent; node; child = node, node = node->parent) {
-    if (auto* segment = dynamic_cast<SegmentImplBase*>(node)) {
-      ownerSegment = segment;
-      ownerFieldIndex = static_cast<int16_t>(child->index);
-      return;
-    }
+  // A field's parent is a segment or another field-like node, which knows the segment already.
+  if (!parent) return;
+  if (parent->isFieldNode()) {
+    const auto* above = static_cast<const FieldBase*>(parent);
+    ownerSegment = above->ownerSegment;
+    ownerFieldIndex = above->ownerFieldIndex;
+  } else {
+    ownerSegment = static_cast<SegmentImplBase*>(parent);
+    ownerFieldIndex = static_cast<int16_t>(index);
   }
 }
 

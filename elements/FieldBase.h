@@ -63,6 +63,7 @@ class FieldBase : public InternalElement, public FieldLocation {
   void validateTop(ValidationErrorList& out, bool includeWarnings) override;
   SeparatorList* getSeparatorList() override;
   const MessageSetDefn* getMessageSetDefn() override;
+  bool isFieldNode() const override { return true; }
 
   // FieldLocation
   std::string getFieldPath() override;

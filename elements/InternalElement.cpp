@@ -5,12 +5,17 @@
 #include "definitions/FieldPathDefn.h"
 #include "definitions/SeparatorDefn.h"
 #include "elements/ElementMessages.h"
+#include "elements/NodePool.h"
 #include "foundation/BadParameter.h"
 #include "parsing/SeparatorList.h"
 #include "validation/ValidationErrorList.h"
 #include "validation/ValidationErrorNumbers.h"
 
 namespace vantrelia {
+
+void* InternalElement::operator new(size_t size) { return NodePool::allocate(size); }
+
+void InternalElement::operator delete(void* node, size_t size) { NodePool::release(node, size); }
 
 ValidationErrorList InternalElement::validate() {
   ValidationErrorList out;

@@ -25,6 +25,10 @@ class InternalElement : public MessageElement {
  public:
   InternalElement(InternalElement* parentNode, int32_t indexInParent) : parent(parentNode), index(indexInParent) {}
 
+  // Nodes come from the node pool: a parse makes one for every field it meets.
+  static void* operator new(size_t size);
+  static void operator delete(void* node, size_t size);
+
   // Both run validateTop on a fresh list, with and without warnings.
   ValidationErrorList validate() override;
   ValidationErrorList validateWithErrorsOnly() override;
@@ -94,6 +98,9 @@ class InternalElement : public MessageElement {
   virtual bool isPlaceholderSegment();
   // Only a message knows the option; everything below asks upward.
   virtual bool isMinimizeChanges();
+  // Whether this node is a field, composite or repeat below a segment: a field's owner is the
+  // first ancestor that isn't one.
+  virtual bool isFieldNode() const { return false; }
 
   // Null for the root of a tree. Not owned: the parent owns this node.
   InternalElement* parent;

@@ -168,9 +168,9 @@ void RepeatFieldImpl::readItem(ParserStream& stream, RecordedErrors& errors, Val
   auto* item = static_cast<InternalElement*>(appendElement(nullptr));
   const std::u16string_view text = token.characters();
   if (text.empty()) return;
-  if (auto* primitive = dynamic_cast<FieldImplBase*>(item)) {
+  if (item->getNodeType() == qxPrimitive) {
     SegmentImplBase* owner = getOwner();
-    primitive->readValue(text, token.useView && owner && owner->isInSourceText(text));
+    static_cast<FieldImplBase*>(item)->readValue(text, token.useView && owner && owner->isInSourceText(text));
     return;
   }
   StringParserStream itemStream(text.data(), static_cast<int32_t>(text.size()));

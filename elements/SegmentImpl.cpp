@@ -69,7 +69,6 @@ std::unique_ptr<InternalElement> SegmentImpl::cloneWithParent(InternalElement* n
 bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                                      ValidationLocation& location) {
   SeparatorList& list = *separators;
-  const FieldPathDefn segmentPath = FieldPathDefn::parse(segmentDefn->getName().view());
   status = 0;
 
   if (definitionFlags(list, qxSepSegment) & SeparatorDefn::kInitiator) {
@@ -80,7 +79,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
     return false;
   }
   if (list.getVariablePending()) {
-    list.readFromStream(segmentPath, stream);
+    list.readFromStream(FieldPathDefn::parse(segmentDefn->getName().view()), stream);
     list.settleHeadersBefore(getMessageSetDefn(), segmentDefn, -1);
   }
 
@@ -204,8 +203,9 @@ void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedE
     return;
   }
   FieldBase* field = getField(index);
-  if (auto* primitive = dynamic_cast<FieldImplBase*>(field)) {
-    primitive->readValue(text, isInSourceText(text));
+  // Every primitive node of a segment is a FieldImplBase.
+  if (field->getNodeType() == qxPrimitive) {
+    static_cast<FieldImplBase*>(field)->readValue(text, isInSourceText(text));
     return;
   }
   StringParserStream fieldStream(text.data(), static_cast<int32_t>(text.size()));

@@ -83,7 +83,8 @@ std::unique_ptr<FieldBase> SegmentImplBase::makeField(int index) {
 }
 
 void SegmentImplBase::storeField(int index, std::unique_ptr<FieldBase> field) {
-  if (fields.size() <= static_cast<size_t>(index)) fields.resize(static_cast<size_t>(index) + 1);
+  // One slot for each field from the first one made: a segment that holds anything holds a few.
+  if (fields.size() <= static_cast<size_t>(index)) fields.resize(static_cast<size_t>(segmentDefn->getFieldCount()));
   fields[static_cast<size_t>(index)] = std::move(field);
 }
 

@@ -1,0 +1,82 @@
+#include "elements/NodePool.h"
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace vantrelia {
+
+namespace {
+
+constexpr size_t kGranule = 16;
+constexpr size_t kClasses = NodePool::kLargestSlot / kGranule;
+constexpr size_t kBlockBytes = 64 * 1024;
+
+struct FreeSlot {
+  FreeSlot* next;
+};
+
+struct ThreadPool {
+  std::array<FreeSlot*, kClasses> free{};
+  size_t inUse = 0;
+  // The block being carved, and what is left of it.
+  char* cursor = nullptr;
+  size_t left = 0;
+};
+
+// Blocks of every thread, kept for the life of the process (see the header).
+std::vector<std::unique_ptr<char[]>>& blocks() {
+  static auto* all = new std::vector<std::unique_ptr<char[]>>();
+  return *all;
+}
+
+thread_local ThreadPool pool;
+
+size_t classOf(size_t size) { return (size + kGranule - 1) / kGranule - 1; }
+
+}  // namespace
+
+void* NodePool::allocate(size_t size) {
+  if (size == 0 || size > kLargestSlot) return ::operator new(size);
+  const size_t sizeClass = classOf(size);
+  pool.inUse += (sizeClass + 1) * kGranule;
+  if (FreeSlot* slot = pool.free[sizeClass]) {
+    pool.free[sizeClass] = slot->next;
+    return slot;
+  }
+  const size_t slotBytes = (sizeClass + 1) * kGranule;
+  if (pool.left < slotBytes) {
+    auto block = std::make_unique_for_overwrite<char[]>(kBlockBytes);
+    pool.cursor = block.get();
+    pool.left = kBlockBytes;
+    // One lock-free list per thread, one shared list of blocks: guard it.
+    static std::atomic_flag busy = ATOMIC_FLAG_INIT;
+    while (busy.test_and_set(std::memory_order_acquire)) {
+    }
+    blocks().push_back(std::move(block));
+    busy.clear(std::memory_order_release);
+  }
+  void* slot = pool.cursor;
+  pool.cursor += slotBytes;
+  pool.left -= slotBytes;
+  return slot;
+}
+
+void NodePool::release(void* slot, size_t size) {
+  if (!slot) return;
+  if (size == 0 || size > kLargestSlot) {
+    ::operator delete(slot);
+    return;
+  }
+  auto* freed = static_cast<FreeSlot*>(slot);
+  const size_t sizeClass = classOf(size);
+  pool.inUse -= (sizeClass + 1) * kGranule;
+  freed->next = pool.free[sizeClass];
+  pool.free[sizeClass] = freed;
+}
+
+size_t NodePool::bytesInUse() { return pool.inUse; }
+
+}  // namespace vantrelia
