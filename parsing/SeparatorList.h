@@ -7,6 +7,12 @@
 // and which separator text goes out next when writing, holding separators back until data follows
 // so that empty trailing items vanish by themselves. It also holds the tree's error severities,
 // since every element of a tree can reach it.
+//
+// Its definitions are split by those questions: SeparatorList.cpp keeps the slots, their reset and
+// the severities; SeparatorListLevels.cpp the stack of levels and the trie kept in step with it;
+// SeparatorListRead.cpp the reads that build the trie or handle escapes and quotes;
+// SeparatorListHeaders.cpp the separators carried by header fields; SeparatorListWrite.cpp the
+// pending separators of writing; SeparatorListEncoding.cpp the replacements in field values.
 
 #include <array>
 #include <cstdint>
@@ -200,12 +206,15 @@ class SeparatorList {
     bool fixedWidth;
   };
 
+  static constexpr std::u16string_view kQuote = u"\"";
+  static constexpr std::u16string_view kDoubledQuote = u"\"\"";
+
   static void checkSeparatorIndex(int32_t index);
   static bool pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath);
   static std::string pathText(const FieldPathDefn& path);
   static int32_t rank(int32_t index);
 
-  const SeparatorDefn& defnOf(int32_t index) const;
+  const SeparatorDefn& defnOf(int32_t index) const { return *slots[static_cast<size_t>(index)].defn; }
   // Replacements of every slot from the definitions, in this message's separators.
   void takeReplacements();
   void takeDefaults(SeparatorImpl& slot);
