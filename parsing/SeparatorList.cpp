@@ -109,9 +109,7 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
   stackSaver.clear();
 
   checkOutputTail = false;
-  output.clear();
-  pending.clear();
-  pendingLast = -1;
+  clearOutput();
   trieDirty = true;
   if (genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
   updateActive();
@@ -133,7 +131,7 @@ std::u16string_view SeparatorList::getSeparatorValue(int32_t index) const {
   if (index == kCurrent) index = currentSeparator;
   checkSeparatorIndex(index);
   if (index == qxSepNone) return {};
-  if (index == qxSepString) return specialStrings.empty() ? std::u16string_view() : specialStrings.back();
+  if (index == qxSepString) return pushedString();
   return slots[static_cast<size_t>(index)].value;
 }
 
@@ -141,9 +139,7 @@ bool SeparatorList::isSeparatorActive(int32_t index) const {
   if (index == kCurrent) index = currentSeparator;
   checkSeparatorIndex(index);
   if (std::find(levels.begin(), levels.end(), index) == levels.end()) return false;
-  if (index == qxSepNone) return false;
-  if (index == qxSepString) return !specialStrings.empty() && !specialStrings.back().empty();
-  return slots[static_cast<size_t>(index)].active;
+  return !levelText(static_cast<ESeparatorType>(index)).empty();
 }
 
 const FieldPathDefn& SeparatorList::getFieldLocation(int32_t index) const {

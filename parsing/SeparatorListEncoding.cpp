@@ -19,23 +19,38 @@ bool startsWithAt(std::u16string_view text, size_t at, std::u16string_view what)
   return !what.empty() && text.substr(at, what.size()) == what;
 }
 
+// Whether a value of the quoted text type that holds the separator goes out in double quotes: the
+// null, decimal and filler marks belong to data and never make it.
+bool forcesQuotes(int32_t index) { return index != qxSepNull && index != qxSepDecimal && index != qxSepFiller; }
+
+// Where the text that from(slot) gives for a slot stands at `at`, puts the slot's value in result
+// and steps over it; the first slot that matches wins, and an empty text matches nothing.
+template <typename From>
+bool putSlotValueAt(const std::array<SeparatorImpl, kSeparatorCount>& slots, std::u16string_view text, size_t& at,
+                    std::u16string& result, From from) {
+  for (const SeparatorImpl& slot : slots) {
+    const std::u16string_view seen = from(slot);
+    if (startsWithAt(text, at, seen)) {
+      result += slot.value;
+      at += seen.size();
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 // ----- replacements and the characters that call for them
 
-void SeparatorList::takeDefaults(SeparatorImpl& slot) {
-  slot.takeDefaultValue();
+void SeparatorList::takeReplacements(SeparatorImpl& slot) {
   slot.replacementValue = translateValue(slot.defn->getReplacementValue().view());
   slot.terminatorReplacement =
       slot.isVariable() ? translateValue(slot.defn->getTerminatorReplacement().view()) : slot.replacementValue;
 }
 
 void SeparatorList::takeReplacements() {
-  for (SeparatorImpl& slot : slots) {
-    slot.replacementValue = translateValue(slot.defn->getReplacementValue().view());
-    slot.terminatorReplacement =
-        slot.isVariable() ? translateValue(slot.defn->getTerminatorReplacement().view()) : slot.replacementValue;
-  }
+  for (SeparatorImpl& slot : slots) takeReplacements(slot);
 }
 
 std::u16string_view SeparatorList::entryText(const ReplaceEntry& entry) const {
@@ -68,9 +83,7 @@ void SeparatorList::rebuildCharacterSets() {
     const std::u16string_view text = entryText(entry);
     if (!slot.active || text.empty()) continue;
     if (!slot.replacementValue.empty()) mustEncodeCharacters += text.front();
-    if (entry.index != qxSepNull && entry.index != qxSepDecimal && entry.index != qxSepFiller) {
-      mustQuoteCharacters += text.front();
-    }
+    if (forcesQuotes(entry.index)) mustQuoteCharacters += text.front();
   }
   mustQuoteCharacters += kQuote;
 }
@@ -80,19 +93,12 @@ void SeparatorList::rebuildCharacterSets() {
 std::u16string SeparatorList::translateValue(std::u16string_view text) const {
   std::u16string result;
   result.reserve(text.size());
+  const auto defaultText = [this](const SeparatorImpl& slot) {
+    const bool settled = slot.known || (!fromWire && !slot.value.empty());
+    return settled ? slot.defn->getValue().view() : std::u16string_view();
+  };
   for (size_t at = 0; at < text.size();) {
-    bool replaced = false;
-    for (const SeparatorImpl& slot : slots) {
-      if (!(slot.known || (!fromWire && !slot.value.empty()))) continue;
-      const std::u16string_view defaultText = slot.defn->getValue().view();
-      if (startsWithAt(text, at, defaultText)) {
-        result += slot.value;
-        at += defaultText.size();
-        replaced = true;
-        break;
-      }
-    }
-    if (!replaced) result += text[at++];
+    if (!putSlotValueAt(slots, text, at, result, defaultText)) result += text[at++];
   }
   return result;
 }
@@ -125,9 +131,7 @@ std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fiel
         taken = true;
         break;
       }
-      if (quotedType && entry.index != qxSepNull && entry.index != qxSepDecimal && entry.index != qxSepFiller) {
-        needsQuotes = true;
-      }
+      if (quotedType && forcesQuotes(entry.index)) needsQuotes = true;
     }
     if (!taken) result += text[at++];
   }
@@ -141,6 +145,9 @@ std::u16string SeparatorList::decodeValue(std::u16string_view text, int32_t fiel
   size_t at = 0;
   const bool quoted = fieldType == kQuotedTextType && !text.empty() && text.front() == kQuote.front();
   if (quoted) at = 1;
+  const auto replacementText = [](const SeparatorImpl& slot) {
+    return slot.active ? std::u16string_view(slot.replacementValue) : std::u16string_view();
+  };
   while (at < text.size()) {
     if (quoted && text[at] == kQuote.front()) {
       if (at + 1 == text.size()) break;
@@ -150,18 +157,16 @@ std::u16string SeparatorList::decodeValue(std::u16string_view text, int32_t fiel
         continue;
       }
     }
-    bool replaced = false;
-    for (const SeparatorImpl& slot : slots) {
-      if (slot.active && startsWithAt(text, at, slot.replacementValue)) {
-        result += slot.value;
-        at += slot.replacementValue.size();
-        replaced = true;
-        break;
-      }
-    }
-    if (!replaced) result += text[at++];
+    if (!putSlotValueAt(slots, text, at, result, replacementText)) result += text[at++];
   }
   return result;
+}
+
+// ----- the check of a value on the wire
+
+std::u16string_view SeparatorList::escapeText(int32_t index) const {
+  return index >= 0 && index < kSeparatorSlots ? std::u16string_view(slots[static_cast<size_t>(index)].value)
+                                               : std::u16string_view();
 }
 
 std::optional<int32_t> SeparatorList::findInvalidCharacters(const SeparatorField& field, std::u16string_view wireValue,
@@ -170,7 +175,7 @@ std::optional<int32_t> SeparatorList::findInvalidCharacters(const SeparatorField
   if (setting == qxVESIgnore || (setting == qxVESWarning && !warningsWanted)) return std::nullopt;
 
   const PrimitiveTypeDefn* type = field.getCustomType();
-  const bool escaped = type && type->getUsingSpecialEscapeCharacters();
+  const bool escaped = isEscapedField(field);
   const bool quotedType = field.getFieldType() == kQuotedTextType;
   std::vector<int32_t> checked;
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
@@ -183,13 +188,8 @@ std::optional<int32_t> SeparatorList::findInvalidCharacters(const SeparatorField
     checked.push_back(i);
   }
 
-  std::u16string_view startEscape, endEscape;
-  if (escaped) {
-    const int32_t start = type->rawStartEscapeCharacter();
-    const int32_t end = type->rawEndEscapeCharacter();
-    if (start >= 0 && start < kSeparatorSlots) startEscape = slots[static_cast<size_t>(start)].value;
-    if (end >= 0 && end < kSeparatorSlots) endEscape = slots[static_cast<size_t>(end)].value;
-  }
+  const std::u16string_view startEscape = escaped ? escapeText(type->rawStartEscapeCharacter()) : std::u16string_view();
+  const std::u16string_view endEscape = escaped ? escapeText(type->rawEndEscapeCharacter()) : std::u16string_view();
   for (size_t at = 0; at < wireValue.size();) {
     if (escaped && startsWithAt(wireValue, at, startEscape)) {
       const size_t close = endEscape.empty() ? std::u16string_view::npos

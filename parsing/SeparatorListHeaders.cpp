@@ -21,17 +21,22 @@ namespace vantrelia {
 
 namespace {
 
-bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
-  return text.size() >= prefix.size() && equalIgnoringCase(text.substr(0, prefix.size()), prefix);
-}
-
-}  // namespace
-
-std::string SeparatorList::pathText(const FieldPathDefn& path) {
+std::string pathText(const FieldPathDefn& path) {
   std::string text = path.getName().str();
   for (const int32_t index : path.getIndexes()) text += "/" + std::to_string(index);
   return text;
 }
+
+bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() && equalIgnoringCase(text.substr(0, prefix.size()), prefix);
+}
+
+// Whether a separator's header field lies under path, compared without case.
+bool fieldLiesUnder(const FieldPathDefn& fieldPath, std::string_view path) {
+  return fieldPath.getName().length() != 0 && startsWithIgnoringCase(pathText(fieldPath), path);
+}
+
+}  // namespace
 
 bool SeparatorList::pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath) {
   const std::string_view wanted = separatorPath.getName().view();
@@ -158,29 +163,29 @@ std::u16string SeparatorList::collectForFieldEnd(const FieldPathDefn& fieldPath)
 
 // ----- settling them without a read
 
-void SeparatorList::markKnownForPath(std::string_view path) {
+void SeparatorList::settleToDefault(SeparatorImpl& slot) {
+  slot.takeDefaultValue();
+  takeReplacements(slot);
+  slot.known = true;
+  trieDirty = true;
+}
+
+void SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
   if (!variablePending) return;
   for (SeparatorImpl& slot : slots) {
-    const FieldPathDefn& fieldPath = slot.defn->getFieldPath();
-    if (!slot.known && fieldPath.getName().length() != 0 && startsWithIgnoringCase(pathText(fieldPath), path)) {
+    if (slot.known || !fieldLiesUnder(slot.defn->getFieldPath(), path)) continue;
+    if (takeDefaults) {
+      settleToDefault(slot);
+    } else {
       slot.known = true;
     }
   }
   updateActive();
 }
 
-void SeparatorList::applyDefaultForPath(std::string_view path) {
-  if (!variablePending) return;
-  for (SeparatorImpl& slot : slots) {
-    const FieldPathDefn& fieldPath = slot.defn->getFieldPath();
-    if (!slot.known && fieldPath.getName().length() != 0 && startsWithIgnoringCase(pathText(fieldPath), path)) {
-      takeDefaults(slot);
-      slot.known = true;
-      trieDirty = true;
-    }
-  }
-  updateActive();
-}
+void SeparatorList::markKnownForPath(std::string_view path) { settleForPath(path, false); }
+
+void SeparatorList::applyDefaultForPath(std::string_view path) { settleForPath(path, true); }
 
 void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
                                          const std::function<int32_t(std::string_view)>& childIndex) {
@@ -216,14 +221,9 @@ void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_v
     if (equalIgnoringCase(itemName, name)) break;
     for (int32_t i = 0; i < kSeparatorSlots; ++i) {
       SeparatorImpl& slot = slots[static_cast<size_t>(i)];
-      const FieldPathDefn& fieldPath = slot.defn->getFieldPath();
-      if (fieldPath.getName().length() == 0 || !startsWithIgnoringCase(pathText(fieldPath), itemName)) continue;
+      if (!fieldLiesUnder(slot.defn->getFieldPath(), itemName)) continue;
       slot = savedSlots[static_cast<size_t>(i)];
-      if (!slot.known) {
-        takeDefaults(slot);
-        slot.known = true;
-        trieDirty = true;
-      }
+      if (!slot.known) settleToDefault(slot);
     }
   }
   updateActive();

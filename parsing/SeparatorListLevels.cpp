@@ -8,13 +8,6 @@
 
 namespace vantrelia {
 
-[[gnu::always_inline]] inline std::u16string_view SeparatorList::levelText(ESeparatorType index) const {
-  if (index == qxSepNone) return {};
-  if (index == qxSepString) return specialStrings.empty() ? std::u16string_view() : specialStrings.back();
-  const SeparatorImpl& slot = slots[static_cast<size_t>(index)];
-  return slot.active ? std::u16string_view(slot.value) : std::u16string_view();
-}
-
 void SeparatorList::addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level) {
   if (text.empty()) return;
   trie->addSequence(index, text, SeparatorTrieNode::kSeparator, level);
@@ -93,7 +86,7 @@ void SeparatorList::saveAndPopTo(ESeparatorType index) {
   while (!levels.empty() && levels.back() != index) {
     const ESeparatorType top = levels.back();
     PoppedLevel level{top, {}, !levelFixedWidth.empty() && levelFixedWidth.back() != 0};
-    if (top == qxSepString && !specialStrings.empty()) level.specialString = specialStrings.back();
+    if (top == qxSepString) level.specialString = pushedString();
     popped.push_back(std::move(level));
     popSeparator();
   }

@@ -76,16 +76,13 @@ void SeparatorList::addEscapes(const SeparatorField* field, SeparatorTrieNode& r
   const PrimitiveTypeDefn* type = field->getCustomType();
   const int32_t start = type->rawStartEscapeCharacter();
   const int32_t end = type->rawEndEscapeCharacter();
-  if (start >= 0 && start < kSeparatorSlots) {
-    root.addSequence(start, slots[static_cast<size_t>(start)].value, SeparatorTrieNode::kStartEscape, level);
-  }
-  if (end >= 0 && end < kSeparatorSlots) {
-    root.addSequence(end, slots[static_cast<size_t>(end)].value, SeparatorTrieNode::kEndEscape, level);
-  }
+  root.addSequence(start, escapeText(start), SeparatorTrieNode::kStartEscape, level);
+  root.addSequence(end, escapeText(end), SeparatorTrieNode::kEndEscape, level);
 }
 
 void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,
-                                    bool applyReplacements, bool useGenericTrie, const SeparatorField* field) {
+                                    bool applyReplacements, bool useGenericTrie, const SeparatorField* field,
+                                    bool allowQuotes) {
   if (trieDirty) buildTrie();
   SeparatorTrieNode& root = useGenericTrie && genericTrie ? *genericTrie : *trie;
   const bool escaped = field && isEscapedField(*field);
@@ -94,7 +91,7 @@ void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, in
     addEscapes(field, root, 0);
   }
   // A comparison in place: peek would build a text for every value read.
-  if (stream.nextIs(kQuote[0])) [[unlikely]] {
+  if (allowQuotes && stream.nextIs(kQuote[0])) [[unlikely]] {
     readQuoted(stream, token, maxLength, applyReplacements, root);
   } else {
     stream.readToken(root, token, maxLength, applyReplacements);
@@ -104,15 +101,7 @@ void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, in
 
 void SeparatorList::readTokenEscaped(ParserStream& stream, ParserToken& token, int32_t maxLength,
                                      bool applyReplacements, bool useGenericTrie, const SeparatorField* field) {
-  if (trieDirty) buildTrie();
-  SeparatorTrieNode& root = useGenericTrie && genericTrie ? *genericTrie : *trie;
-  const bool escaped = field && isEscapedField(*field);
-  if (escaped) {
-    flushOutOfForce();
-    addEscapes(field, root, 0);
-  }
-  stream.readToken(root, token, maxLength, applyReplacements);
-  if (escaped) addEscapes(field, root, SeparatorTrieNode::kOutOfForce);
+  readTokenSlowly(stream, token, maxLength, applyReplacements, useGenericTrie, field, false);
 }
 
 void SeparatorList::readQuoted(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,

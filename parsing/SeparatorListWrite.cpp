@@ -7,7 +7,10 @@
 
 namespace vantrelia {
 
-int32_t SeparatorList::rank(int32_t index) {
+namespace {
+
+// How deep a separator nests for writing, 0 the outermost.
+int32_t rank(int32_t index) {
   switch (index) {
     case qxSepMessage:
     case qxSepCrlf: return 0;
@@ -23,16 +26,18 @@ int32_t SeparatorList::rank(int32_t index) {
   }
 }
 
+}  // namespace
+
 void SeparatorList::writeSeparator(int32_t position, int32_t index) {
   if (index == kCurrent) index = currentSeparator;
   checkSeparatorIndex(index);
-  if (index == qxSepNone) return;
+  const std::u16string_view inUse = levelText(static_cast<ESeparatorType>(index));
+  if (inUse.empty()) return;
   const SeparatorImpl& slot = slots[static_cast<size_t>(index)];
-  if (index == qxSepString ? specialStrings.empty() || specialStrings.back().empty() : !slot.active) return;
   const uint32_t flags = slot.flags();
   if (!(flags & static_cast<uint32_t>(position))) return;
 
-  std::u16string_view text = index == qxSepString        ? std::u16string_view(specialStrings.back())
+  std::u16string_view text = index == qxSepString        ? inUse
                              : position == kWriteInitiator  ? std::u16string_view(slot.initiator)
                              : position == kWriteTerminator ? std::u16string_view(slot.terminator)
                                                             : std::u16string_view(slot.value);

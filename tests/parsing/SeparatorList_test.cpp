@@ -252,6 +252,8 @@ TEST(SeparatorListTest, WhatIsInUseAtTheTopOfTheStack) {
   }
 }
 
+// readToken takes a leading double quote as the start of a quoted value; readTokenEscaped takes
+// it as data. Both keep the field type's escapes.
 TEST(SeparatorListTest, QuotedValuesAndEscapes) {
   Hl7Set hl7;
   SeparatorList list(hl7.set(), false, nullptr);
@@ -262,63 +264,43 @@ TEST(SeparatorListTest, QuotedValuesAndEscapes) {
   const TestField escaped(escapedType, 0, "SEG/1");
 
   struct Case {
+    bool quotes;  // readToken rather than readTokenEscaped
     std::u16string text;
     const SeparatorField* field;
     std::u16string token;
     std::u16string after;  // what the stream holds after the read
   };
   const Case cases[] = {
-      {u"\"A|B^C\"^D", nullptr, u"A|B^C", u"^D"},
-      {u"\"say \"\"hi\"\"\"|D", nullptr, u"say \"hi\"", u"|D"},
-      {u"\"open\rX", nullptr, u"open", u"\rX"},
+      {true, u"\"A|B^C\"^D", nullptr, u"A|B^C", u"^D"},
+      {true, u"\"say \"\"hi\"\"\"|D", nullptr, u"say \"hi\"", u"|D"},
+      {true, u"\"open\rX", nullptr, u"open", u"\rX"},
       // Between the escapes, replacement sequences stay as they stand.
-      {u"A{B\\F\\C}E^F", &escaped, u"A{B\\F\\C}E", u"^F"},
-      {u"A{B\\F\\C}E^F", nullptr, u"A{B|C}E", u"^F"},
+      {true, u"A{B\\F\\C}E^F", &escaped, u"A{B\\F\\C}E", u"^F"},
+      {true, u"A{B\\F\\C}E^F", nullptr, u"A{B|C}E", u"^F"},
       // A separator inside an escape still ends the value.
-      {u"A{B^C}E", &escaped, u"A{B", u"^C}E"},
+      {true, u"A{B^C}E", &escaped, u"A{B", u"^C}E"},
+      {false, u"\"A|B\"^C", nullptr, u"\"A", u"|B\"^C"},
+      {false, u"\"A{|}B\"^C", &escaped, u"\"A{", u"|}B\"^C"},
+      {false, u"A{B\\F\\C}D^E", &escaped, u"A{B\\F\\C}D", u"^E"},
+      {false, u"A\\F\\B^E", nullptr, u"A|B", u"^E"},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
+    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()) + (c.quotes ? "" : " escaped read"));
     StringParserStream stream(c.text);
-    EXPECT_EQ(readOne(list, stream, c.field).text, c.token);
+    ParserToken token;
+    token.useView = true;
+    if (c.quotes) {
+      list.readToken(stream, token, 0, true, false, c.field);
+    } else {
+      list.readTokenEscaped(stream, token, 0, true, false, c.field);
+    }
+    EXPECT_EQ(token.characters(), c.token);
     EXPECT_EQ(stream.readRest(), c.after);
     EXPECT_EQ(list.getLevels().size(), 5u) << "the levels come back after a quoted value";
   }
   // The escape sequences leave with the read: the next field cuts at the separator again.
   StringParserStream stream(u"A{B^C", -1);
   EXPECT_EQ(readOne(list, stream).text, u"A{B");
-}
-
-// The read without quotes: a leading double quote is data, and the field type's escapes still hold.
-TEST(SeparatorListTest, EscapedReadTakesQuotesAsData) {
-  Hl7Set hl7;
-  SeparatorList list(hl7.set(), false, nullptr);
-  list.reset(false, true, true);
-  list.pushSeparator(qxSepField1);
-  list.pushSeparator(qxSepField2);
-  const PrimitiveTypeDefn* escapedType = hl7.warehouse->getPrimitiveTypes().begin()->second.get();
-  const TestField escaped(escapedType, 0, "SEG/1");
-  struct Case {
-    std::u16string text;
-    const SeparatorField* field;
-    std::u16string token;
-    std::u16string after;
-  };
-  const Case cases[] = {
-      {u"\"A|B\"^C", nullptr, u"\"A", u"|B\"^C"},
-      {u"\"A{|}B\"^C", &escaped, u"\"A{", u"|}B\"^C"},
-      {u"A{B\\F\\C}D^E", &escaped, u"A{B\\F\\C}D", u"^E"},
-      {u"A\\F\\B^E", nullptr, u"A|B", u"^E"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
-    StringParserStream stream(c.text);
-    ParserToken token;
-    token.useView = true;
-    list.readTokenEscaped(stream, token, 0, true, false, c.field);
-    EXPECT_EQ(token.characters(), c.token);
-    EXPECT_EQ(stream.readRest(), c.after);
-  }
 }
 
 TEST(SeparatorListTest, SeparatorsFromHeaderField) {
