@@ -7,6 +7,12 @@
 // and which separator text goes out next when writing, holding separators back until data follows
 // so that empty trailing items vanish by themselves. It also holds the tree's error severities,
 // since every element of a tree can reach it.
+//
+// Its definitions are split by those questions: SeparatorList.cpp keeps the slots, their reset and
+// the severities; SeparatorListLevels.cpp the stack of levels and the trie kept in step with it;
+// SeparatorListRead.cpp the reads that build the trie or handle escapes and quotes;
+// SeparatorListHeaders.cpp the separators carried by header fields; SeparatorListWrite.cpp the
+// pending separators of writing; SeparatorListEncoding.cpp the replacements in field values.
 
 #include <array>
 #include <cstdint>
@@ -123,8 +129,8 @@ class SeparatorList {
   // Inline: it runs once per value read, and most values need none of what the slow path does.
   void readToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
                  bool useGenericTrie, const SeparatorField* field) {
-    if (trieDirty || (field && isEscapedField(*field)) || stream.nextIs(u'"')) [[unlikely]] {
-      readTokenSlowly(stream, token, maxLength, applyReplacements, useGenericTrie, field);
+    if (trieDirty || (field && isEscapedField(*field)) || stream.nextIs(kQuote[0])) [[unlikely]] {
+      readTokenSlowly(stream, token, maxLength, applyReplacements, useGenericTrie, field, true);
     } else {
       stream.readToken(useGenericTrie && genericTrie ? *genericTrie : *trie, token, maxLength, applyReplacements);
     }
@@ -217,38 +223,65 @@ class SeparatorList {
     bool fixedWidth;
   };
 
+  static constexpr std::u16string_view kQuote = u"\"";
+  static constexpr std::u16string_view kDoubledQuote = u"\"\"";
+
   static void checkSeparatorIndex(int32_t index);
   static bool pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath);
-  static std::string pathText(const FieldPathDefn& path);
-  static int32_t rank(int32_t index);
 
-  const SeparatorDefn& defnOf(int32_t index) const;
-  // Replacements of every slot from the definitions, in this message's separators.
-  void takeReplacements();
-  void takeDefaults(SeparatorImpl& slot);
-  void rebuildReplaceOrder();
-  void rebuildCharacterSets();
-  std::u16string_view entryText(const ReplaceEntry& entry) const;
-  std::u16string_view entryReplacement(const ReplaceEntry& entry) const;
-  // The text a level stands for, or empty when it is not in use.
-  std::u16string_view levelText(ESeparatorType index) const;
+  const SeparatorDefn& defnOf(int32_t index) const { return *slots[static_cast<size_t>(index)].defn; }
+  // The string of the innermost qxSepString level, empty when none is pushed.
+  std::u16string_view pushedString() const {
+    return specialStrings.empty() ? std::u16string_view() : std::u16string_view(specialStrings.back());
+  }
+  // The text a level stands for, or empty when it is not in use. Inline: every push and pop asks.
+  [[gnu::always_inline]] std::u16string_view levelText(ESeparatorType index) const {
+    if (index == qxSepNone) return {};
+    if (index == qxSepString) return pushedString();
+    const SeparatorImpl& slot = slots[static_cast<size_t>(index)];
+    return slot.active ? std::u16string_view(slot.value) : std::u16string_view();
+  }
+
+  // --- levels
   void addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level);
   // Takes the sequences of popped levels out of force for every level.
   void flushOutOfForce();
+
+  // --- reading
+  static bool isEscapedField(const SeparatorField& field);
+  void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
+  // readToken with a trie to build or escapes of the field's type; with allowQuotes, a value that
+  // opens with a double quote is read as a quoted one.
+  [[gnu::noinline]] void readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,
+                                         bool applyReplacements, bool useGenericTrie, const SeparatorField* field,
+                                         bool allowQuotes);
+  // The read of a value in double quotes, from the opening quote on.
+  [[gnu::cold]] void readQuoted(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                                SeparatorTrieNode& root);
+
+  // --- header fields
   // Slots of header field separators, in rising position (negative: rising absolute position).
   std::vector<int32_t> slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const;
   // The texts of a header field's separators, known ones as read and the others as defined.
   std::u16string collectSlots(const FieldPathDefn& fieldPath, bool endPositions) const;
   void readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream);
-  void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
-  static bool isEscapedField(const SeparatorField& field);
-  // readToken with a trie to build, escapes of the field's type, or a double-quoted value.
-  [[gnu::noinline]] void readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,
-                                         bool applyReplacements, bool useGenericTrie, const SeparatorField* field);
-  // The read of a value in double quotes, from the opening quote on.
-  [[gnu::cold]] void readQuoted(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
-                                SeparatorTrieNode& root);
+  // Settles the pending separators whose header field lies under path, with the definition's
+  // texts when takeDefaults is set.
+  void settleForPath(std::string_view path, bool takeDefaults);
+  // Settles the slot with the definition's texts.
+  void settleToDefault(SeparatorImpl& slot);
   std::u16string_view fillerText() const;
+
+  // --- encoding
+  // The slot's replacements from its definition, in this message's separators.
+  void takeReplacements(SeparatorImpl& slot);
+  void takeReplacements();
+  void rebuildReplaceOrder();
+  void rebuildCharacterSets();
+  std::u16string_view entryText(const ReplaceEntry& entry) const;
+  std::u16string_view entryReplacement(const ReplaceEntry& entry) const;
+  // The text of the slot a type names for an escape mark, empty when it names none.
+  std::u16string_view escapeText(int32_t index) const;
 
   const MessageSetDefn* messageSet;
   bool variablePending = false;

@@ -79,10 +79,7 @@ void SeparatorList::restoreSavedSlots() {
 void SeparatorList::finishWalk() {
   if (variablePending) {
     for (SeparatorImpl& slot : slots) {
-      if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) {
-        takeDefaults(slot);
-        trieDirty = true;
-      }
+      if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) settleToDefault(slot);
     }
   }
   fromWire = false;

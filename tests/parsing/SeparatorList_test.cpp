@@ -221,6 +221,39 @@ TEST(SeparatorListTest, SpecialStringAndNoneOnTheStack) {
   EXPECT_FALSE(list.isSeparatorActive(qxSepString));
 }
 
+// In force for reading means on the stack and settled; written, a level's separator is its text.
+TEST(SeparatorListTest, WhatIsInUseAtTheTopOfTheStack) {
+  Hl7Set hl7;
+  struct Case {
+    const char* name;
+    ESeparatorType pushed;
+    std::u16string_view special;
+    bool active;
+    std::u16string written;  // "K", the separator of the top level, "V"
+  };
+  const Case cases[] = {
+      {"a settled separator", qxSepField1, u"", true, u"K|V"},
+      {"a separator still to be read from the header", qxSepField2, u"", false, u"KV"},
+      {"a pushed string", qxSepString, u"=", true, u"K=V"},
+      {"an empty pushed string", qxSepString, u"", false, u"KV"},
+      {"no separator", qxSepNone, u"", false, u"KV"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(true, true, true);
+    EXPECT_FALSE(list.isSeparatorActive(c.pushed)) << "not on the stack yet";
+    list.pushSeparator(c.pushed, c.special);
+    EXPECT_EQ(list.isSeparatorActive(SeparatorList::kCurrent), c.active);
+    list.writeData(u"K");
+    list.writeSeparator(SeparatorList::kWriteSeparator, SeparatorList::kCurrent);
+    list.writeData(u"V");
+    EXPECT_EQ(list.getOutput(), c.written);
+  }
+}
+
+// readToken takes a leading double quote as the start of a quoted value; readTokenEscaped takes
+// it as data. Both keep the field type's escapes.
 TEST(SeparatorListTest, QuotedValuesAndEscapes) {
   Hl7Set hl7;
   SeparatorList list(hl7.set(), false, nullptr);
@@ -231,25 +264,37 @@ TEST(SeparatorListTest, QuotedValuesAndEscapes) {
   const TestField escaped(escapedType, 0, "SEG/1");
 
   struct Case {
+    bool quotes;  // readToken rather than readTokenEscaped
     std::u16string text;
     const SeparatorField* field;
     std::u16string token;
     std::u16string after;  // what the stream holds after the read
   };
   const Case cases[] = {
-      {u"\"A|B^C\"^D", nullptr, u"A|B^C", u"^D"},
-      {u"\"say \"\"hi\"\"\"|D", nullptr, u"say \"hi\"", u"|D"},
-      {u"\"open\rX", nullptr, u"open", u"\rX"},
+      {true, u"\"A|B^C\"^D", nullptr, u"A|B^C", u"^D"},
+      {true, u"\"say \"\"hi\"\"\"|D", nullptr, u"say \"hi\"", u"|D"},
+      {true, u"\"open\rX", nullptr, u"open", u"\rX"},
       // Between the escapes, replacement sequences stay as they stand.
-      {u"A{B\\F\\C}E^F", &escaped, u"A{B\\F\\C}E", u"^F"},
-      {u"A{B\\F\\C}E^F", nullptr, u"A{B|C}E", u"^F"},
+      {true, u"A{B\\F\\C}E^F", &escaped, u"A{B\\F\\C}E", u"^F"},
+      {true, u"A{B\\F\\C}E^F", nullptr, u"A{B|C}E", u"^F"},
       // A separator inside an escape still ends the value.
-      {u"A{B^C}E", &escaped, u"A{B", u"^C}E"},
+      {true, u"A{B^C}E", &escaped, u"A{B", u"^C}E"},
+      {false, u"\"A|B\"^C", nullptr, u"\"A", u"|B\"^C"},
+      {false, u"\"A{|}B\"^C", &escaped, u"\"A{", u"|}B\"^C"},
+      {false, u"A{B\\F\\C}D^E", &escaped, u"A{B\\F\\C}D", u"^E"},
+      {false, u"A\\F\\B^E", nullptr, u"A|B", u"^E"},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
+    SCOPED_TRACE(std::string(c.text.begin(), c.text.end()) + (c.quotes ? "" : " escaped read"));
     StringParserStream stream(c.text);
-    EXPECT_EQ(readOne(list, stream, c.field).text, c.token);
+    ParserToken token;
+    token.useView = true;
+    if (c.quotes) {
+      list.readToken(stream, token, 0, true, false, c.field);
+    } else {
+      list.readTokenEscaped(stream, token, 0, true, false, c.field);
+    }
+    EXPECT_EQ(token.characters(), c.token);
     EXPECT_EQ(stream.readRest(), c.after);
     EXPECT_EQ(list.getLevels().size(), 5u) << "the levels come back after a quoted value";
   }
@@ -333,6 +378,42 @@ messageSets:
   list.markKnownForPath("msh/enc");
   EXPECT_TRUE(list.getSlot(qxSepField2).known) << "a path prefix, compared without case";
   EXPECT_FALSE(list.getSlot(qxSepField1).known);
+}
+
+// Settled by path without a read: marked known, a pending separator keeps the text it has; given
+// its default, it takes the definition's. Either way the next read cuts at the settled text.
+TEST(SeparatorListTest, HeaderSeparatorsSettledByPath) {
+  Hl7Set hl7;
+  struct Case {
+    bool applyDefault;
+    std::u16string value;
+    std::u16string text;
+    std::u16string token;
+  };
+  const Case cases[] = {
+      {false, u"*", u"A*B^C", u"A"},
+      {true, u"^", u"A*B^C", u"A*B"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.applyDefault);
+    SeparatorList list(hl7.set(), false, nullptr);
+    list.reset(true, true, true);
+    list.setSeparatorValue(qxSepField2, u"*");
+    ASSERT_FALSE(list.getSlot(qxSepField2).known);
+    if (c.applyDefault) {
+      list.applyDefaultForPath("MSH");
+    } else {
+      list.markKnownForPath("MSH");
+    }
+    EXPECT_TRUE(list.getSlot(qxSepField2).known);
+    EXPECT_EQ(list.getSeparatorValue(qxSepField2), c.value);
+    EXPECT_EQ(list.getSlot(qxSepRepeat).value, u"~");
+    EXPECT_FALSE(list.getVariablePending());
+    list.pushSeparator(qxSepField1);
+    list.pushSeparator(qxSepField2);
+    StringParserStream stream(c.text);
+    EXPECT_EQ(readOne(list, stream).text, c.token);
+  }
 }
 
 // Before an item is read again (a host re-reading part of a message it built itself), the

@@ -1,0 +1,209 @@
+// Field values and the separators in them: a separator inside data goes out as its replacement (or
+// the value in double quotes, for the quoted text type) and comes back on reading; a replacement
+// written with the definition's separators is translated into the message's own; and a value
+// checked as it stands on the wire must not hold a separator where none may stand.
+
+#include "parsing/SeparatorList.h"
+
+#include <algorithm>
+
+#include "definitions/FieldPathDefn.h"
+#include "definitions/PrimitiveTypeDefn.h"
+#include "definitions/SeparatorDefn.h"
+
+namespace vantrelia {
+
+namespace {
+
+bool startsWithAt(std::u16string_view text, size_t at, std::u16string_view what) {
+  return !what.empty() && text.substr(at, what.size()) == what;
+}
+
+// Whether a value of the quoted text type that holds the separator goes out in double quotes: the
+// null, decimal and filler marks belong to data and never make it.
+bool forcesQuotes(int32_t index) { return index != qxSepNull && index != qxSepDecimal && index != qxSepFiller; }
+
+// Where the text that from(slot) gives for a slot stands at `at`, puts the slot's value in result
+// and steps over it; the first slot that matches wins, and an empty text matches nothing.
+template <typename From>
+bool putSlotValueAt(const std::array<SeparatorImpl, kSeparatorCount>& slots, std::u16string_view text, size_t& at,
+                    std::u16string& result, From from) {
+  for (const SeparatorImpl& slot : slots) {
+    const std::u16string_view seen = from(slot);
+    if (startsWithAt(text, at, seen)) {
+      result += slot.value;
+      at += seen.size();
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+// ----- replacements and the characters that call for them
+
+void SeparatorList::takeReplacements(SeparatorImpl& slot) {
+  slot.replacementValue = translateValue(slot.defn->getReplacementValue().view());
+  slot.terminatorReplacement =
+      slot.isVariable() ? translateValue(slot.defn->getTerminatorReplacement().view()) : slot.replacementValue;
+}
+
+void SeparatorList::takeReplacements() {
+  for (SeparatorImpl& slot : slots) takeReplacements(slot);
+}
+
+std::u16string_view SeparatorList::entryText(const ReplaceEntry& entry) const {
+  const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
+  return entry.isTerminator ? slot.terminator : slot.value;
+}
+
+std::u16string_view SeparatorList::entryReplacement(const ReplaceEntry& entry) const {
+  const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
+  return entry.isTerminator ? slot.terminatorReplacement : slot.replacementValue;
+}
+
+void SeparatorList::rebuildReplaceOrder() {
+  replaceOrder.clear();
+  for (int32_t i = 0; i < qxSepCrlf; ++i) {
+    replaceOrder.push_back({i, false});
+    if (slots[static_cast<size_t>(i)].isVariable()) replaceOrder.push_back({i, true});
+  }
+  // Longest first, so that a separator that begins another is never taken for it.
+  std::stable_sort(replaceOrder.begin(), replaceOrder.end(), [this](const ReplaceEntry& a, const ReplaceEntry& b) {
+    return entryText(a).size() > entryText(b).size();
+  });
+}
+
+void SeparatorList::rebuildCharacterSets() {
+  mustQuoteCharacters.clear();
+  mustEncodeCharacters.clear();
+  for (const ReplaceEntry& entry : replaceOrder) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
+    const std::u16string_view text = entryText(entry);
+    if (!slot.active || text.empty()) continue;
+    if (!slot.replacementValue.empty()) mustEncodeCharacters += text.front();
+    if (forcesQuotes(entry.index)) mustQuoteCharacters += text.front();
+  }
+  mustQuoteCharacters += kQuote;
+}
+
+// ----- values
+
+std::u16string SeparatorList::translateValue(std::u16string_view text) const {
+  std::u16string result;
+  result.reserve(text.size());
+  const auto defaultText = [this](const SeparatorImpl& slot) {
+    const bool settled = slot.known || (!fromWire && !slot.value.empty());
+    return settled ? slot.defn->getValue().view() : std::u16string_view();
+  };
+  for (size_t at = 0; at < text.size();) {
+    if (!putSlotValueAt(slots, text, at, result, defaultText)) result += text[at++];
+  }
+  return result;
+}
+
+std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fieldType) const {
+  const bool quotedType = fieldType == kQuotedTextType;
+  const std::u16string_view watched = quotedType ? mustQuoteCharacters : mustEncodeCharacters;
+  if (text.find_first_of(watched) == std::u16string_view::npos) return std::u16string(text);
+
+  std::u16string result;
+  result.reserve(text.size() + 8);
+  bool needsQuotes = false;
+  for (size_t at = 0; at < text.size();) {
+    if (quotedType && text[at] == kQuote.front()) {
+      result += kDoubledQuote;
+      needsQuotes = true;
+      ++at;
+      continue;
+    }
+    bool taken = false;
+    for (const ReplaceEntry& entry : replaceOrder) {
+      const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
+      if (!slot.active) continue;
+      const std::u16string_view separator = entryText(entry);
+      if (!startsWithAt(text, at, separator)) continue;
+      if (!slot.replacementValue.empty()) {
+        result += entryReplacement(entry);
+        at += separator.size();
+        needsQuotes = needsQuotes || quotedType;
+        taken = true;
+        break;
+      }
+      if (quotedType && forcesQuotes(entry.index)) needsQuotes = true;
+    }
+    if (!taken) result += text[at++];
+  }
+  if (needsQuotes) return std::u16string(kQuote) + result + std::u16string(kQuote);
+  return result;
+}
+
+std::u16string SeparatorList::decodeValue(std::u16string_view text, int32_t fieldType) const {
+  std::u16string result;
+  result.reserve(text.size());
+  size_t at = 0;
+  const bool quoted = fieldType == kQuotedTextType && !text.empty() && text.front() == kQuote.front();
+  if (quoted) at = 1;
+  const auto replacementText = [](const SeparatorImpl& slot) {
+    return slot.active ? std::u16string_view(slot.replacementValue) : std::u16string_view();
+  };
+  while (at < text.size()) {
+    if (quoted && text[at] == kQuote.front()) {
+      if (at + 1 == text.size()) break;
+      if (text[at + 1] == kQuote.front()) {
+        result += kQuote;
+        at += 2;
+        continue;
+      }
+    }
+    if (!putSlotValueAt(slots, text, at, result, replacementText)) result += text[at++];
+  }
+  return result;
+}
+
+// ----- the check of a value on the wire
+
+std::u16string_view SeparatorList::escapeText(int32_t index) const {
+  return index >= 0 && index < kSeparatorSlots ? std::u16string_view(slots[static_cast<size_t>(index)].value)
+                                               : std::u16string_view();
+}
+
+std::optional<int32_t> SeparatorList::findInvalidCharacters(const SeparatorField& field, std::u16string_view wireValue,
+                                                            bool warningsWanted) const {
+  const EVErrType setting = getValidationErrorSetting(kInvalidCharactersError);
+  if (setting == qxVESIgnore || (setting == qxVESWarning && !warningsWanted)) return std::nullopt;
+
+  const PrimitiveTypeDefn* type = field.getCustomType();
+  const bool escaped = isEscapedField(field);
+  const bool quotedType = field.getFieldType() == kQuotedTextType;
+  std::vector<int32_t> checked;
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    if (i == qxSepDecimal || i == qxSepFiller || (escaped && i == qxSepNull)) continue;
+    if (quotedType && i != qxSepSegment && i != qxSepGroup && i != qxSepMessage) continue;
+    if (slot.value.empty() || (fromWire && !slot.known)) continue;
+    if (field.isSeparatorAllowed(i) || !slot.replacementValue.empty()) continue;
+    if (pathMatches(slot.defn->getFieldPath(), field.getFieldPath())) continue;
+    checked.push_back(i);
+  }
+
+  const std::u16string_view startEscape = escaped ? escapeText(type->rawStartEscapeCharacter()) : std::u16string_view();
+  const std::u16string_view endEscape = escaped ? escapeText(type->rawEndEscapeCharacter()) : std::u16string_view();
+  for (size_t at = 0; at < wireValue.size();) {
+    if (escaped && startsWithAt(wireValue, at, startEscape)) {
+      const size_t close = endEscape.empty() ? std::u16string_view::npos
+                                             : wireValue.find(endEscape, at + startEscape.size());
+      if (close == std::u16string_view::npos) return -1;
+      at = close + endEscape.size();
+      continue;
+    }
+    for (const int32_t i : checked) {
+      if (startsWithAt(wireValue, at, slots[static_cast<size_t>(i)].value)) return i;
+    }
+    ++at;
+  }
+  return std::nullopt;
+}
+
+}  // namespace vantrelia

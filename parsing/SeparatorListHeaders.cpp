@@ -1,0 +1,232 @@
+// Separators carried by header fields: a message may name its own in a field of its header, read
+// there by position; until that field is read they are pending, and the items around it settle
+// them.
+
+#include "parsing/SeparatorList.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "definitions/FieldPathDefn.h"
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/SeparatorDefn.h"
+#include "foundation/TextCompare.h"
+#include "parsing/ParserStream.h"
+#include "parsing/ParserToken.h"
+
+namespace vantrelia {
+
+namespace {
+
+std::string pathText(const FieldPathDefn& path) {
+  std::string text = path.getName().str();
+  for (const int32_t index : path.getIndexes()) text += "/" + std::to_string(index);
+  return text;
+}
+
+bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() && equalIgnoringCase(text.substr(0, prefix.size()), prefix);
+}
+
+// Whether a separator's header field lies under path, compared without case.
+bool fieldLiesUnder(const FieldPathDefn& fieldPath, std::string_view path) {
+  return fieldPath.getName().length() != 0 && startsWithIgnoringCase(pathText(fieldPath), path);
+}
+
+}  // namespace
+
+bool SeparatorList::pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath) {
+  const std::string_view wanted = separatorPath.getName().view();
+  if (wanted.empty()) return false;
+  if (separatorPath.isNumeric()) {
+    return elementPath.isNumeric() && equalIgnoringCase(wanted, elementPath.getName().view()) &&
+           separatorPath.getIndexes() == elementPath.getIndexes();
+  }
+  const std::string element = pathText(elementPath);
+  if (equalIgnoringCase(wanted, element)) return true;
+  // The end of a longer element path, starting behind a "/".
+  return element.size() > wanted.size() && element[element.size() - wanted.size() - 1] == '/' &&
+         equalIgnoringCase(std::string_view(element).substr(element.size() - wanted.size()), wanted);
+}
+
+std::vector<int32_t> SeparatorList::slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const {
+  std::vector<int32_t> found;
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+    const SeparatorDefn& defn = defnOf(i);
+    const FieldPathDefn& path = defn.getFieldPath();
+    if ((defn.getPosition() < 0) != endPositions) continue;
+    const bool matches = exactPath ? !path.isNumeric() && !fieldPath.isNumeric() && path.getName().length() != 0 &&
+                                         equalIgnoringCase(path.getName().view(), fieldPath.getName().view())
+                                   : pathMatches(path, fieldPath);
+    if (matches) found.push_back(i);
+  }
+  std::stable_sort(found.begin(), found.end(), [this](int32_t a, int32_t b) {
+    return std::abs(defnOf(a).getPosition()) < std::abs(defnOf(b).getPosition());
+  });
+  return found;
+}
+
+// ----- reading them
+
+void SeparatorList::readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream) {
+  if (stream.atEnd()) return;
+  bool changed = false;
+  std::optional<int32_t> lastPosition;
+  for (const int32_t i : slotIndexes) {
+    const SeparatorDefn& defn = defnOf(i);
+    if (lastPosition == defn.getPosition()) continue;  // each position once
+    lastPosition = defn.getPosition();
+    const int32_t length = static_cast<int32_t>(defn.getValue().length());
+    if (length == 0) continue;
+    ParserToken token;
+    stream.readChars(length, token);
+    SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    // A value cut short by the end of the text leaves the slot to its default.
+    if (slot.known || token.text.size() != static_cast<size_t>(length)) continue;
+    slot.known = true;
+    slot.setValue(token.text);
+    changed = true;
+  }
+  if (changed) {
+    takeReplacements();
+    trieDirty = true;
+    updateActive();
+  }
+}
+
+void SeparatorList::readFromStream(const FieldPathDefn& fieldPath, ParserStream& stream) {
+  readSlotsFromStream(slotsOfField(fieldPath, false, true), stream);
+}
+
+void SeparatorList::readFromStreamEnd(const FieldPathDefn& fieldPath, ParserStream& stream) {
+  readSlotsFromStream(slotsOfField(fieldPath, true, true), stream);
+}
+
+std::u16string_view SeparatorList::fillerText() const {
+  const std::u16string& filler = slots[qxSepFiller].value;
+  return filler.empty() ? std::u16string_view(u" ") : std::u16string_view(filler).substr(0, 1);
+}
+
+std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text) {
+  const std::vector<int32_t> ofField = slotsOfField(fieldPath, false, false);
+  bool taken = false;
+  for (const int32_t i : ofField) {
+    SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    if (slot.known) continue;
+    const SeparatorDefn& defn = defnOf(i);
+    const size_t position = static_cast<size_t>(defn.getPosition());
+    if (defn.getValue().length() != 0 && position < text.size()) {
+      slot.setValue(std::u16string(text.substr(position, defn.getValue().length())));
+    } else if (defn.getValue().length() == 0 || slot.value.empty()) {
+      slot.takeDefaultValue();
+    }
+    slot.known = true;
+    taken = true;
+  }
+  if (taken) takeReplacements();
+
+  // The text comes back with every separator of the field at its place.
+  std::u16string completed(text);
+  for (const int32_t i : ofField) {
+    const SeparatorDefn& defn = defnOf(i);
+    const size_t position = static_cast<size_t>(defn.getPosition());
+    if (defn.getValue().length() != 0 && position < completed.size()) continue;
+    if (completed.size() < position) completed.append(position - completed.size(), fillerText().front());
+    completed.replace(position, defn.getValue().length(), defn.getValue().view());
+  }
+  trieDirty = true;
+  updateActive();
+  return completed;
+}
+
+// ----- writing them
+
+std::u16string SeparatorList::collectSlots(const FieldPathDefn& fieldPath, bool endPositions) const {
+  std::u16string text;
+  for (const int32_t i : slotsOfField(fieldPath, endPositions, false)) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    text += slot.known ? std::u16string_view(slot.value) : slot.defn->getValue().view();
+  }
+  return text;
+}
+
+std::u16string SeparatorList::collectForField(const FieldPathDefn& fieldPath) const {
+  return collectSlots(fieldPath, false);
+}
+
+std::u16string SeparatorList::collectForFieldEnd(const FieldPathDefn& fieldPath) const {
+  return collectSlots(fieldPath, true);
+}
+
+// ----- settling them without a read
+
+void SeparatorList::settleToDefault(SeparatorImpl& slot) {
+  slot.takeDefaultValue();
+  takeReplacements(slot);
+  slot.known = true;
+  trieDirty = true;
+}
+
+void SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
+  if (!variablePending) return;
+  for (SeparatorImpl& slot : slots) {
+    if (slot.known || !fieldLiesUnder(slot.defn->getFieldPath(), path)) continue;
+    if (takeDefaults) {
+      settleToDefault(slot);
+    } else {
+      slot.known = true;
+    }
+  }
+  updateActive();
+}
+
+void SeparatorList::markKnownForPath(std::string_view path) { settleForPath(path, false); }
+
+void SeparatorList::applyDefaultForPath(std::string_view path) { settleForPath(path, true); }
+
+void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
+                                         const std::function<int32_t(std::string_view)>& childIndex) {
+  if (!variablePending) return;
+  for (SeparatorImpl& slot : slots) {
+    const FieldPathDefn& fieldPath = slot.defn->getFieldPath();
+    if (slot.known || fieldPath.getName().length() == 0) continue;
+    bool below = false;
+    if (fieldPath.isNumeric()) {
+      // A numeric path names its segment and then 1-based field numbers.
+      below = equalIgnoringCase(fieldPath.getName().view(), path) && !fieldPath.getIndexes().empty() &&
+              fieldPath.getIndexes().front() >= 1 && fieldPath.getIndexes().front() <= count;
+    } else {
+      const std::string text = pathText(fieldPath);
+      if (text.size() > path.size() + 1 && startsWithIgnoringCase(text, path) && text[path.size()] == '/') {
+        const std::string_view rest = std::string_view(text).substr(path.size() + 1);
+        const int32_t child = childIndex ? childIndex(rest.substr(0, rest.find('/'))) : -1;
+        below = child >= 0 && child < count;
+      }
+    }
+    if (below) slot.known = true;
+  }
+  updateActive();
+}
+
+void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_view name) {
+  savedSlots = slots;
+  for (SeparatorImpl& slot : slots) {
+    if (slot.flags() & SeparatorDefn::kFromField) slot.known = false;
+  }
+  for (const auto& item : messageDefn.getItems()) {
+    const std::string_view itemName = item->getName().view();
+    if (equalIgnoringCase(itemName, name)) break;
+    for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+      SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+      if (!fieldLiesUnder(slot.defn->getFieldPath(), itemName)) continue;
+      slot = savedSlots[static_cast<size_t>(i)];
+      if (!slot.known) settleToDefault(slot);
+    }
+  }
+  updateActive();
+}
+
+}  // namespace vantrelia

@@ -1,0 +1,102 @@
+// The stack of levels, and the trie kept in step with it push by push, so that a read cuts at the
+// separators of the current depth without a rebuild. Push and pop run for every nested value read:
+// this is the hot half of the list besides the inline read.
+
+#include "parsing/SeparatorList.h"
+
+#include "definitions/SeparatorDefn.h"
+
+namespace vantrelia {
+
+void SeparatorList::addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level) {
+  if (text.empty()) return;
+  trie->addSequence(index, text, SeparatorTrieNode::kSeparator, level);
+  if (index != qxSepString && index != qxSepNone) {
+    const SeparatorDefn& defn = defnOf(index);
+    if ((defn.getFlags() & SeparatorDefn::kVariable) && defn.getTerminator().length() != 0) {
+      trie->addSequence(index, defn.getTerminator().view(), SeparatorTrieNode::kSeparator, level);
+    }
+  }
+}
+
+void SeparatorList::pushSeparator(ESeparatorType index, std::u16string_view specialString, bool levelFixed) {
+  checkSeparatorIndex(index);
+  currentSeparator = index;
+  levels.push_back(index);
+  if (index == qxSepString) specialStrings.emplace_back(specialString);
+  // Fixed width, once on, stays on for all that is nested in it.
+  levelFixedWidth.push_back(levelFixed || (!levelFixedWidth.empty() && levelFixedWidth.back()) ? 1 : 0);
+  trie->setLevel(trie->getLevel() + 1);
+  const std::u16string_view text = levelText(index);
+  // The separator just popped from this very level comes back: its sequence still stands at this
+  // level, so neither the pop nor the push has to touch the trie.
+  if (trieDirty) poppedOutOfForce.clear();  // the next read builds a new trie anyway
+  if (!poppedOutOfForce.empty()) {
+    const PoppedSequence& last = poppedOutOfForce.back();
+    if (last.index == index && last.level == trie->getLevel() && last.text == text) {
+      // Those still waiting stand deeper than this level, so they stay out of force.
+      poppedOutOfForce.pop_back();
+      return;
+    }
+    flushOutOfForce();
+  }
+  addLevelSequences(index, text, trie->getLevel());
+}
+
+ESeparatorType SeparatorList::popSeparator() {
+  if (levels.empty()) return static_cast<ESeparatorType>(currentSeparator);
+  const ESeparatorType index = levels.back();
+  // Once the root's level is below it, the sequence is out of force for reads already; it is taken
+  // out for every level only when a push could raise the level to it again (flushOutOfForce).
+  const std::u16string_view text = levelText(index);
+  if (index == qxSepString) {
+    // A pushed string goes with its level, so it is taken out of force at once. The root's level
+    // is below it from here on either way, so reads see no difference.
+    if (!trieDirty) addLevelSequences(index, text, SeparatorTrieNode::kOutOfForce);
+  } else if (!text.empty()) {
+    poppedOutOfForce.push_back({index, trie->getLevel(), text});
+  }
+  trie->setLevel(trie->getLevel() - 1);
+  if (index == qxSepString) specialStrings.pop_back();
+  levels.pop_back();
+  if (!levelFixedWidth.empty()) levelFixedWidth.pop_back();
+  currentSeparator = levels.empty() ? qxSepSegment : levels.back();
+  return static_cast<ESeparatorType>(currentSeparator);
+}
+
+void SeparatorList::flushOutOfForce() {
+  // Out of force for every level: a sequence in use on two levels at once goes for the outer one
+  // too, until the trie is rebuilt.
+  if (!trieDirty) {
+    for (const PoppedSequence& popped : poppedOutOfForce) {
+      addLevelSequences(popped.index, popped.text, SeparatorTrieNode::kOutOfForce);
+    }
+  }
+  poppedOutOfForce.clear();
+}
+
+void SeparatorList::restoreLevels() {
+  levels = savedLevels;
+  currentSeparator = levels.empty() ? qxSepSegment : levels.back();
+  trieDirty = true;
+}
+
+void SeparatorList::saveAndPopTo(ESeparatorType index) {
+  std::vector<PoppedLevel>& popped = stackSaver.emplace_back();
+  while (!levels.empty() && levels.back() != index) {
+    const ESeparatorType top = levels.back();
+    PoppedLevel level{top, {}, !levelFixedWidth.empty() && levelFixedWidth.back() != 0};
+    if (top == qxSepString) level.specialString = pushedString();
+    popped.push_back(std::move(level));
+    popSeparator();
+  }
+}
+
+void SeparatorList::restorePopped() {
+  if (stackSaver.empty()) return;
+  std::vector<PoppedLevel> popped = std::move(stackSaver.back());
+  stackSaver.pop_back();
+  for (auto it = popped.rbegin(); it != popped.rend(); ++it) pushSeparator(it->index, it->specialString, it->fixedWidth);
+}
+
+}  // namespace vantrelia
