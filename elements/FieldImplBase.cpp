@@ -15,6 +15,9 @@
 #include "parsing/SeparatorList.h"
 #include "parsing/StringParserStream.h"
 #include "validation/RecordedErrors.h"
+#include "validation/ValidationError.h"
+#include "validation/ValidationErrorList.h"
+#include "validation/ValidationErrorNumbers.h"
 #include "validation/ValidationLocation.h"
 
 namespace vantrelia {
@@ -69,6 +72,40 @@ int32_t FieldImplBase::getBaseType() const { return fieldDefn->getBaseType(); }
 bool FieldImplBase::isBinaryField() const { return fieldDefn->getIsBinary(); }
 
 bool FieldImplBase::isEncodedBinary() const { return isBinaryField() && getBaseType() != FieldDefn::kRawBinary; }
+
+// ----- the separators a value holds
+
+const PrimitiveTypeDefn* FieldImplBase::getCustomType() const { return fieldDefn->getCustomType(); }
+
+bool FieldImplBase::isSeparatorAllowed(int32_t separator) const {
+  const PrimitiveTypeDefn* type = fieldDefn->getCustomType();
+  return type && separator >= 0 && separator < kSeparatorCount &&
+         type->isSeparatorAllowed(static_cast<ESeparatorType>(separator));
+}
+
+const FieldPathDefn& FieldImplBase::getFieldPath() const {
+  if (!headerPath) {
+    auto* self = const_cast<FieldImplBase*>(this);
+    std::string path(self->getOwner() ? self->getOwner()->getSegmentDefn().getName().view() : std::string_view());
+    std::string positions;
+    self->appendNumericPath(positions);
+    for (char& c : positions) {
+      if (c == '.') c = '/';
+    }
+    headerPath = std::make_unique<FieldPathDefn>(FieldPathDefn::parse(path + "/" + positions));
+  }
+  return *headerPath;
+}
+
+bool FieldImplBase::checkSeparatorsInValue(ValidationErrorList& errors, bool includeWarnings,
+                                           const ValidationLocation& location) {
+  SeparatorList* list = getSeparatorList();
+  if (!list || value.empty()) return false;
+  if (!list->findInvalidCharacters(*this, value.view(), includeWarnings)) return false;
+  const EVErrType severity = list->getValidationErrorSetting(verr::kInvalidCharacters);
+  errors.add(ValidationError(location, verr::kInvalidCharactersPlural, verr::kInvalidCharacters, severity));
+  return true;
+}
 
 // ----- what primitives refuse
 

@@ -8,12 +8,16 @@
 #include <string_view>
 #include <vector>
 
+#include "definitions/FieldPathDefn.h"
 #include "elements/FieldBase.h"
 #include "elements/FieldText.h"
+#include "parsing/SeparatorList.h"
 
 namespace vantrelia {
 
-class FieldImplBase : public FieldBase {
+class ValidationErrorList;
+
+class FieldImplBase : public FieldBase, public SeparatorField {
  public:
   FieldImplBase(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index, ESeparatorType fieldSeparator);
   ~FieldImplBase() override;
@@ -49,6 +53,16 @@ class FieldImplBase : public FieldBase {
   // The data type that decides the value's form: for a variable field, the type chosen at run time.
   virtual int32_t getBaseType() const;
 
+  // The separators in the value that may not stand there: finding 1015 "Invalid characters in
+  // field", once per field, when its severity asks for it. True when it was found.
+  bool checkSeparatorsInValue(ValidationErrorList& errors, bool includeWarnings, const ValidationLocation& location);
+
+  // What the separator list asks of a field whose characters it checks or reads.
+  const PrimitiveTypeDefn* getCustomType() const override;
+  int32_t getFieldType() const override { return getBaseType(); }
+  bool isSeparatorAllowed(int32_t separator) const override;
+  const FieldPathDefn& getFieldPath() const override;
+
  protected:
   // The text getValue gives: null text, count, calculation, stored value or default.
   std::u16string currentValue();
@@ -65,6 +79,10 @@ class FieldImplBase : public FieldBase {
   ESeparatorType fieldSeparator;
   FieldText value;
   std::unique_ptr<std::vector<unsigned char>> binaryValue;
+
+ private:
+  // The field's place as a separator's header path names it: the segment, then 1-based positions.
+  mutable std::unique_ptr<FieldPathDefn> headerPath;
 };
 
 }  // namespace vantrelia

@@ -39,6 +39,9 @@ size_t classOf(size_t size) { return (size + kGranule - 1) / kGranule - 1; }
 }  // namespace
 
 void* NodePool::allocate(size_t size) {
+#ifdef VANTRELIA_PLAIN_NODE_ALLOCATION
+  return ::operator new(size);
+#endif
   if (size == 0 || size > kLargestSlot) return ::operator new(size);
   const size_t sizeClass = classOf(size);
   pool.inUse += (sizeClass + 1) * kGranule;
@@ -66,6 +69,10 @@ void* NodePool::allocate(size_t size) {
 
 void NodePool::release(void* slot, size_t size) {
   if (!slot) return;
+#ifdef VANTRELIA_PLAIN_NODE_ALLOCATION
+  ::operator delete(slot);
+  return;
+#endif
   if (size == 0 || size > kLargestSlot) {
     ::operator delete(slot);
     return;

@@ -9,11 +9,14 @@
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "elements/ElementMessages.h"
+#include "elements/FieldImplBase.h"
 #include "elements/MessageImpl.h"
 #include "foundation/Any.h"
 #include "foundation/BadParameter.h"
 #include "foundation/IllegalOperation.h"
 #include "support/ElementTesting.h"
+#include "validation/ValidationErrorList.h"
+#include "validation/ValidationLocation.h"
 
 namespace vantrelia::testing {
 namespace {
@@ -122,6 +125,32 @@ TEST_F(FieldValue, BinaryValuesKeepEveryByteThroughTheirWireForm) {
     EXPECT_STREQ(e.what(), messages::kNegativeBinaryLength);
   }
   EXPECT_THROW(at(*message, "PID/Birth")->getBinaryValue(), IllegalOperation);
+}
+
+TEST_F(FieldValue, SeparatorsInAValueAreFoundUnlessTheyCanBeEncodedOrAreTheFieldsOwn) {
+  auto message = create("ADT");
+  const auto invalid = [&](const std::string& path, const char* value, bool includeWarnings = true) {
+    auto* field = static_cast<FieldImplBase*>(at(*message, path));
+    field->setValue(wide(value));
+    ValidationErrorList errors;
+    ValidationLocation location;
+    const bool found = field->checkSeparatorsInValue(errors, includeWarnings, location);
+    EXPECT_EQ(found, errors.count() == 1);
+    if (found) {
+      EXPECT_EQ(errors.get(0).getError(), u"Invalid characters in field");
+    }
+    return found;
+  };
+  EXPECT_FALSE(invalid("PID/Birth", "1970"));
+  EXPECT_TRUE(invalid("PID/Birth", "19|70"));
+  EXPECT_TRUE(invalid("PID/Birth", "19^70"));
+  EXPECT_TRUE(invalid("PID/Birth", "a\rb"));
+  EXPECT_TRUE(invalid("PID/Birth", "\"\""));  // as a value, the null marker would read back as null
+  message->setValidationErrorSettingType(1015, qxVESWarning);
+  EXPECT_TRUE(invalid("PID/Birth", "19|70"));
+  EXPECT_FALSE(invalid("PID/Birth", "19|70", false));
+  message->setValidationErrorSettingType(1015, qxVESIgnore);
+  EXPECT_FALSE(invalid("PID/Birth", "19|70"));
 }
 
 }  // namespace
