@@ -10,6 +10,7 @@
 #include "elements/ElementMessages.h"
 #include "elements/ElementPath.h"
 #include "elements/FactorySettings.h"
+#include "elements/ParseFindings.h"
 #include "elements/FieldImpl.h"
 #include "elements/PositionedWrite.h"
 #include "elements/SegmentImplBase.h"
@@ -40,11 +41,6 @@ ESeparatorType childSeparatorOf(const CompositeDefn* defn, ESeparatorType parent
   if (parentSeparator == qxSepSegment) return qxSepField1;
   if (parentSeparator == qxSepRepeat) return qxSepField2;
   return static_cast<ESeparatorType>(parentSeparator + 1);
-}
-
-std::u16string cutForFinding(std::u16string_view extra) {
-  if (extra.size() <= 80) return std::u16string(extra);
-  return std::u16string(extra.substr(0, 77)) + u"...";
 }
 
 }  // namespace
@@ -288,18 +284,8 @@ void CompositeImpl::readChildToken(int i, ParserStream& stream, ParserToken& tok
   }
   const int32_t base = defn.getBaseType();
   if (base == FieldDefn::kRawBinary) {
-    const std::string& linked = defn.getLinkedFieldName();
-    for (int k = i - 1; k >= 0; --k) {
-      FieldBase* sibling = childAt(k);
-      if (!sibling || !equalIgnoringCase(linked, compositeDefn->getField(k).getName().view())) continue;
-      int32_t length = 0;
-      for (const char16_t c : sibling->getValue()) {
-        if (c < u'0' || c > u'9' || length > 0x0ccccccc) break;
-        length = length * 10 + (c - u'0');
-      }
-      if (length > 0) stream.readChars(length, token);
-      break;
-    }
+    const int32_t length = FieldImplBase::lengthFromSibling(*this, compositeDefn->getFields(), i);
+    if (length > 0) stream.readChars(length, token);
   } else if (!separatorInUse) {
     stream.readToken(plain, token, defn.getMaxLength(), true);
   } else if (base == FieldDefn::kQuotedText) {
@@ -365,13 +351,8 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
       if (list.isTrieDirty()) list.buildTrie();
       stream.readToken(list.getTrie(), extra, 0, false);
       if (useGeneric && !extra.characters().empty()) {
-        const EVErrType severity = list.getValidationErrorSetting(verr::kExtraDataAfterField);
-        if (severity != qxVESIgnore) {
-          errors.record(getChildCreating(i), ValidationError(location,
-                                                             getRaisedText(verr::kExtraDataAfterField) +
-                                                                 cutForFinding(extra.characters()),
-                                                             verr::kExtraDataAfterField, severity));
-        }
+        ParseFindings::record(errors, getChildCreating(i), list, location, verr::kExtraDataAfterField,
+                              extra.characters());
       }
       if (childFilled) trailingEmpty = true;
       const bool crlf = list.getCrlfEquivalent() == childSeparator && stream.startsWith(kCarriageReturnLineFeed);
@@ -393,13 +374,7 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
     location.leaveComponent();
     if (atEnd) break;
   }
-  if (!trailingEmpty) {
-    const EVErrType severity = list.getValidationErrorSetting(verr::kUnnecessaryCompositeSeparators);
-    if (severity != qxVESIgnore) {
-      errors.record(this, ValidationError(location, getRaisedText(verr::kUnnecessaryCompositeSeparators),
-                                          verr::kUnnecessaryCompositeSeparators, severity));
-    }
-  }
+  if (!trailingEmpty) ParseFindings::record(errors, this, list, location, verr::kUnnecessaryCompositeSeparators);
   if (hasIndicator) list.popSeparator();
   list.popSeparator();
   // A first child that read the null text, with nothing beside it, makes the composite null by
@@ -415,13 +390,7 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
     rest.useView = true;
     stream.readRest(rest);
     if (!useGeneric && !rest.characters().empty()) {
-      const EVErrType severity = list.getValidationErrorSetting(verr::kExtraDataAfterComposite);
-      if (severity != qxVESIgnore) {
-        errors.record(this, ValidationError(location,
-                                            getRaisedText(verr::kExtraDataAfterComposite) +
-                                                cutForFinding(rest.characters()),
-                                            verr::kExtraDataAfterComposite, severity));
-      }
+      ParseFindings::record(errors, this, list, location, verr::kExtraDataAfterComposite, rest.characters());
     }
   }
   onFieldValueChanged(-1, -1, false);
@@ -431,19 +400,7 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
 std::u16string_view CompositeImpl::setEncodedValue(std::u16string_view text) {
   setChanged(true);
   setEmpty();
-  if (text.empty()) return text;
-  SeparatorList& list = *getSeparatorList();
-  // The text is read as it would be at the composite's place: under the owner's level.
-  list.pushSeparator(parentSeparator);
-  StringParserStream stream(text.data(), static_cast<int32_t>(text.size()));
-  RecordedErrors errors;
-  ValidationLocation location;
-  location.segmentNumber = getSegmentNumber();
-  location.fieldPosition = getOwnerFieldIndex() + 1;
-  uint32_t moreFollows = 0;
-  parseElement(stream, errors, moreFollows, location);
-  list.popSeparator();
-  return text.substr(text.size() - static_cast<size_t>(stream.getRemaining()));
+  return readOwnText(text, parentSeparator);
 }
 
 // ----- writing

@@ -11,7 +11,10 @@
 #include "elements/SegmentImplBase.h"
 #include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
+#include "parsing/SeparatorList.h"
+#include "parsing/StringParserStream.h"
 #include "validation/RecordedErrors.h"
+#include "validation/ValidationLocation.h"
 
 namespace vantrelia {
 
@@ -180,6 +183,21 @@ int32_t FieldBase::getCountKind() {
     flags |= kCachedCountKind;
   }
   return values.countKind;
+}
+
+std::u16string_view FieldBase::readOwnText(std::u16string_view text, ESeparatorType ownerLevel) {
+  if (text.empty()) return text;
+  SeparatorList& list = *getSeparatorList();
+  list.pushSeparator(ownerLevel);
+  StringParserStream stream(text.data(), static_cast<int32_t>(text.size()));
+  RecordedErrors errors;
+  ValidationLocation location;
+  location.segmentNumber = getSegmentNumber();
+  location.fieldPosition = getOwnerFieldIndex() + 1;
+  uint32_t moreFollows = 0;
+  parseElement(stream, errors, moreFollows, location);
+  list.popSeparator();
+  return text.substr(text.size() - static_cast<size_t>(stream.getRemaining()));
 }
 
 // ----- paths

@@ -110,6 +110,9 @@ class FieldBase : public InternalElement, public FieldLocation {
   };
 
   InstValues& instances();
+  // A host's wire text for this field, read as it would be at its place: under the owner's
+  // separator level. Returns what the field didn't take; findings of the read are dropped.
+  std::u16string_view readOwnText(std::u16string_view text, ESeparatorType ownerLevel);
   virtual std::unique_ptr<InstValues> createInstValues();
   // The item's override control when this field's definition may be overridden at its place.
   const FieldInstancesControl* overrideControl();

@@ -11,6 +11,7 @@
 #include "elements/SegmentImplBase.h"
 #include "foundation/BadParameter.h"
 #include "foundation/IllegalOperation.h"
+#include "foundation/TextCompare.h"
 #include "parsing/ParserToken.h"
 #include "parsing/SeparatorList.h"
 #include "parsing/StringParserStream.h"
@@ -72,6 +73,21 @@ int32_t FieldImplBase::getBaseType() const { return fieldDefn->getBaseType(); }
 bool FieldImplBase::isBinaryField() const { return fieldDefn->getIsBinary(); }
 
 bool FieldImplBase::isEncodedBinary() const { return isBinaryField() && getBaseType() != FieldDefn::kRawBinary; }
+
+int32_t FieldImplBase::lengthFromSibling(InternalElement& owner, const std::vector<std::unique_ptr<FieldDefn>>& fields,
+                                         int index) {
+  const std::string& linked = fields[static_cast<size_t>(index)]->getLinkedFieldName();
+  for (int i = index - 1; i >= 0; --i) {
+    if (!owner.isChildPresent(i) || !equalIgnoringCase(linked, fields[static_cast<size_t>(i)]->getName().view())) continue;
+    int32_t length = 0;
+    for (const char16_t c : owner.getElementAt(i)->getValue()) {
+      if (c < u'0' || c > u'9' || length > 0x0ccccccc) break;
+      length = length * 10 + (c - u'0');
+    }
+    return length;
+  }
+  return 0;
+}
 
 // ----- the separators a value holds
 

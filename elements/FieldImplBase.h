@@ -53,6 +53,11 @@ class FieldImplBase : public FieldBase, public SeparatorField {
   // The data type that decides the value's form: for a variable field, the type chosen at run time.
   virtual int32_t getBaseType() const;
 
+  // The length that a raw binary field at `index` of `owner` reads: the value of the last sibling
+  // before it that its definition names, 0 without one.
+  static int32_t lengthFromSibling(InternalElement& owner, const std::vector<std::unique_ptr<FieldDefn>>& fields,
+                                   int index);
+
   // The separators in the value that may not stand there: finding 1015 "Invalid characters in
   // field", once per field, when its severity asks for it. True when it was found.
   bool checkSeparatorsInValue(ValidationErrorList& errors, bool includeWarnings, const ValidationLocation& location);

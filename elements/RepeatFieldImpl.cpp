@@ -215,18 +215,7 @@ bool RepeatFieldImpl::parseElement(ParserStream& stream, RecordedErrors& errors,
 std::u16string_view RepeatFieldImpl::setEncodedValue(std::u16string_view text) {
   setChanged(true);
   setEmpty();
-  if (text.empty()) return text;
-  SeparatorList& list = *getSeparatorList();
-  list.pushSeparator(fieldSeparator);
-  StringParserStream stream(text.data(), static_cast<int32_t>(text.size()));
-  RecordedErrors errors;
-  ValidationLocation location;
-  location.segmentNumber = getSegmentNumber();
-  location.fieldPosition = getOwnerFieldIndex() + 1;
-  uint32_t moreFollows = 0;
-  parseElement(stream, errors, moreFollows, location);
-  list.popSeparator();
-  return text.substr(text.size() - static_cast<size_t>(stream.getRemaining()));
+  return readOwnText(text, fieldSeparator);
 }
 
 // ----- writing

@@ -14,6 +14,7 @@
 #include "definitions/SeparatorDefn.h"
 #include "elements/CompositeImpl.h"
 #include "elements/FactorySettings.h"
+#include "elements/ParseFindings.h"
 #include "foundation/TextCompare.h"
 #include "elements/FieldBase.h"
 #include "elements/FieldImplBase.h"
@@ -35,12 +36,6 @@ const std::u16string kCarriageReturnLineFeed = u"\r\n";
 
 uint32_t definitionFlags(const SeparatorList& list, int32_t separator) {
   return list.getSlot(separator).defn ? list.getSlot(separator).defn->getFlags() : 0;
-}
-
-// What a segment or field read finds where it stops, for the findings that name it.
-std::u16string cutForFinding(std::u16string_view extra) {
-  if (extra.size() <= 80) return std::u16string(extra);
-  return std::u16string(extra.substr(0, 77)) + u"...";
 }
 
 }  // namespace
@@ -122,13 +117,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
   location.fieldPosition = -1;
   location.fieldRepetition = -1;
 
-  if (!lastFieldFilled) {
-    const EVErrType severity = list.getValidationErrorSetting(verr::kUnnecessarySegmentSeparators);
-    if (severity != qxVESIgnore) {
-      errors.record(this, ValidationError(location, getRaisedText(verr::kUnnecessarySegmentSeparators),
-                                          verr::kUnnecessarySegmentSeparators, severity));
-    }
-  }
+  if (!lastFieldFilled) ParseFindings::record(errors, this, list, location, verr::kUnnecessarySegmentSeparators);
   if (!popped) list.popSeparator();
   if (!matchFields()) {
     status = kNotThisSegment;
@@ -214,19 +203,7 @@ void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedE
 }
 
 int32_t SegmentImpl::linkedLength(int index) {
-  const std::string& linked = segmentDefn->getField(index).getLinkedFieldName();
-  for (int i = index - 1; i >= 0; --i) {
-    FieldBase* sibling = fieldAt(i);
-    if (!sibling || !equalIgnoringCase(linked, segmentDefn->getField(i).getName().view())) continue;
-    const std::u16string text = sibling->getValue();
-    int32_t length = 0;
-    for (const char16_t c : text) {
-      if (c < u'0' || c > u'9' || length > 0x0ccccccc) break;
-      length = length * 10 + (c - u'0');
-    }
-    return length;
-  }
-  return 0;
+  return FieldImplBase::lengthFromSibling(*this, segmentDefn->getFields(), index);
 }
 
 bool SegmentImpl::consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors,
@@ -237,12 +214,7 @@ bool SegmentImpl::consumeFieldSeparator(int index, ParserStream& stream, Recorde
   if (list.isTrieDirty()) list.buildTrie();
   stream.readToken(list.getTrie(), extra, 0, false);
   if (useGeneric && !extra.characters().empty()) {
-    const EVErrType severity = list.getValidationErrorSetting(verr::kExtraDataAfterField);
-    if (severity != qxVESIgnore) {
-      errors.record(getField(index),
-                    ValidationError(location, getRaisedText(verr::kExtraDataAfterField) + cutForFinding(extra.characters()),
-                                    verr::kExtraDataAfterField, severity));
-    }
+    ParseFindings::record(errors, getField(index), list, location, verr::kExtraDataAfterField, extra.characters());
   }
   const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
   if (extra.separator != fieldSeparator && !crlfHere) return true;
@@ -297,13 +269,7 @@ void SegmentImpl::finishSegmentParse(ParserStream& stream, uint32_t endMask, boo
   if ((endMask & 1) && consumeEnd(qxSepMessage)) status |= 4;
   if (!useGeneric && !extra.characters().empty()) {
     status |= 8;
-    const EVErrType severity = list.getValidationErrorSetting(verr::kExtraDataAfterSegment);
-    if (severity != qxVESIgnore) {
-      errors.record(this, ValidationError(location,
-                                          getRaisedText(verr::kExtraDataAfterSegment) +
-                                              cutForFinding(extra.characters()),
-                                          verr::kExtraDataAfterSegment, severity));
-    }
+    ParseFindings::record(errors, this, list, location, verr::kExtraDataAfterSegment, extra.characters());
   }
 }
 

@@ -91,6 +91,8 @@ void SeparatorList::rebuildCharacterSets() {
 // ----- values
 
 std::u16string SeparatorList::translateValue(std::u16string_view text) const {
+  // Most slots have no replacement; every reset asks for each of them.
+  if (text.empty()) return {};
   std::u16string result;
   result.reserve(text.size());
   const auto defaultText = [this](const SeparatorImpl& slot) {
