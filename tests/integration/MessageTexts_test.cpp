@@ -8,17 +8,18 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
+
+#include "support/ReadFile.h"
 
 namespace vantrelia {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::readFile;
 
 // Texts of parts not built yet: no engine code throws them, so no test can provoke them. An entry
 // leaves this list when the engine first uses its constant; from then on a test must provoke it.
@@ -42,13 +43,6 @@ struct TextConstant {
   std::string literal;  // as written between the quotes, escapes and all
   std::string header;
 };
-
-std::string readFile(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
 
 fs::path sourceDir() { return fs::path(VANTRELIA_SOURCE_DIR); }
 

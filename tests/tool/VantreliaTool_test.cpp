@@ -11,6 +11,7 @@
 #include "definitions/DefinitionFile.h"
 #include "definitions/ValidationErrorSettingDefn.h"
 #include "definitions/ValidationTableDefn.h"
+#include "support/ReadFile.h"
 #include "support/TempDir.h"
 #include "tool/ValidationTableJson.h"
 
@@ -23,18 +24,11 @@ struct ToolRun {
   std::string err;
 };
 
-std::string readAll(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
 ToolRun runTool(const testing::TempDir& dir, const std::string& arguments) {
   const std::string out = dir.path("stdout.txt"), err = dir.path("stderr.txt");
   const std::string command = std::string(VANTRELIA_TOOL_PATH) + " " + arguments + " >" + out + " 2>" + err;
   const int status = std::system(command.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readAll(out), readAll(err)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, testing::readFile(out), testing::readFile(err)};
 }
 
 TEST(VantreliaToolTest, InspectShowsWhatEachVersionCarries) {
@@ -110,7 +104,7 @@ TEST(VantreliaToolTest, InspectShowsNamesThatAreNotUtf8) {
   const std::string source = dir.write("types.yaml", std::string("primitiveTypes: [{name: NAME__}]\n"));
   const std::string pcf = dir.path("types.pcf");
   ASSERT_EQ(runTool(dir, "compile " + source + " -o " + pcf).exitCode, 0);
-  std::string bytes = readAll(pcf);
+  std::string bytes = testing::readFile(pcf);
   const size_t at = bytes.find("NAME__");
   ASSERT_NE(at, std::string::npos);
   struct Case { const char* bytes; const char* shown; } cases[] = {
