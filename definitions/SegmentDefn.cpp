@@ -47,7 +47,7 @@ void SegmentDefn::readSpecialRecords(InputStream& stream, int version) {
     stream.read(presenceIndicator);
     if (presenceIndicator) {
       flags |= kFieldPresenceIndicator;
-      SpecialSeparator& separator = presenceSeparator.emplace();
+      SpecialSeparator& separator = presenceSeparator.emplace(SpecialSeparator{});
       stream.read(separator.SpecialSeparatorType);
       stream.readWide(separator.SpecialSeparatorString);
     }
@@ -57,7 +57,7 @@ void SegmentDefn::readSpecialRecords(InputStream& stream, int version) {
     stream.read(nameValuePair);
     if (nameValuePair) {
       flags |= kNameValuePair;
-      SpecialSeparator& separator = nameValueSeparator.emplace();
+      SpecialSeparator& separator = nameValueSeparator.emplace(SpecialSeparator{});
       stream.read(separator.SpecialSeparatorType);
       // Unlike the indicator's, this text is there only for a separator given as a string.
       if (separator.SpecialSeparatorType == qxSepString) stream.readWide(separator.SpecialSeparatorString);

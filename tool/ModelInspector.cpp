@@ -151,6 +151,10 @@ Json ModelInspector::toJson() const {
   return root;
 }
 
+std::string ModelInspector::toJsonText() const {
+  return toJson().dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
 std::string ModelInspector::toText() const {
   std::ostringstream out;
   const int version = warehouse.getVersion();

@@ -21,6 +21,8 @@ constexpr const char* kUsage =
 
 constexpr int kUsageError = 1;
 constexpr int kInputError = 2;
+// Anything else that goes wrong: still a line on stderr and an exit code, never an abort.
+constexpr int kToolError = 3;
 
 int runCompile(const std::string& source, const std::string& output, const std::optional<int>& version) {
   try {
@@ -45,7 +47,7 @@ int runInspect(const std::string& path, bool json) {
     return kInputError;
   }
   const vantrelia::tool::ModelInspector inspector(factory.getWarehouse());
-  if (json) std::cout << inspector.toJson().dump(2) << "\n";
+  if (json) std::cout << inspector.toJsonText() << "\n";
   else std::cout << inspector.toText();
   return 0;
 }
@@ -78,6 +80,13 @@ int main(int argc, char** argv) {
     return kUsageError;
   }
 
-  if (compile->parsed()) return runCompile(source, output, version);
-  return runInspect(pcf, json);
+  try {
+    if (compile->parsed()) return runCompile(source, output, version);
+    return runInspect(pcf, json);
+  } catch (const std::exception& e) {
+    std::cerr << "error: " << e.what() << "\n";
+  } catch (...) {
+    std::cerr << "error: unknown failure\n";
+  }
+  return kToolError;
 }

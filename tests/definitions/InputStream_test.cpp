@@ -7,6 +7,8 @@
 #include "compiler/PcfWriter.h"
 #include "definitions/PcfMessages.h"
 #include "support/DefinitionBytes.h"
+#include "support/FailingAllocation.h"
+#include "support/TempDir.h"
 
 namespace vantrelia {
 namespace {
@@ -162,6 +164,21 @@ TEST(InputStreamTest, AFileOfExactlyOneBufferEndsCleanly) {
     EXPECT_EQ(invalidFileMessage([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput) << size;
     EXPECT_EQ(invalidFileMessage([&] { reader.file.readByte(); }), messages::kUnexpectedEndOfInput) << "again";
   }
+}
+
+// Opening a file makes its stream and its buffer first; without memory for them the reader says
+// so in its own words, and a file that isn't there is another text.
+TEST(DefinitionFileTest, OpeningFailuresHaveTheirOwnTexts) {
+  testing::TempDir dir;
+  const std::string path = dir.write("empty.pcf", std::vector<uint8_t>{});
+  for (int skipped : {0, 1}) {
+    testing::FailingAllocation failing(skipped);
+    EXPECT_EQ(invalidFileMessage([&] { DefinitionFile file(path); }), messages::kCouldNotOpenInputFile) << skipped;
+    EXPECT_TRUE(failing.fired()) << skipped;
+  }
+  EXPECT_EQ(invalidFileMessage([&] { DefinitionFile file(path); }), "");
+  EXPECT_EQ(invalidFileMessage([&] { DefinitionFile file(dir.path("missing.pcf")); }), messages::kInputFileNotOpened);
+  EXPECT_EQ(invalidFileMessage([&] { DefinitionFile file(dir.path("")); }), messages::kInputFileNotOpened) << "a folder";
 }
 
 }  // namespace

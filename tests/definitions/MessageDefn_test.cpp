@@ -7,6 +7,7 @@
 
 #include "compiler/CompileContext.h"
 #include "compiler/CompositeWriter.h"
+#include "compiler/DefinitionCompiler.h"
 #include "compiler/MessageWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SegmentWriter.h"
@@ -16,6 +17,7 @@
 #include "definitions/PcfMessages.h"
 #include "definitions/SegmentFieldInstancesControl.h"
 #include "support/DefinitionBytes.h"
+#include "support/PcfLoad.h"
 #include "tool/MessageJson.h"
 
 namespace vantrelia {
@@ -38,11 +40,15 @@ struct Loaded {
   const MessageDefn& message(int index = 0) const { return *set->getMessages().at(static_cast<size_t>(index)); }
 };
 
-// Compiles segments and messages of one set (id 1; a set OTHER has id 2), loads them into a set
-// of a warehouse and builds the tables of every message that didn't carry any. `tables` gives
-// the file form of each message's tables, for messages that ask for them.
-Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std::string> typeFields = {"MSH.9"},
-            const std::vector<std::vector<uint8_t>>& tables = {}) {
+// The segments and messages of one set (id 1; a set OTHER has id 2) as the compiler writes them.
+// `tables` gives the file form of each message's tables, for messages that ask for them.
+struct CompiledSet {
+  PcfWriter out;
+  size_t segments = 0;
+  size_t messages = 0;
+};
+
+CompiledSet compile(const std::string& messagesYaml, int version, const std::vector<std::vector<uint8_t>>& tables) {
   const SourceNode root(YAML::Load(std::string(kSegments) + messagesYaml), "the set");
   compiler::CompileContext context(version);
   context.declareMessageSet("SET", 1);
@@ -52,12 +58,19 @@ Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std:
   const auto messages = root.records("messages", "message");
   compiler::SegmentWriter::declare(segments, context);
   compiler::MessageWriter::declare(messages, context);
-  PcfWriter out;
-  for (const auto& segment : segments) compiler::SegmentWriter::write(segment, context, out);
+  CompiledSet compiled;
+  for (const auto& segment : segments) compiler::SegmentWriter::write(segment, context, compiled.out);
   for (size_t i = 0; i < messages.size(); ++i)
-    compiler::MessageWriter::write(messages[i], context, out,
+    compiler::MessageWriter::write(messages[i], context, compiled.out,
                                    compiler::MessageWriter::wantsEmbeddedTables(messages[i]) && i < tables.size() ? &tables[i] : nullptr);
+  compiled.segments = segments.size();
+  compiled.messages = messages.size();
+  return compiled;
+}
 
+// Loads the records into a set of a warehouse and builds the tables of every message that didn't
+// carry any.
+Loaded read(const CompiledSet& compiled, int version, const std::vector<std::string>& typeFields) {
   Loaded loaded;
   auto set = std::make_unique<MessageSetDefn>(*loaded.warehouse, "SET");
   set->setId(1);
@@ -65,13 +78,13 @@ Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std:
   loaded.set = &loaded.warehouse->addMessageSet(std::move(set));
   FieldUpdates updates;
   std::vector<MessageDefn*> deferred;
-  testing::readExactly(out.bytes(), [&](DefinitionFile& file) {
-    for (size_t i = 0; i < segments.size(); ++i) {
+  testing::readExactly(compiled.out.bytes(), [&](DefinitionFile& file) {
+    for (size_t i = 0; i < compiled.segments; ++i) {
       auto segment = std::make_unique<SegmentDefn>();
       segment->load(*loaded.set, file, version, updates);
       loaded.set->addSegment(std::move(segment), updates);
     }
-    for (size_t i = 0; i < messages.size(); ++i) {
+    for (size_t i = 0; i < compiled.messages; ++i) {
       auto message = std::make_unique<MessageDefn>();
       message->load(*loaded.set, file, version, deferred);
       loaded.set->addMessage(std::move(message));
@@ -81,9 +94,55 @@ Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std:
   return loaded;
 }
 
+Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std::string> typeFields = {"MSH.9"},
+            const std::vector<std::vector<uint8_t>>& tables = {}) {
+  return read(compile(messagesYaml, version, tables), version, typeFields);
+}
+
 std::string loadFailure(const std::string& yaml) {
   return testing::invalidFileMessage([&] { load(yaml); });
 }
+
+// Message records laid out by hand at 883 after the compiled segments, for what the compiler never
+// writes. Segment A has id 1 and the fields F1 and F2.
+namespace laid {
+
+// An item of `type` with the body of that type; not required, 0 to 1 repeats, no user data or rule.
+std::vector<uint8_t> item(int32_t type, const std::vector<uint8_t>& body) {
+  return PcfWriter().boolean(false).i32(0).i32(1).i32(0).text8("I").boolean(false).i32(type).raw(body).count(0).boolean(false).take();
+}
+
+// A segment item of A with the overrides given; no matches, syntax rules or equations.
+std::vector<uint8_t> segmentItem(const std::vector<uint8_t>& overrides = PcfWriter().u16(0).i32(-1).take()) {
+  return item(MessageItemDefn::kSegmentItem, PcfWriter().i32(1).raw(overrides).i32(0).boolean(false).count(0).take());
+}
+
+// A sequence group of the items (their count first) with the visible child table given.
+std::vector<uint8_t> groupItem(const std::vector<uint8_t>& items, const std::vector<uint8_t>& visibleChildren = {0}) {
+  return item(MessageItemDefn::kGroupItem, PcfWriter().text8("G").boolean(false).boolean(false).raw(items).raw(visibleChildren).take());
+}
+
+// Message M with the items (their count first) and visible child table given, tables built at load.
+std::vector<uint8_t> message(const std::vector<uint8_t>& items, const std::vector<uint8_t>& visibleChildren = {0}) {
+  return PcfWriter().text8("M").text8("").raw(items).i32(0).raw(visibleChildren).boolean(false).count(0).take();
+}
+
+std::vector<uint8_t> one(const std::vector<uint8_t>& item) { return PcfWriter().i32(1).raw(item).take(); }
+
+std::vector<uint8_t> nestedGroups(int depth) {
+  std::vector<uint8_t> items = one(segmentItem());
+  for (int i = 0; i < depth; ++i) items = one(groupItem(items));
+  return items;
+}
+
+std::string failure(const std::vector<uint8_t>& messageRecord) {
+  CompiledSet compiled = compile("messages: []", 883, {});
+  compiled.out.raw(messageRecord);
+  compiled.messages = 1;
+  return testing::invalidFileMessage([&] { read(compiled, 883, {"MSH.9"}); });
+}
+
+}  // namespace laid
 
 // A table as one line per state: "key>target" for each transition, in order.
 std::vector<std::string> describe(const StateTable& table) {
@@ -189,6 +248,54 @@ messages: [{name: M, items: [{group: U, unordered: true, items: [{segment: A}, {
   EXPECT_EQ(loadFailure("messages: [{name: M, items: [{group: U, items: [{segment: A}, {embeddedSet: OTHER}]}]}]"), "");
 }
 
+// What no valid file holds: refused with a text of its own rather than left to break the parser.
+TEST(MessageDefnTest, RefusedLaidRecords) {
+  using laid::message, laid::one, laid::segmentItem, laid::groupItem;
+  const auto table = [](std::initializer_list<int32_t> entries) {
+    PcfWriter w;
+    w.boolean(true);
+    for (const int32_t value : entries) w.i32(value);
+    return w.take();
+  };
+  struct Case { const char* what; std::vector<uint8_t> record; std::string failure; } cases[] = {
+      {"the layout itself", message(one(segmentItem())), ""},
+      {"items nested as deep as they may", message(laid::nestedGroups(MessageItemDefn::kMaxNesting)), ""},
+      {"a visible child table", message(one(segmentItem()), table({1, 0, 0, 0})), ""},
+      {"negative item count", message(PcfWriter().i32(-1).take()), messages::kInvalidMessageItemCount},
+      {"negative group item count", message(one(groupItem(PcfWriter().i32(-2).take()))), messages::kInvalidMessageItemCount},
+      {"item type 3", message(one(laid::item(3, {}))), messages::kInvalidMessageItemType},
+      {"negative item type", message(one(laid::item(-1, {}))), messages::kInvalidMessageItemType},
+      {"segment item of segment 99", message(one(laid::item(MessageItemDefn::kSegmentItem, PcfWriter().i32(99).take()))),
+       messages::kUnknownSegment},
+      {"override of field 2 of two", message(one(segmentItem(PcfWriter().u16(0).i32(2).take()))), messages::kItemOverrideIndexOutside},
+      {"items nested too deeply", message(laid::nestedGroups(MessageItemDefn::kMaxNesting + 1)), messages::kItemsNestedTooDeeply},
+      {"visible child of item 1 of one", message(one(segmentItem()), table({1, 1, 1, 1})), messages::kInvalidVisibleChildTable},
+      {"visible child of item -1", message(one(segmentItem()), table({1, -1, 1, 1})), messages::kInvalidVisibleChildTable},
+      {"negative visible child count", message(one(segmentItem()), table({-1, 0})), messages::kInvalidVisibleChildTable},
+      {"visible child table of a group", message(one(groupItem(one(segmentItem()), table({1, 2, 1, 1})))),
+       messages::kInvalidVisibleChildTable},
+  };
+  for (const Case& c : cases) EXPECT_EQ(laid::failure(c.record), c.failure) << c.what;
+}
+
+// Overrides may reach no deeper into composites than items nest: composites C1 to C`depth`, each
+// a field F of the next, and a segment item that overrides the last F.
+TEST(MessageDefnTest, OverridesNestedTooDeeply) {
+  for (const int depth : {MessageItemDefn::kMaxNesting, MessageItemDefn::kMaxNesting + 1}) {
+    std::string yaml = "messageSets:\n  - name: S\n    composites:\n";
+    for (int i = 1; i <= depth; ++i)
+      yaml += "      - {name: C" + std::to_string(i) + ", fields: [{name: F" +
+              (i < depth ? ", composite: C" + std::to_string(i + 1) : std::string()) + "}]}\n";
+    std::string overrides = "{default: X}";
+    for (int i = 0; i < depth; ++i) overrides = "{overrides: {F: " + overrides + "}}";
+    yaml += "    segments: [{name: A, fields: [{name: F, composite: C1}]}]\n";
+    yaml += "    messages: [{name: M, items: [{segment: A, overrides: {F: " + overrides + "}}]}]\n";
+    EXPECT_EQ(testing::loadFailure(compiler::DefinitionCompiler::compile(yaml, {})),
+              depth > MessageItemDefn::kMaxNesting ? messages::kItemsNestedTooDeeply : "")
+        << depth;
+  }
+}
+
 TEST(StateTableTest, BuiltStrictTables) {
   struct Case { const char* what; std::string items; Lines strict; } cases[] = {
       {"required then optional", "[{segment: A, required: true}, {segment: B}]", {"A>1", "B>2 $>3", "$>3", ""}},
@@ -278,6 +385,35 @@ TEST(StateTableTest, DistanceForms) {
     const Loaded loaded = load("messages: [{name: M, stateTables: embedded, items: [{segment: A}]}]", 883, {"MSH.9"}, {both.take()});
     EXPECT_EQ(loaded.message().getRelaxedStates()[0]->getTransitions().at(0).distance, c.distance);
     EXPECT_EQ(loaded.message().getRelaxedStates()[0]->getTransitions().at(0).key, "$");
+  }
+}
+
+// State tables in the file that no parser could run. Message M has one item, A, with id 1.
+TEST(StateTableTest, RefusedEmbeddedTables) {
+  // Two states: the start, with one transition, and the final state.
+  const auto twoStates = [](int32_t item, int32_t target) {
+    return PcfWriter().i32(2).count(0).i32(item).count(1).byte(0x7F).count(target).count(0).i32(0).count(0).i32(0).take();
+  };
+  const auto both = [](const std::vector<uint8_t>& strict, const std::vector<uint8_t>& relaxed) {
+    return PcfWriter().raw(strict).raw(relaxed).take();
+  };
+  const auto oneState = PcfWriter().i32(1).count(0).i32(0).count(0).i32(0).take();
+  struct Case { const char* what; std::vector<uint8_t> tables; std::string failure; } cases[] = {
+      {"the layout itself", both(twoStates(0, 1), twoStates(0, 1)), ""},
+      {"a state of item 1", both(twoStates(1, 1), twoStates(1, 1)), ""},
+      {"no states", PcfWriter().i32(0).take(), messages::kInvalidStateCount},
+      {"negative state count", PcfWriter().i32(-2).take(), messages::kInvalidStateCount},
+      {"negative path length", PcfWriter().i32(1).count(-1).take(), messages::kInvalidStateCount},
+      {"negative transition count", PcfWriter().i32(1).count(0).i32(0).count(-1).take(), messages::kInvalidStateCount},
+      {"tables of different sizes", both(twoStates(0, 1), oneState), messages::kInvalidStateCount},
+      {"a state of an unknown item", both(twoStates(2, 1), twoStates(0, 1)), messages::kUnknownStateItem},
+      {"a transition past the last state", both(twoStates(0, 2), twoStates(0, 1)), messages::kInvalidStateTarget},
+      {"a transition to state -1", both(twoStates(0, 1), twoStates(0, -1)), messages::kInvalidStateTarget},
+  };
+  for (const Case& c : cases) {
+    const auto failure = testing::invalidFileMessage(
+        [&] { load("messages: [{name: M, stateTables: embedded, items: [{segment: A}]}]", 883, {"MSH.9"}, {c.tables}); });
+    EXPECT_EQ(failure, c.failure) << c.what;
   }
 }
 

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "foundation/FoundationMessages.h"
+#include "support/FailingAllocation.h"
 
 namespace {
 
@@ -102,6 +103,18 @@ TEST(ScopedLock, RefusesToLockTwiceOrUnlockWhenNotHeld) {
   // The refused calls and the explicit unlock must leave the lock free: nothing was unlocked twice.
   Contender other(*mutex);
   if (!other.finishes()) (void)mutex.release();
+}
+
+// A lock that can't get memory for itself is a thread resource error with the fixed text.
+TEST(Mutex, NoMemoryForTheLockIsAThreadResourceError) {
+  vantrelia::testing::FailingAllocation failing;
+  try {
+    Mutex mutex;
+    ADD_FAILURE() << "a lock made without memory";
+  } catch (const boost::thread_resource_error& e) {
+    EXPECT_STREQ(e.what(), vantrelia::messages::kThreadResourceError);
+  }
+  EXPECT_TRUE(failing.fired());
 }
 
 }  // namespace

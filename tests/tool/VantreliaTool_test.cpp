@@ -11,6 +11,7 @@
 #include "definitions/DefinitionFile.h"
 #include "definitions/ValidationErrorSettingDefn.h"
 #include "definitions/ValidationTableDefn.h"
+#include "support/ReadFile.h"
 #include "support/TempDir.h"
 #include "tool/ValidationTableJson.h"
 
@@ -23,18 +24,11 @@ struct ToolRun {
   std::string err;
 };
 
-std::string readAll(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
 ToolRun runTool(const testing::TempDir& dir, const std::string& arguments) {
   const std::string out = dir.path("stdout.txt"), err = dir.path("stderr.txt");
   const std::string command = std::string(VANTRELIA_TOOL_PATH) + " " + arguments + " >" + out + " 2>" + err;
   const int status = std::system(command.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readAll(out), readAll(err)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, testing::readFile(out), testing::readFile(err)};
 }
 
 TEST(VantreliaToolTest, InspectShowsWhatEachVersionCarries) {
@@ -101,6 +95,34 @@ TEST(VantreliaToolTest, LoadFailuresPrintTheEngineTextAndExit2) {
   const ToolRun missing = runTool(dir, "inspect " + dir.path("none.pcf"));
   EXPECT_EQ(missing.exitCode, 2);
   EXPECT_EQ(missing.err, "error: Input file was not opened\n");
+}
+
+// Names in a file are bytes that need not be UTF-8. The JSON view shows each byte that isn't as
+// U+FFFD, the text view passes the bytes on; neither may fail the inspection.
+TEST(VantreliaToolTest, InspectShowsNamesThatAreNotUtf8) {
+  testing::TempDir dir;
+  const std::string source = dir.write("types.yaml", std::string("primitiveTypes: [{name: NAME__}]\n"));
+  const std::string pcf = dir.path("types.pcf");
+  ASSERT_EQ(runTool(dir, "compile " + source + " -o " + pcf).exitCode, 0);
+  std::string bytes = testing::readFile(pcf);
+  const size_t at = bytes.find("NAME__");
+  ASSERT_NE(at, std::string::npos);
+  struct Case { const char* bytes; const char* shown; } cases[] = {
+      {"\xFF\xFE", "NAME\uFFFD\uFFFD"},  // bytes no UTF-8 text holds
+      {"\xC3_", "NAME\uFFFD_"},            // a sequence cut short
+      {"\xC3\xA9", "NAME\u00E9"},          // valid UTF-8 comes through as it is
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.shown);
+    bytes.replace(at + 4, 2, c.bytes);
+    const std::string damaged = dir.write("named.pcf", std::vector<uint8_t>(bytes.begin(), bytes.end()));
+    const ToolRun json = runTool(dir, "inspect " + damaged + " --json");
+    ASSERT_EQ(json.exitCode, 0) << json.err;
+    EXPECT_EQ(nlohmann::json::parse(json.out)["primitiveTypes"][0]["Name"], nlohmann::json::parse(std::string("\"") + c.shown + "\""));
+    const ToolRun text = runTool(dir, "inspect " + damaged);
+    ASSERT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_NE(text.out.find(std::string("] NAME") + c.bytes + ":"), std::string::npos) << text.out;
+  }
 }
 
 TEST(VantreliaToolTest, CompileErrorsAndUsage) {
