@@ -14,7 +14,9 @@
 #include "elements/MessageImpl.h"
 #include "elements/SegmentGroupImpl.h"
 #include "foundation/BadParameter.h"
+#include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
+#include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
 
 namespace vantrelia::testing {
@@ -134,23 +136,23 @@ TEST_F(ElementTree, BadPathsAreRefusedWithTheEngineText) {
 
   struct Case {
     std::function<void()> call;
-    const char* text;
+    std::string text;
   };
   const std::vector<Case> badParameters = {
-      {[&] { at(*message, "NOPE"); }, "Child NOPE not found in message ADT"},
+      {[&] { at(*message, "NOPE"); }, formatMessage(messages::kChildNotFoundInMessage, "NOPE", "ADT")},
       {[&] { at(*message, "(parent)"); }, "Child (parent) not found in message ADT"},
-      {[&] { at(*message, "PID/Nope"); }, "Child Nope of segment PID not found"},
-      {[&] { at(*message, "PID/Name/Nope"); }, "Child Nope of composite CX not found"},
-      {[&] { at(*message, "VISIT[0]/NOPE"); }, "Child NOPE not found in segment group VISIT"},
+      {[&] { at(*message, "PID/Nope"); }, formatMessage(messages::kChildNotFoundInSegment, "Nope", "PID")},
+      {[&] { at(*message, "PID/Name/Nope"); }, formatMessage(messages::kChildNotFoundInComposite, "Nope", "CX")},
+      {[&] { at(*message, "VISIT[0]/NOPE"); }, formatMessage(messages::kChildNotFoundInGroup, "NOPE", "VISIT")},
       {[&] { at(*message, "NTE[5]"); }, "Specified index 5 is too high"},
-      {[&] { at(*message, "NTE[1"); }, "Specified index 1 is missing closing square bracket"},
-      {[&] { at(*message, "NTE[a]"); }, "a is not a valid array index"},
+      {[&] { at(*message, "NTE[1"); }, std::string(messages::kMissingBracketBefore) + "1" + messages::kMissingBracketAfter},
+      {[&] { at(*message, "NTE[a]"); }, formatMessage(messages::kNotValidArrayIndex, "a")},
       {[&] { at(*message, "NTE[-1]"); }, "-1 is not a valid array index"},
-      {[&] { notes->getElementAt("x"); }, "Index not found in path x as it does not begin with a square bracket"},
+      {[&] { notes->getElementAt("x"); }, std::string(messages::kIndexNotFoundBefore) + "x" + messages::kIndexNotFoundAfter},
       {[&] { notes->getElementAt(""); }, "Specified path is null or empty"},
       {[&] { notes->getElementAt(static_cast<const char*>(nullptr)); }, "Specified path is null or empty"},
       {[&] { notes->getElementAt(-1); }, "Specified index -1 is less than zero"},
-      {[&] { inner->appendElement("NOPE"); }, "Message type NOPE not found"},
+      {[&] { inner->appendElement("NOPE"); }, formatMessage(messages::kMessageTypeNotFound, "NOPE")},
       {[&] { inner->appendElement(""); }, "Message type is null or empty"},
       {[&] { message->getElementAt(9); }, "Specified index 9 is too high"},
       {[&] { message->setSeparatorValue(static_cast<ESeparatorType>(22), u"x"); }, "Invalid separator specified"},
@@ -334,6 +336,25 @@ TEST_F(ElementTree, ANewMessageWritesItsRequiredSegmentsAndWhatWasSet) {
   EXPECT_EQ(at(*message, "NTE[0]")->getSegmentNumber(), 2);
   EXPECT_EQ(at(*message, "NTE[0]")->getSegmentNumberInMessage(), 2);
   EXPECT_EQ(at(*message, "VISIT[0]/PV1")->getSegmentNumber(), -1);
+}
+
+TEST(ElementTreeEmptyGroup, ASegmentNumberNeedsAFirstSegmentToCountFrom) {
+  MessageFactory factory;
+  compileAndLoad(factory, R"(
+messageSets:
+  - name: S
+    segments: [{name: A, fields: [{name: F}]}]
+    messages:
+      - name: M
+        items:
+          - {group: NONE, items: []}
+          - {segment: A}
+)");
+  auto message = factory.CreateMessage("M");
+  ASSERT_NE(message, nullptr);
+  MessageElement* segment = message->getElementAt("A");
+  EXPECT_EQ(thrown<IllegalOperation>([&] { segment->getSegmentNumberInMessage(); }),
+            messages::kNoItemsInSegmentGroup);
 }
 
 }  // namespace
