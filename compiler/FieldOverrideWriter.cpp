@@ -6,7 +6,7 @@
 #include "compiler/CompileError.h"
 #include "compiler/FieldWriter.h"
 #include "compiler/PcfWriter.h"
-#include "definitions/FieldDefn.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/FieldInstanceUpdate.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
@@ -65,16 +65,16 @@ FieldOverrideValues primitiveValuesOf(const SourceNode& entry, const SourceNode&
     values.flags |= kDefaultValue;
     std::u16string text;
     if (entry.has("count")) {
-      if (!FieldWriter::isCountBase(type.baseType))
+      if (!DataTypeCodes::isCountBase(type.baseType))
         entry.failAt("count", "'count' of " + entry.what() + " needs a field of base type short, long or strictInteger");
       text = FieldWriter::countText(entry);
     } else {
       text = entry.wideText("default", u"");
     }
-    if (type.code == FieldDefn::kRawBinary || (type.baseType == FieldDefn::kRawBinary && !text.empty() && text.front() == u'#'))
+    if (type.code == DataTypeCodes::kRawBinary || (type.baseType == DataTypeCodes::kRawBinary && !text.empty() && text.front() == u'#'))
       entry.failAt(defaultKey, "'" + std::string(defaultKey) + "' of " + entry.what() +
                                    ": the default of a raw binary field names its length field and can't be overridden");
-    if (FieldWriter::isCountBase(type.baseType)) FieldWriter::checkCountDefault(entry, defaultKey, text);
+    if (DataTypeCodes::isCountBase(type.baseType)) FieldWriter::checkCountDefault(entry, defaultKey, text);
     values.DefaultValue = text;
   }
   if (entry.has("format")) {

@@ -16,10 +16,6 @@ namespace vantrelia::compiler {
 
 namespace {
 
-constexpr std::array<std::string_view, kSeparatorCount> kNames = {
-    "segment", "repeat", "null",  "decimal", "filler", "field1",  "field2", "field3", "field4", "field5", "user1",
-    "user2",   "user3",  "user4", "user5",   "none",   "auto",    "string", "message", "group", "length", "crlf"};
-
 constexpr std::array<std::pair<std::string_view, int32_t>, 4> kStyles = {{
     {"initiator", SeparatorDefn::kStyleInitiator},
     {"separator", SeparatorDefn::kStyleSeparator},
@@ -136,14 +132,10 @@ int lineOfKey(const YAML::Node& key) { return key.Mark().line >= 0 ? key.Mark().
 
 }  // namespace
 
-std::string_view SeparatorWriter::nameOf(int type) {
-  return type >= 0 && type < kSeparatorCount ? kNames[static_cast<size_t>(type)] : std::string_view();
-}
-
-int SeparatorWriter::typeOf(std::string_view name) {
-  for (size_t i = 0; i < kNames.size(); ++i)
-    if (kNames[i] == name) return static_cast<int>(i);
-  return -1;
+std::string SeparatorWriter::knownNames() {
+  std::string known;
+  for (int type = 0; type < kSeparatorCount; ++type) known += (type ? ", " : "") + std::string(SeparatorDefn::nameOf(type));
+  return known;
 }
 
 void SeparatorWriter::write(const SourceNode& separator, const CompileContext& context, PcfWriter& out,
@@ -161,13 +153,10 @@ int32_t SeparatorWriter::writeList(const SourceNode& separators, CompileContext&
   int highest = -1;
   for (const auto& entry : mapping) {
     const std::string& name = entry.first.Scalar();
-    const int type = typeOf(name);
-    if (type < 0) {
-      std::string known;
-      for (std::string_view n : kNames) known += (known.empty() ? "" : ", ") + std::string(n);
-      throw CompileError(lineOfKey(entry.first),
-                         "unknown separator '" + name + "' in " + separators.what() + " (known separators: " + known + ")");
-    }
+    const int type = SeparatorDefn::typeOf(name);
+    if (type < 0)
+      throw CompileError(lineOfKey(entry.first), "unknown separator '" + name + "' in " + separators.what() +
+                                                     " (known separators: " + knownNames() + ")");
     auto& slot = given[static_cast<size_t>(type)];
     if (slot)
       throw CompileError(lineOfKey(entry.first), "separator '" + name + "' is given twice in " + separators.what());
@@ -195,7 +184,7 @@ int32_t SeparatorWriter::writeList(const SourceNode& separators, CompileContext&
 
 int32_t SeparatorWriter::kindOf(const SourceNode& record, std::string_view key, int32_t fallback) {
   if (!record.has(key)) return fallback;
-  const int type = typeOf(record.text(key, ""));
+  const int type = SeparatorDefn::typeOf(record.text(key, ""));
   if (type < 0)
     record.failAt(key, "'" + std::string(key) + "' of " + record.what() + " must name a separator (segment, repeat, "
                        "null, decimal, filler, field1 to field5, user1 to user5, none, auto, string, message, group, length, crlf)");

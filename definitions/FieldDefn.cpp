@@ -1,5 +1,7 @@
 #include "definitions/FieldDefn.h"
 
+#include <array>
+
 #include "definitions/ArrayTypeDefn.h"
 #include "definitions/CompositeFieldInstancesControl.h"
 #include "definitions/EscapeExpansion.h"
@@ -22,16 +24,8 @@ namespace {
 // The user-data key whose value replaces a field's name as its tag.
 constexpr char16_t kTagKey[] = u"Tag";
 
-bool isCountBase(int32_t baseType) {
-  return baseType == FieldDefn::kShort || baseType == FieldDefn::kLong || baseType == FieldDefn::kStrictInteger;
-}
-
-std::string narrowed(std::u16string_view text) {
-  std::string result;
-  result.reserve(text.size());
-  for (char16_t unit : text) result += static_cast<char>(unit);
-  return result;
-}
+constexpr std::array<std::string_view, 8> kAlignmentNames = {"left",    "right",    "leftMin", "rightMin",
+                                                             "leftMax", "rightMax", "zeroMin", "zeroMax"};
 
 }  // namespace
 
@@ -56,6 +50,17 @@ std::shared_ptr<Formatter> buildFieldFormatter(FormatterKind, std::u16string_vie
   // Field formatting plugs in here: a number picture for NumberPicture, a regular expression for
   // RegularExpression. Until then every field is without a formatter.
   return nullptr;
+}
+
+std::string_view FieldDefn::alignmentName(int alignment) {
+  return alignment >= 0 && alignment < static_cast<int>(kAlignmentNames.size()) ? kAlignmentNames[static_cast<size_t>(alignment)]
+                                                                                  : std::string_view();
+}
+
+int FieldDefn::alignmentOf(std::string_view name) {
+  for (size_t alignment = 0; alignment < kAlignmentNames.size(); ++alignment)
+    if (kAlignmentNames[alignment] == name) return static_cast<int>(alignment);
+  return -1;
 }
 
 FieldDefn::FieldDefn() = default;
@@ -179,8 +184,8 @@ void FieldDefn::workOutTypes() {
   if (DataType == kCustom && !(customType && customType->isPlainAlias())) flags |= kNotPlain;
   if (DataType == kArray || DataType == kVariable) flags |= kNotPlain;
   const int32_t type = getEffectiveType();
-  isBinary = type >= kRawBinary && type <= kLastBinary ? 1 : 0;
-  isNumeric = (type >= 0 && type < kString) || type == kStrictInteger || type == kStrictReal ? 1 : 0;
+  isBinary = DataTypeCodes::isBinary(type) ? 1 : 0;
+  isNumeric = DataTypeCodes::isNumeric(type) ? 1 : 0;
 }
 
 void FieldDefn::workOutFormat(int version) {
@@ -194,14 +199,14 @@ void FieldDefn::workOutSpecialDefault(int version) {
   if (version < pcf::kCountDefaults || kind != kPrimitive) return;
   const int32_t base = getBaseType();
   const std::u16string_view text = DefaultValue.view();
-  if (!text.empty() && text.front() == u'#' && (base == kRawBinary || isCountBase(base))) {
+  if (!text.empty() && text.front() == u'#' && (base == kRawBinary || DataTypeCodes::isCountBase(base))) {
     const std::u16string rest(text.substr(1));
     format = WideText();
     if (base == kRawBinary) {
-      linkedFieldName = narrowed(rest);
+      linkedFieldName = narrow(rest);
       DefaultValue = rest;
     } else if (!rest.empty() && rest.front() == u'+') {
-      linkedFieldName = narrowed(rest);
+      linkedFieldName = narrow(rest);
       DefaultValue = WideText();
     } else {
       std::u16string_view path;

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "definitions/DataTypeCodes.h"
 #include "definitions/UpdateFieldDefn.h"
 #include "foundation/TRVString.h"
 
@@ -46,18 +47,18 @@ class FieldDefn {
   static constexpr int32_t kPrimitive = 0;
   static constexpr int32_t kComposite = 1;
 
-  // Data type codes the loader treats apart.
-  static constexpr int32_t kShort = 0;
-  static constexpr int32_t kLong = 1;
-  static constexpr int32_t kString = 4;
-  static constexpr int32_t kRawBinary = 5;
-  static constexpr int32_t kLastBinary = 8;
-  static constexpr int32_t kCustom = 9;
-  static constexpr int32_t kArray = 10;
-  static constexpr int32_t kVariable = 11;
-  static constexpr int32_t kStrictInteger = 12;
-  static constexpr int32_t kStrictReal = 13;
-  static constexpr int32_t kQuotedText = 14;
+  // The data type codes under the names the readers have always used; DataTypeCodes is their home.
+  static constexpr int32_t kShort = DataTypeCodes::kShort;
+  static constexpr int32_t kLong = DataTypeCodes::kLong;
+  static constexpr int32_t kString = DataTypeCodes::kString;
+  static constexpr int32_t kRawBinary = DataTypeCodes::kRawBinary;
+  static constexpr int32_t kLastBinary = DataTypeCodes::kLastBinary;
+  static constexpr int32_t kCustom = DataTypeCodes::kCustom;
+  static constexpr int32_t kArray = DataTypeCodes::kArray;
+  static constexpr int32_t kVariable = DataTypeCodes::kVariable;
+  static constexpr int32_t kStrictInteger = DataTypeCodes::kStrictInteger;
+  static constexpr int32_t kStrictReal = DataTypeCodes::kStrictReal;
+  static constexpr int32_t kQuotedText = DataTypeCodes::kQuotedText;
   // The DataType of a composite field.
   static constexpr int32_t kNoDataType = -1;
 
@@ -84,6 +85,12 @@ class FieldDefn {
   // Reads one field record of a segment or composite. A composite field leaves an update in
   // `updates` that fills its overrides once the set knows its composite. Throws InvalidFile.
   void load(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
+
+  // The name of an EMetaAlignment value in the definition language and the tools ("left", "right",
+  // "leftMin", "rightMin", "leftMax", "rightMax", "zeroMin", "zeroMax"); "" outside 0 to 7. And
+  // the value of such a name, or -1.
+  static std::string_view alignmentName(int alignment);
+  static int alignmentOf(std::string_view name);
 
   // The count item of a default text behind its leading "#": "path" counts repeats; "path#S",
   // "#G", "#M" (either case) count segments, groups, messages. Sets `path` to what stands before

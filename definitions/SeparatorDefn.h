@@ -6,6 +6,7 @@
 #include <boost/core/noncopyable.hpp>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "definitions/FieldPathDefn.h"
 #include "foundation/TRVString.h"
@@ -39,6 +40,12 @@ class SeparatorDefn : private boost::noncopyable {
   static constexpr int32_t kStyleAll = 3;
   // The flag bits a style word adds; an unknown word adds none.
   static uint32_t styleFlags(int32_t style);
+
+  // The name of a separator in the definition language and the tools: its ESeparatorType without
+  // the prefix, in lower case ("segment", "field1", "crlf"); "" outside 0 to 21. And the type of
+  // such a name, or -1.
+  static std::string_view nameOf(int type);
+  static int typeOf(std::string_view name);
 
   SeparatorDefn() = default;
   virtual ~SeparatorDefn() = default;

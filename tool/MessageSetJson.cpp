@@ -1,6 +1,5 @@
 #include "tool/MessageSetJson.h"
 
-#include "compiler/SeparatorWriter.h"
 #include "compiler/Utf8.h"
 #include "definitions/MessageSetDefn.h"
 #include "tool/CompositeJson.h"
@@ -27,7 +26,7 @@ Json toJson(const MessageSetDefn& set) {
   // Keyed by the separator's kind, in kind order, so that a reader needn't count places.
   Json separators = Json::object();
   for (int type = 0; type < kSeparatorCount; ++type)
-    separators[std::string(compiler::SeparatorWriter::nameOf(type))] = toJson(set.getSeparator(type));
+    separators[std::string(SeparatorDefn::nameOf(type))] = toJson(set.getSeparator(type));
   json["separators"] = separators;
 
   Json typeFields = Json::array();
