@@ -9,12 +9,12 @@
 #include "compiler/FieldOverrideWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
 #include "compiler/UserDataWriter.h"
 #include "definitions/DataTypeCodes.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/Enumerations.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 

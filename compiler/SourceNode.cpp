@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "compiler/CompileError.h"
-#include "compiler/Utf8.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 

@@ -10,11 +10,11 @@
 #include "compiler/CompileError.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SeparatorWriter.h"
-#include "compiler/Utf8.h"
 #include "definitions/ArrayTypeDefn.h"
 #include "definitions/DataTypeCodes.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/PrimitiveTypeDefn.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 

@@ -4,8 +4,8 @@
 #include <limits>
 #include <stdexcept>
 
-#include "compiler/Utf8.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 

@@ -6,8 +6,8 @@
 #include "compiler/CompileContext.h"
 #include "compiler/CompileError.h"
 #include "compiler/PcfWriter.h"
-#include "compiler/Utf8.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 

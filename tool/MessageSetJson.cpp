@@ -1,7 +1,7 @@
 #include "tool/MessageSetJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/MessageSetDefn.h"
+#include "foundation/Utf8.h"
 #include "tool/CompositeJson.h"
 #include "tool/MessageJson.h"
 #include "tool/SegmentJson.h"
@@ -10,7 +10,6 @@
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 Json toJson(const MessageSetDefn& set) {

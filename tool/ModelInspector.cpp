@@ -3,16 +3,15 @@
 #include <cstdio>
 #include <sstream>
 
-#include "compiler/Utf8.h"
 #include "definitions/DataTypeCodes.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Utf8.h"
 #include "tool/MessageSetJson.h"
 #include "tool/TypeJson.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 namespace {

@@ -11,10 +11,10 @@
 #include "compiler/PcfWriter.h"
 #include "compiler/SegmentWriter.h"
 #include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
 #include "compiler/ValidationTableWriter.h"
 #include "definitions/DefinitionFile.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/Utf8.h"
 #include "support/CompilerTesting.h"
 
 namespace vantrelia::testing {
