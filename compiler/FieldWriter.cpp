@@ -2,7 +2,6 @@
 
 #include <array>
 #include <climits>
-#include <limits>
 
 #include "compiler/CompileContext.h"
 #include "compiler/CompileError.h"
@@ -14,22 +13,21 @@
 #include "definitions/FieldDefn.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/Enumerations.h"
+#include "foundation/InvalidFile.h"
 #include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 
 namespace {
 
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
-
-constexpr std::array<std::pair<std::string_view, char16_t>, 4> kCountKinds = {{
-    {"repeats", 0}, {"segments", u'S'}, {"groups", u'G'}, {"messages", u'M'}}};
+constexpr std::array<std::pair<std::string_view, int32_t>, 4> kCountKinds = {{{"repeats", FieldDefn::kCountRepeats},
+                                                                             {"segments", FieldDefn::kCountSegments},
+                                                                             {"groups", FieldDefn::kCountGroups},
+                                                                             {"messages", FieldDefn::kCountMessages}}};
 
 // Keys that only a primitive field, or only a composite field, may carry.
 constexpr std::array<std::string_view, 9> kPrimitiveOnly = {"dataType",  "default", "count", "countedField", "lengthField",
                                                             "alignment", "format",  "table", "variable"};
-
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
 
 std::string tooNew(int gate, int version) {
   return "needs format version " + std::to_string(gate) + " or later; this file is compiled for version " +
@@ -38,7 +36,7 @@ std::string tooNew(int gate, int version) {
 
 // A value text (default or format) as the version's `textv` carries it.
 void checkValueText(const SourceNode& owner, std::string_view key, std::u16string_view text, int version) {
-  if (text.size() > kLongestText) owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " is longer than 65535 units");
+  if (text.size() > PcfWriter::kLongestText) owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " is longer than 65535 units");
   if (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(text))
     owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " has a character that " +
                           tooNew(pcf::kWideValueTexts, version) + "; below it write the character as an escape such as "
@@ -151,13 +149,11 @@ std::u16string FieldWriter::countText(const SourceNode& owner) {
   } else {
     kind = owner.text("count", "");
   }
-  for (const auto& [name, letter] : kCountKinds) {
+  for (const auto& [name, countKind] : kCountKinds) {
     if (kind != name) continue;
-    std::u16string text = u"#" + path;
-    if (letter) text += std::u16string(u"#") + letter;
     // A leading "+" would name a counted field instead.
     if (!path.empty() && path.front() == u'+') owner.failAt("count", "the path of 'count' of " + owner.what() + " can't start with '+'");
-    return text;
+    return FieldDefn::countText(countKind, path);
   }
   owner.failAt("count", "'count' of " + owner.what() + " must be repeats, segments, groups or messages, or a mapping of "
                         "'kind' and 'path'");
@@ -167,14 +163,13 @@ void FieldWriter::checkCountDefault(const SourceNode& owner, std::string_view ke
   if (text.empty() || text.front() != u'#') return;
   const std::u16string_view rest = text.substr(1);
   if (!rest.empty() && rest.front() == u'+') return;
-  const size_t mark = rest.find(u'#');
-  if (mark == std::u16string_view::npos) return;
-  const std::u16string_view item = rest.substr(mark + 1);
-  const char16_t letter = item.empty() ? 0 : item.front();
-  if (letter == u'S' || letter == u's' || letter == u'G' || letter == u'g' || letter == u'M' || letter == u'm') return;
-  owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " makes the field a count whose item behind the "
-                    "second '#' is " + (item.empty() ? "empty" : "not S, G or M") + "; the engine refuses it (\"Invalid count "
-                    "item specified\")");
+  try {
+    std::u16string_view path;
+    FieldDefn::splitCountItem(rest, path);
+  } catch (const InvalidFile& refused) {
+    owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " makes the field a count whose item behind the "
+                      "second '#' isn't S, G or M; the engine refuses it (\"" + refused.message + "\")");
+  }
 }
 
 bool FieldWriter::isVariable(const SourceNode& field, const CompileContext& context) {

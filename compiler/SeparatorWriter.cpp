@@ -2,7 +2,6 @@
 
 #include <array>
 #include <climits>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -23,7 +22,6 @@ constexpr std::array<std::pair<std::string_view, int32_t>, 4> kStyles = {{
     {"all", SeparatorDefn::kStyleAll},
 }};
 
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 
 // The fields of one file record, in file order.
 struct Record {
@@ -61,7 +59,7 @@ void writeRecord(const Record& record, int version, PcfWriter& out) {
 std::u16string byteText(const SourceNode& owner, std::string_view key) {
   std::u16string text = owner.wideText(key, u"");
   const std::string where = "'" + std::string(key) + "' of " + owner.what();
-  if (text.size() > kLongestText) owner.failAt(key, where + " is longer than 65535 characters");
+  if (text.size() > PcfWriter::kLongestText) owner.failAt(key, where + " is longer than 65535 characters");
   for (char16_t unit : text) {
     if (unit == 0) owner.failAt(key, where + " can't hold a zero character");
     if (!PcfWriter::fitsText8w(std::u16string_view(&unit, 1)))
@@ -89,7 +87,7 @@ Record recordOf(const SourceNode& source, int version, int32_t styleBeforeWritin
       source.integer("kind", fromField ? SeparatorDefn::kKindFromField : SeparatorDefn::kKindPreset, INT32_MIN, INT32_MAX));
   if (record.kind == SeparatorDefn::kKindFromField) {
     record.fieldPath = source.text("fromField", "");
-    if (record.fieldPath.size() > kLongestText) source.failAt("fromField", "'fromField' of " + source.what() + " is too long");
+    if (record.fieldPath.size() > PcfWriter::kLongestText) source.failAt("fromField", "'fromField' of " + source.what() + " is too long");
     if (record.fieldPath.find('\0') != std::string::npos)
       source.failAt("fromField", "'fromField' of " + source.what() + " can't hold a zero character");
     record.position = static_cast<int32_t>(source.integer("position", 0, INT32_MIN, INT32_MAX));
@@ -128,8 +126,6 @@ int32_t styleBeforeWritingStyleOf(int type) {
   return SeparatorDefn::kStyleSeparator;
 }
 
-int lineOfKey(const YAML::Node& key) { return key.Mark().line >= 0 ? key.Mark().line + 1 : 0; }
-
 }  // namespace
 
 std::string SeparatorWriter::knownNames() {
@@ -155,11 +151,11 @@ int32_t SeparatorWriter::writeList(const SourceNode& separators, CompileContext&
     const std::string& name = entry.first.Scalar();
     const int type = SeparatorDefn::typeOf(name);
     if (type < 0)
-      throw CompileError(lineOfKey(entry.first), "unknown separator '" + name + "' in " + separators.what() +
+      throw CompileError(lineOfNode(entry.first), "unknown separator '" + name + "' in " + separators.what() +
                                                      " (known separators: " + knownNames() + ")");
     auto& slot = given[static_cast<size_t>(type)];
     if (slot)
-      throw CompileError(lineOfKey(entry.first), "separator '" + name + "' is given twice in " + separators.what());
+      throw CompileError(lineOfNode(entry.first), "separator '" + name + "' is given twice in " + separators.what());
 
     if (entry.second.IsScalar()) {
       Record preset;

@@ -3,7 +3,6 @@
 #include <array>
 #include <cctype>
 #include <charconv>
-#include <limits>
 #include <map>
 
 #include "compiler/CompileContext.h"
@@ -20,12 +19,9 @@ namespace vantrelia::compiler {
 
 namespace {
 
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 // The widest character code a range may name in hexadecimal: six digits reach beyond U+10FFFF.
 constexpr size_t kMostHexDigits = 6;
 constexpr size_t kFewestHexDigits = 4;
-
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
 
 // A separator named by a scalar of the source, or a line-numbered error.
 int32_t separatorOf(const YAML::Node& node, const std::string& where) {
@@ -214,7 +210,7 @@ void TypeWriter::writePrimitiveType(const Declared& type, PcfWriter& out) const 
   // The engine adds the bits for allowed separators and escapes by itself.
   out.i32(source.flag("noValidation", false) ? static_cast<int32_t>(PrimitiveTypeDefn::kNoValidation) : 0);
   const std::u16string expression = source.wideText("regularExpression", u"");
-  if (expression.size() > kLongestText)
+  if (expression.size() > PcfWriter::kLongestText)
     source.failAt("regularExpression", "'regularExpression' of " + source.what() + " is longer than 65535 units");
   out.text16(expression);
 
@@ -262,7 +258,7 @@ void TypeWriter::writeArrayType(const Declared& type, PcfWriter& out) const {
     if (!PcfWriter::fitsText8w(own))
       source.failAt("ownSeparator", "'ownSeparator' of " + source.what() +
                                         " has a character that the file's byte texts can't carry");
-    if (own.size() > kLongestText) source.failAt("ownSeparator", "'ownSeparator' of " + source.what() + " is too long");
+    if (own.size() > PcfWriter::kLongestText) source.failAt("ownSeparator", "'ownSeparator' of " + source.what() + " is too long");
     out.i32(ArrayTypeDefn::kOwnSeparator).text8w(own);
   } else if (source.has("separator")) {
     out.i32(separatorOf(source.yaml()["separator"], "'separator' of " + source.what()));

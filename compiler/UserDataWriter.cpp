@@ -1,7 +1,6 @@
 #include "compiler/UserDataWriter.h"
 
 #include <cstdint>
-#include <limits>
 #include <stdexcept>
 
 #include "definitions/PcfVersion.h"
@@ -9,17 +8,13 @@
 
 namespace vantrelia::compiler {
 
-namespace {
-constexpr size_t kLongestValue = std::numeric_limits<uint16_t>::max();
-}  // namespace
-
 void UserDataWriter::declare(const SourceNode& record, CompileContext& context) {
   const auto values = record.wideTextMap("userData");
   record.requireVersion("userData", !values.empty(), pcf::kUserData, context.version());
   for (const auto& [key, value] : values) {
     const auto wideKey = utf8ToWide(key);
     if (!wideKey) record.failAt("userData", "a user-data key of " + record.what() + " is not valid UTF-8");
-    if (value.size() > kLongestValue) record.failAt("userData", "a user-data value of " + record.what() + " is too long");
+    if (value.size() > PcfWriter::kLongestText) record.failAt("userData", "a user-data value of " + record.what() + " is too long");
     context.declareUserDataKey(*wideKey);
   }
 }

@@ -1,6 +1,5 @@
 #include "compiler/ValidationTableWriter.h"
 
-#include <limits>
 #include <stdexcept>
 
 #include "compiler/CompileContext.h"
@@ -13,16 +12,12 @@ namespace vantrelia::compiler {
 
 namespace {
 
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
-
 struct Entry {
   std::u16string value;
   std::u16string description;
   int line;
   int descriptionLine;
 };
-
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
 
 std::vector<Entry> entriesOf(const SourceNode& table) {
   std::vector<Entry> entries;
@@ -43,7 +38,7 @@ std::vector<Entry> entriesOf(const SourceNode& table) {
                        entry.lineOf("description")});
   }
   for (const Entry& entry : entries)
-    if (entry.value.size() > kLongestText || entry.description.size() > kLongestText)
+    if (entry.value.size() > PcfWriter::kLongestText || entry.description.size() > PcfWriter::kLongestText)
       throw CompileError(entry.line, "an entry of " + table.what() + " is longer than 65535 units");
   return entries;
 }
@@ -63,7 +58,7 @@ void ValidationTableWriter::write(const SourceNode& table, CompileContext& conte
   const int version = context.version();
   const std::string name = table.text("name", "");
   if (name.empty()) table.fail(table.what() + " needs a name: fields refer to it by name");
-  if (name.size() > kLongestText) table.failAt("name", "the name of " + table.what() + " is longer than 65535 bytes");
+  if (name.size() > PcfWriter::kLongestText) table.failAt("name", "the name of " + table.what() + " is longer than 65535 bytes");
   const auto entries = entriesOf(table);
 
   for (const Entry& entry : entries) {

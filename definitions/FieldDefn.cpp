@@ -24,6 +24,12 @@ namespace {
 // The user-data key whose value replaces a field's name as its tag.
 constexpr char16_t kTagKey[] = u"Tag";
 
+// A default that begins with it is a count, or on a raw binary field the name of its length
+// field; a second one inside a count comes before the letter of the item counted.
+constexpr char16_t kCountMark = u'#';
+constexpr std::array<std::pair<int32_t, char16_t>, 3> kCountItemLetters = {
+    {{FieldDefn::kCountSegments, u'S'}, {FieldDefn::kCountGroups, u'G'}, {FieldDefn::kCountMessages, u'M'}}};
+
 constexpr std::array<std::string_view, 8> kAlignmentNames = {"left",    "right",    "leftMin", "rightMin",
                                                              "leftMax", "rightMax", "zeroMin", "zeroMax"};
 
@@ -71,22 +77,24 @@ void FieldDefn::setInstancesControl(std::unique_ptr<CompositeFieldInstancesContr
 }
 
 int32_t FieldDefn::splitCountItem(std::u16string_view rest, std::u16string_view& path) {
-  const size_t mark = rest.find(u'#');
+  const size_t mark = rest.find(kCountMark);
   if (mark == std::u16string_view::npos) {
     path = rest;
     return kCountRepeats;
   }
   path = rest.substr(0, mark);
   const std::u16string_view item = rest.substr(mark + 1);
-  if (!item.empty()) {
-    switch (item.front()) {
-      case u'S': case u's': return kCountSegments;
-      case u'G': case u'g': return kCountGroups;
-      case u'M': case u'm': return kCountMessages;
-      default: break;
-    }
-  }
+  if (!item.empty())
+    for (const auto& [kind, letter] : kCountItemLetters)
+      if (item.front() == letter || item.front() == letter - u'A' + u'a') return kind;
   throw InvalidFile(messages::kInvalidCountItem);
+}
+
+std::u16string FieldDefn::countText(int32_t countKind, std::u16string_view path) {
+  std::u16string text = kCountMark + std::u16string(path);
+  for (const auto& [kind, letter] : kCountItemLetters)
+    if (kind == countKind) text += {kCountMark, letter};
+  return text;
 }
 
 int32_t FieldDefn::getBaseType() const {
@@ -199,7 +207,7 @@ void FieldDefn::workOutSpecialDefault(int version) {
   if (version < pcf::kCountDefaults || kind != kPrimitive) return;
   const int32_t base = getBaseType();
   const std::u16string_view text = DefaultValue.view();
-  if (!text.empty() && text.front() == u'#' && (base == kRawBinary || DataTypeCodes::isCountBase(base))) {
+  if (!text.empty() && text.front() == kCountMark && (base == kRawBinary || DataTypeCodes::isCountBase(base))) {
     const std::u16string rest(text.substr(1));
     format = WideText();
     if (base == kRawBinary) {

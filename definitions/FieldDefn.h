@@ -96,6 +96,9 @@ class FieldDefn {
   // "#G", "#M" (either case) count segments, groups, messages. Sets `path` to what stands before
   // the second "#". Throws InvalidFile "Invalid count item specified" for an empty or unknown item.
   static int32_t splitCountItem(std::u16string_view rest, std::u16string_view& path);
+  // The other way: the default text that makes a field count `countKind` items along `path`
+  // ("#path", "#path#S", "#path#G", "#path#M"), as the compiler writes it.
+  static std::u16string countText(int32_t countKind, std::u16string_view path);
 
   const kestrel::TRVString<char>& getName() const { return Name; }
   int32_t getMinRepeats() const { return MinRepeats; }

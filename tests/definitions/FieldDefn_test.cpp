@@ -118,6 +118,18 @@ TEST(FieldDefnTest, SpecialDefaults) {
   }
 }
 
+// The text the compiler writes for a count is read back as the same count.
+TEST(FieldDefnTest, CountTextReadsBackAsItsCount) {
+  for (const int32_t kind : {FieldDefn::kCountRepeats, FieldDefn::kCountSegments, FieldDefn::kCountGroups, FieldDefn::kCountMessages})
+    for (const std::u16string_view path : {u"", u"12", u"GRP/SEG"}) {
+      const std::u16string text = FieldDefn::countText(kind, path);
+      ASSERT_TRUE(text.starts_with(u"#"));
+      std::u16string_view readPath;
+      EXPECT_EQ(FieldDefn::splitCountItem(std::u16string_view(text).substr(1), readPath), kind);
+      EXPECT_EQ(readPath, path);
+    }
+}
+
 TEST(FieldDefnTest, PatternFormatsFromVersion519) {
   auto record = stringField();
   record.dataType = 3;
