@@ -120,7 +120,6 @@ class FieldDefn {
   const ArrayTypeDefn* getArrayType() const { return arrayType; }
   const VariableFieldDefn* getVariableDefn() const { return variableDefn.get(); }
   const CompositeDefn* getComposite() const { return composite; }
-  CompositeDefn* getComposite() { return composite; }
   int32_t getCompositeId() const { return compositeId; }
 
   const MessageSetDefn* getSet() const { return set; }
@@ -143,14 +142,22 @@ class FieldDefn {
   bool isVariableTypeField() const { return (flags & kIsVariableTypeField) != 0; }
   bool hasFieldPresenceIndicator() const { return (flags & kHasFieldPresenceIndicator) != 0; }
 
-  // What the rest of the load completes: the composite once all are known, the overrides built
-  // from the field's update, required marks of message type fields, and flags of later Parts.
+
+ private:
+  // Loaded fields are shared by every tree, so only the loaders complete them: the set points a
+  // composite field at its composite once all are known and marks message type fields required,
+  // the overrides are built from the field's update, and a segment marks its variable keys.
+  friend class CompositeDefn;
+  friend class FieldListDefn;
+  friend class MessageSetDefn;
+  friend class SegmentDefn;
+  friend class UpdateCompositeFieldInstances;
+
   void setComposite(CompositeDefn* value) { composite = value; }
   void setInstancesControl(std::unique_ptr<CompositeFieldInstancesControl> control);
   void setRequired(bool value) { Required = value ? 1 : 0; }
   void addFlags(uint32_t bits) { flags |= bits; }
 
- private:
   void readPrimitive(const MessageSetDefn& set, InputStream& stream, int version);
   void readComposite(InputStream& stream, int version, FieldUpdates& updates);
   void workOutTypes();

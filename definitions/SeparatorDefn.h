@@ -68,11 +68,13 @@ class SeparatorDefn : private boost::noncopyable {
   // The one change the model allows after loading: a host replaces the default text through the
   // metadata. Separator states made earlier keep their copies until they are reset.
   void setValue(const kestrel::TRVString<char16_t>& value) { Value = value; }
-  // The message set settles the flags of a few separators after reading them: the filler's
-  // default, and the writing style that files before styles existed imply.
-  void setFlags(uint32_t value) { flags = value; }
 
  private:
+  // The message set settles the flags of a few separators after reading them: the filler's
+  // default, and the writing style that files before styles existed imply.
+  friend class MessageSetDefn;
+  void setFlags(uint32_t value) { flags = value; }
+
   uint32_t flags = kDefaultFlags;
   kestrel::TRVString<char16_t> Value;
   kestrel::TRVString<char16_t> Initiator;

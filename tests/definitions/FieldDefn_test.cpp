@@ -11,6 +11,7 @@
 #include "definitions/VariableFieldDefn.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia {
 namespace {
@@ -47,14 +48,14 @@ std::unique_ptr<MessageWarehouseDefn> typedWarehouse() {
 
 struct Loaded {
   std::unique_ptr<MessageWarehouseDefn> warehouse = typedWarehouse();
-  MessageSetDefn set{*warehouse, "SET"};
+  MessageSetDefn set{*warehouse};
   FieldUpdates updates;
   FieldDefn field;
 
   Loaded() {
     auto codes = std::make_unique<ValidationTableDefn>();
     readExactly(PcfWriter().text8("Codes").i32(1).text16(u"A").bytes(), [&](DefinitionFile& file) { codes->load(file, 883, false); });
-    set.addValidationTable(std::move(codes));
+    testing::DefinitionSetup::addValidationTable(set, std::move(codes));
   }
 };
 

@@ -16,6 +16,7 @@
 #include "definitions/PcfMessages.h"
 #include "definitions/SegmentFieldInstancesControl.h"
 #include "support/DefinitionBytes.h"
+#include "support/DefinitionSetup.h"
 #include "tool/MessageJson.h"
 
 namespace vantrelia {
@@ -59,22 +60,21 @@ Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std:
                                    compiler::MessageWriter::wantsEmbeddedTables(messages[i]) && i < tables.size() ? &tables[i] : nullptr);
 
   Loaded loaded;
-  auto set = std::make_unique<MessageSetDefn>(*loaded.warehouse, "SET");
-  set->setId(1);
-  for (const auto& path : typeFields) set->addMessageTypeField(path);
-  loaded.set = &loaded.warehouse->addMessageSet(std::move(set));
+  auto set = testing::DefinitionSetup::messageSet("SET", loaded.warehouse.get(), 1);
+  for (const auto& path : typeFields) testing::DefinitionSetup::addMessageTypeField(*set, path);
+  loaded.set = &testing::DefinitionSetup::addMessageSet(*loaded.warehouse, std::move(set));
   FieldUpdates updates;
   std::vector<MessageDefn*> deferred;
   testing::readExactly(out.bytes(), [&](DefinitionFile& file) {
     for (size_t i = 0; i < segments.size(); ++i) {
       auto segment = std::make_unique<SegmentDefn>();
       segment->load(*loaded.set, file, version, updates);
-      loaded.set->addSegment(std::move(segment), updates);
+      testing::DefinitionSetup::addSegment(*loaded.set, std::move(segment), updates);
     }
     for (size_t i = 0; i < messages.size(); ++i) {
       auto message = std::make_unique<MessageDefn>();
       message->load(*loaded.set, file, version, deferred);
-      loaded.set->addMessage(std::move(message));
+      testing::DefinitionSetup::addMessage(*loaded.set, std::move(message));
     }
   });
   for (MessageDefn* message : deferred) message->buildStateTables();
@@ -173,9 +173,8 @@ messages:
   const MessageItemDefn& embedded = message.getItem(2);
   EXPECT_EQ(embedded.getSetId(), 2);
   EXPECT_EQ(embedded.getMessageSet(), nullptr);
-  auto other = std::make_unique<MessageSetDefn>(*loaded.warehouse, "OTHER");
-  other->setId(2);
-  const MessageSetDefn& added = loaded.warehouse->addMessageSet(std::move(other));
+  const MessageSetDefn& added = testing::DefinitionSetup::addMessageSet(
+      *loaded.warehouse, testing::DefinitionSetup::messageSet("OTHER", loaded.warehouse.get(), 2));
   loaded.set->getMessages()[0]->completeEmbeddedReferences(*loaded.warehouse);
   EXPECT_EQ(embedded.getMessageSet(), &added);
 }
