@@ -19,7 +19,6 @@ constexpr int kLowestNumber = verr::kFirst;
 constexpr int kHighestNumber = verr::kLast;
 constexpr std::array<std::string_view, 3> kSeverityNames = {"error", "ignore", "warning"};  // by EVErrType
 
-
 std::optional<int> wholeNumber(const std::string& text) {
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);

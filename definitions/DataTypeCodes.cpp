@@ -1,25 +1,19 @@
 #include "definitions/DataTypeCodes.h"
 
-#include <array>
+#include "definitions/NameTable.h"
 
 namespace vantrelia {
 
 namespace {
 
-constexpr std::array<std::string_view, DataTypeCodes::kCount> kNames = {
-    "short", "long",   "float", "double",   "string",        "binary",     "base64", "uuencoded",
-    "hex",   "custom", "array", "variable", "strictInteger", "strictReal", "quoted"};
+constexpr NameTable<DataTypeCodes::kCount> kNames({"short", "long", "float", "double", "string", "binary", "base64",
+                                                   "uuencoded", "hex", "custom", "array", "variable", "strictInteger",
+                                                   "strictReal", "quoted"});
 
 }  // namespace
 
-std::string_view DataTypeCodes::nameOf(int32_t code) {
-  return code >= 0 && code < kCount ? kNames[static_cast<size_t>(code)] : std::string_view();
-}
+std::string_view DataTypeCodes::nameOf(int32_t code) { return kNames.nameOf(code); }
 
-int32_t DataTypeCodes::codeOf(std::string_view name) {
-  for (size_t code = 0; code < kNames.size(); ++code)
-    if (kNames[code] == name) return static_cast<int32_t>(code);
-  return -1;
-}
+int32_t DataTypeCodes::codeOf(std::string_view name) { return kNames.valueOf(name); }
 
 }  // namespace vantrelia

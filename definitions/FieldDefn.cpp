@@ -8,6 +8,7 @@
 #include "definitions/InputStream.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
+#include "definitions/NameTable.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/PrimitiveTypeDefn.h"
@@ -30,8 +31,7 @@ constexpr char16_t kCountMark = u'#';
 constexpr std::array<std::pair<int32_t, char16_t>, 3> kCountItemLetters = {
     {{FieldDefn::kCountSegments, u'S'}, {FieldDefn::kCountGroups, u'G'}, {FieldDefn::kCountMessages, u'M'}}};
 
-constexpr std::array<std::string_view, 8> kAlignmentNames = {"left",    "right",    "leftMin", "rightMin",
-                                                             "leftMax", "rightMax", "zeroMin", "zeroMax"};
+constexpr NameTable<8> kAlignmentNames({"left", "right", "leftMin", "rightMin", "leftMax", "rightMax", "zeroMin", "zeroMax"});
 
 }  // namespace
 
@@ -58,16 +58,9 @@ std::shared_ptr<Formatter> buildFieldFormatter(FormatterKind, std::u16string_vie
   return nullptr;
 }
 
-std::string_view FieldDefn::alignmentName(int alignment) {
-  return alignment >= 0 && alignment < static_cast<int>(kAlignmentNames.size()) ? kAlignmentNames[static_cast<size_t>(alignment)]
-                                                                                  : std::string_view();
-}
+std::string_view FieldDefn::alignmentName(int alignment) { return kAlignmentNames.nameOf(alignment); }
 
-int FieldDefn::alignmentOf(std::string_view name) {
-  for (size_t alignment = 0; alignment < kAlignmentNames.size(); ++alignment)
-    if (kAlignmentNames[alignment] == name) return static_cast<int>(alignment);
-  return -1;
-}
+int FieldDefn::alignmentOf(std::string_view name) { return kAlignmentNames.valueOf(name); }
 
 FieldDefn::FieldDefn() = default;
 FieldDefn::~FieldDefn() = default;

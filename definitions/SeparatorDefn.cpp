@@ -1,9 +1,8 @@
 #include "definitions/SeparatorDefn.h"
 
-#include <array>
-
 #include "definitions/EscapeExpansion.h"
 #include "definitions/InputStream.h"
+#include "definitions/NameTable.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/Enumerations.h"
@@ -13,21 +12,15 @@ namespace vantrelia {
 
 namespace {
 
-constexpr std::array<std::string_view, kSeparatorCount> kNames = {
-    "segment", "repeat", "null",  "decimal", "filler", "field1", "field2", "field3",  "field4", "field5", "user1",
-    "user2",   "user3",  "user4", "user5",   "none",   "auto",   "string", "message", "group",  "length", "crlf"};
+constexpr NameTable<kSeparatorCount> kNames({"segment", "repeat", "null",   "decimal", "filler", "field1", "field2", "field3",
+                                            "field4",  "field5", "user1",  "user2",   "user3",  "user4",  "user5",  "none",
+                                            "auto",    "string", "message", "group",  "length", "crlf"});
 
 }  // namespace
 
-std::string_view SeparatorDefn::nameOf(int type) {
-  return type >= 0 && type < kSeparatorCount ? kNames[static_cast<size_t>(type)] : std::string_view();
-}
+std::string_view SeparatorDefn::nameOf(int type) { return kNames.nameOf(type); }
 
-int SeparatorDefn::typeOf(std::string_view name) {
-  for (size_t type = 0; type < kNames.size(); ++type)
-    if (kNames[type] == name) return static_cast<int>(type);
-  return -1;
-}
+int SeparatorDefn::typeOf(std::string_view name) { return kNames.valueOf(name); }
 
 uint32_t SeparatorDefn::styleFlags(int32_t style) {
   switch (style) {
