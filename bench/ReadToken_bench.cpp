@@ -5,15 +5,16 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "bench/Hl7Cutter.h"
 #include "bench/Hl7TextGenerator.h"
-#include "compiler/PcfWriter.h"
+#include "compiler/DefinitionCompiler.h"
 #include "definitions/DefinitionFile.h"
-#include "definitions/MessageSetDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
 #include "foundation/Enumerations.h"
 #include "parsing/ParserToken.h"
 #include "parsing/SeparatorList.h"
@@ -23,37 +24,30 @@ namespace vantrelia::bench {
 namespace {
 
 constexpr size_t kTextCharacters = 10 * 1000 * 1000;
-// The file format version the separator records below are written in: styles, no variable flag.
-constexpr int kRecordVersion = 800;
 
 const std::u16string& hl7Text() {
   static const std::u16string text = Hl7TextGenerator().generate(kTextCharacters);
   return text;
 }
 
-void loadHl7Separators(MessageSetDefn& set) {
-  struct Record {
-    ESeparatorType index;
-    std::string_view value;
-    std::string_view replacement;
-    int32_t style;
-  };
-  const Record records[] = {
-      {qxSepSegment, "\r", "", SeparatorDefn::kStyleTerminator},
-      {qxSepField1, "|", "\\F\\", SeparatorDefn::kStyleSeparator},
-      {qxSepField2, "^", "\\S\\", SeparatorDefn::kStyleSeparator},
-      {qxSepField3, "&", "\\T\\", SeparatorDefn::kStyleSeparator},
-      {qxSepRepeat, "~", "\\R\\", SeparatorDefn::kStyleSeparator},
-      {qxSepUser1, "\\", "\\E\\", SeparatorDefn::kStyleSeparator},
-  };
-  // Each record in the file's own form, so that the set is built by the loader's code.
-  for (const Record& record : records) {
-    compiler::PcfWriter bytes;
-    bytes.i32(SeparatorDefn::kKindPreset).text8(record.value).text8(record.replacement).i32(record.style);
-    std::istringstream source(std::string(bytes.bytes().begin(), bytes.bytes().end()));
-    DefinitionFile file(source);
-    set.getSeparator(record.index).load(file, kRecordVersion);
-  }
+// The HL7 separators in the definition language, compiled and loaded as a host's definition is.
+std::unique_ptr<MessageWarehouseDefn> loadHl7Warehouse() {
+  const std::vector<uint8_t> bytes = compiler::DefinitionCompiler::compile(R"(
+messageSets:
+  - name: HL7
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', replacement: '\F\'}
+      field2: {value: '^', replacement: '\S\'}
+      field3: {value: '&', replacement: '\T\'}
+      repeat: {value: '~', replacement: '\R\'}
+      user1: {value: '\', replacement: '\E\'}
+)");
+  std::istringstream source(std::string(bytes.begin(), bytes.end()));
+  DefinitionFile file(source);
+  auto warehouse = std::make_unique<MessageWarehouseDefn>();
+  warehouse->read(file);
+  return warehouse;
 }
 
 // The list's own stack of levels; the texts are the list's business.
@@ -66,9 +60,8 @@ struct ListLevels {
 
 void BM_ReadToken_HL7(benchmark::State& state) {
   const std::u16string& text = hl7Text();
-  MessageSetDefn set("HL7");
-  loadHl7Separators(set);
-  SeparatorList list(set, false, nullptr);
+  const auto warehouse = loadHl7Warehouse();
+  SeparatorList list(*warehouse->getMessageSets().front(), false, nullptr);
   list.reset(true, true, true);
   Hl7Cutter<ListLevels> cutter(list);
   for (auto _ : state) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <limits>
 
 #include "compiler/CompileContext.h"
 #include "compiler/FieldWriter.h"
@@ -14,12 +13,6 @@
 #include "foundation/Enumerations.h"
 
 namespace vantrelia::compiler {
-
-namespace {
-
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
-
-}  // namespace
 
 void CompositeWriter::declare(const std::vector<SourceNode>& composites, CompileContext& context) {
   const int version = context.version();
@@ -64,7 +57,7 @@ void CompositeWriter::write(const SourceNode& composite, const CompileContext& c
   const std::u16string special = composite.wideText("specialSeparator", u"");
   if (composite.has("specialSeparator") && separator != qxSepString)
     composite.failAt("specialSeparator", "'specialSeparator' of " + composite.what() + " is used only with 'separator: string'");
-  if (!PcfWriter::fitsText8w(special) || special.size() > kLongestText)
+  if (!PcfWriter::fitsText8w(special) || special.size() > PcfWriter::kLongestText)
     composite.failAt("specialSeparator", "'specialSeparator' of " + composite.what() + " has a character that the file's "
                                          "byte texts can't carry; write it as an escape such as \\u00E9");
   out.text8(name).text8w(special).i32(separator).boolean(composite.flag("fixedWidth", false)).i32(declared->id);
@@ -87,7 +80,7 @@ void CompositeWriter::write(const SourceNode& composite, const CompileContext& c
       const SourceNode indicator(composite.yaml()["presenceIndicator"], "'presenceIndicator' of " + composite.what());
       indicator.allowOnly({"separator", "text"});
       const std::u16string text = indicator.wideText("text", u"");
-      if (text.size() > kLongestText) indicator.failAt("text", "'text' of " + indicator.what() + " is too long");
+      if (text.size() > PcfWriter::kLongestText) indicator.failAt("text", "'text' of " + indicator.what() + " is too long");
       out.i32(SeparatorWriter::kindOf(indicator, "separator", qxSepString)).text16(text);
     }
   }

@@ -6,7 +6,7 @@
 #include "compiler/CompileError.h"
 #include "compiler/FieldWriter.h"
 #include "compiler/PcfWriter.h"
-#include "definitions/FieldDefn.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/FieldInstanceUpdate.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
@@ -17,39 +17,10 @@ namespace {
 
 using namespace overrideflags;
 
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
-
-// The attributes that every record may carry. `flagsFrom` is the version from which the record has
-// a flag word: 800 for a primitive field's record, 801 for a composite field's and the header.
-FieldOverrideValues commonValuesOf(const SourceNode& entry, int version, int flagsFrom) {
-  FieldOverrideValues values;
-  const auto gate = [&](const char* key, uint16_t flag, int from) {
-    if (!entry.has(key)) return false;
-    entry.requireVersion(key, true, from, version);
-    values.flags |= flag;
-    return true;
-  };
-  // A nested record carries flags only from 801, the version that also brought the header.
-  if (gate("required", kRequired, pcf::kOverrideFlagsAndHeader)) values.Required = entry.flag("required", false);
-  if (gate("hidden", kHidden, pcf::kHiddenOverride)) values.Hidden = entry.flag("hidden", false);
-  if (gate("minLength", kMinLength, pcf::kWideOverrideFlags))
-    values.MinLength = static_cast<int32_t>(entry.integer("minLength", 0, INT32_MIN, INT32_MAX));
-  if (gate("maxLength", kMaxLength, pcf::kWideOverrideFlags))
-    values.MaxLength = static_cast<int32_t>(entry.integer("maxLength", 0, INT32_MIN, INT32_MAX));
-  if (entry.flag("situational", false)) {
-    if (version >= pcf::kOverrideValidationFlags)
-      entry.failAt("situational", "'situational' of " + entry.what() + ": from format version " +
-                                      std::to_string(pcf::kOverrideValidationFlags) + " the engine refuses it (\"" +
-                                      messages::kCompositeOverrideSituational + "\")");
-    gate("situational", kSituationalRule, flagsFrom);
-  }
-  return values;
-}
-
 FieldOverrideValues primitiveValuesOf(const SourceNode& entry, const SourceNode& target, const CompileContext& context) {
   const int version = context.version();
   const FieldWriter::DataType type = FieldWriter::dataTypeOf(target, context);
-  FieldOverrideValues values = commonValuesOf(entry, version, pcf::kFieldOverrides);
+  FieldOverrideValues values = FieldOverrideWriter::commonValuesOf(entry, version, pcf::kFieldOverrides);
   if (entry.flag("advancedValidation", false)) {
     if (version >= pcf::kOverrideValidationFlags)
       entry.failAt("advancedValidation", "'advancedValidation' of " + entry.what() + ": from format version " +
@@ -65,16 +36,16 @@ FieldOverrideValues primitiveValuesOf(const SourceNode& entry, const SourceNode&
     values.flags |= kDefaultValue;
     std::u16string text;
     if (entry.has("count")) {
-      if (!FieldWriter::isCountBase(type.baseType))
+      if (!DataTypeCodes::isCountBase(type.baseType))
         entry.failAt("count", "'count' of " + entry.what() + " needs a field of base type short, long or strictInteger");
       text = FieldWriter::countText(entry);
     } else {
       text = entry.wideText("default", u"");
     }
-    if (type.code == FieldDefn::kRawBinary || (type.baseType == FieldDefn::kRawBinary && !text.empty() && text.front() == u'#'))
+    if (type.code == DataTypeCodes::kRawBinary || (type.baseType == DataTypeCodes::kRawBinary && !text.empty() && text.front() == u'#'))
       entry.failAt(defaultKey, "'" + std::string(defaultKey) + "' of " + entry.what() +
                                    ": the default of a raw binary field names its length field and can't be overridden");
-    if (FieldWriter::isCountBase(type.baseType)) FieldWriter::checkCountDefault(entry, defaultKey, text);
+    if (DataTypeCodes::isCountBase(type.baseType)) FieldWriter::checkCountDefault(entry, defaultKey, text);
     values.DefaultValue = text;
   }
   if (entry.has("format")) {
@@ -93,28 +64,13 @@ FieldOverrideValues primitiveValuesOf(const SourceNode& entry, const SourceNode&
   }
   for (const char* key : {"default", "format"}) {
     const std::u16string text = key == std::string("default") ? values.DefaultValue.str() : values.format.str();
-    if (text.size() > 65535) entry.failAt(key, "'" + std::string(key) + "' of " + entry.what() + " is too long");
+    if (text.size() > PcfWriter::kLongestText) entry.failAt(key, "'" + std::string(key) + "' of " + entry.what() + " is too long");
     if (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(text))
       entry.failAt(entry.has(key) ? key : defaultKey, "'" + std::string(key) + "' of " + entry.what() +
                                                           " has a character that needs format version " +
                                                           std::to_string(pcf::kWideValueTexts) + " or later");
   }
   return values;
-}
-
-void writeFlags(PcfWriter& out, uint16_t flags, int version) {
-  if (version >= pcf::kWideOverrideFlags) out.u16(flags);
-  else out.byte(static_cast<uint8_t>(flags));
-}
-
-// Behind the texts: what every record, the header's included, carries under its flags.
-void writeCommonAttributes(PcfWriter& out, const FieldOverrideValues& values, int version) {
-  if (version >= pcf::kOverrideFlagsAndHeader && (values.flags & kRequired)) out.boolean(values.Required != 0);
-  if (version >= pcf::kHiddenOverride && (values.flags & kHidden)) out.boolean(values.Hidden != 0);
-  if (version >= pcf::kWideOverrideFlags) {
-    if (values.flags & kMinLength) out.i32(values.MinLength);
-    if (values.flags & kMaxLength) out.i32(values.MaxLength);
-  }
 }
 
 void writeLevel(const SourceNode& owner, const CompileContext::Composite& composite, const CompileContext& context,
@@ -147,16 +103,16 @@ void writeLevel(const SourceNode& owner, const CompileContext::Composite& compos
       const FieldOverrideValues values = primitiveValuesOf(entry, target, context);
       if (values.flags == 0) entry.fail(entry.what() + " overrides nothing");
       out.i32(index).boolean(false);
-      writeFlags(out, values.flags, version);
+      FieldOverrideWriter::writeFlags(out, values.flags, version);
       if (values.flags & kDefaultValue) out.textv(values.DefaultValue.view(), version);
       if (values.flags & kFormatter) out.textv(values.format.view(), version);
       if (values.flags & kValidationTable) out.text8(values.tableName);
-      writeCommonAttributes(out, values, version);
+      FieldOverrideWriter::writeCommonAttributes(out, values, version);
       continue;
     }
 
     entry.allowOnly({"required", "hidden", "minLength", "maxLength", "situational", "advancedValidation", "overrides"});
-    FieldOverrideValues values = commonValuesOf(entry, version, pcf::kOverrideFlagsAndHeader);
+    FieldOverrideValues values = FieldOverrideWriter::commonValuesOf(entry, version, pcf::kOverrideFlagsAndHeader);
     // A composite field's record may carry the flag at any version that has its flag word.
     if (entry.flag("advancedValidation", false)) {
       entry.requireVersion("advancedValidation", true, pcf::kOverrideFlagsAndHeader, version);
@@ -166,14 +122,53 @@ void writeLevel(const SourceNode& owner, const CompileContext::Composite& compos
     const auto* nested = context.findComposite(target.text("composite", ""));
     if (!nested) entry.fail("field '" + name + "' of composite '" + composite.name + "' names no composite of the set");
     out.i32(index).boolean(true);
-    if (version >= pcf::kOverrideFlagsAndHeader) writeFlags(out, values.flags, version);
-    writeCommonAttributes(out, values, version);
+    if (version >= pcf::kOverrideFlagsAndHeader) FieldOverrideWriter::writeFlags(out, values.flags, version);
+    FieldOverrideWriter::writeCommonAttributes(out, values, version);
     if (entry.has("overrides")) writeLevel(entry, *nested, context, out);
     out.i32(FieldInstanceUpdate::kCloseLevel);
   }
 }
 
 }  // namespace
+
+FieldOverrideValues FieldOverrideWriter::commonValuesOf(const SourceNode& entry, int version, int flagsFrom) {
+  FieldOverrideValues values;
+  const auto gate = [&](const char* key, uint16_t flag, int from) {
+    if (!entry.has(key)) return false;
+    entry.requireVersion(key, true, from, version);
+    values.flags |= flag;
+    return true;
+  };
+  // A nested record carries flags only from 801, the version that also brought the header.
+  if (gate("required", kRequired, pcf::kOverrideFlagsAndHeader)) values.Required = entry.flag("required", false);
+  if (gate("hidden", kHidden, pcf::kHiddenOverride)) values.Hidden = entry.flag("hidden", false);
+  if (gate("minLength", kMinLength, pcf::kWideOverrideFlags))
+    values.MinLength = static_cast<int32_t>(entry.integer("minLength", 0, INT32_MIN, INT32_MAX));
+  if (gate("maxLength", kMaxLength, pcf::kWideOverrideFlags))
+    values.MaxLength = static_cast<int32_t>(entry.integer("maxLength", 0, INT32_MIN, INT32_MAX));
+  if (entry.flag("situational", false)) {
+    if (version >= pcf::kOverrideValidationFlags)
+      entry.failAt("situational", "'situational' of " + entry.what() + ": from format version " +
+                                      std::to_string(pcf::kOverrideValidationFlags) + " the engine refuses it (\"" +
+                                      messages::kCompositeOverrideSituational + "\")");
+    gate("situational", kSituationalRule, flagsFrom);
+  }
+  return values;
+}
+
+void FieldOverrideWriter::writeFlags(PcfWriter& out, uint16_t flags, int version) {
+  if (version >= pcf::kWideOverrideFlags) out.u16(flags);
+  else out.byte(static_cast<uint8_t>(flags));
+}
+
+void FieldOverrideWriter::writeCommonAttributes(PcfWriter& out, const FieldOverrideValues& values, int version) {
+  if (version >= pcf::kOverrideFlagsAndHeader && (values.flags & kRequired)) out.boolean(values.Required != 0);
+  if (version >= pcf::kHiddenOverride && (values.flags & kHidden)) out.boolean(values.Hidden != 0);
+  if (version >= pcf::kWideOverrideFlags) {
+    if (values.flags & kMinLength) out.i32(values.MinLength);
+    if (values.flags & kMaxLength) out.i32(values.MaxLength);
+  }
+}
 
 void FieldOverrideWriter::write(const SourceNode& field, const CompileContext::Composite& composite,
                                 const CompileContext& context, PcfWriter& out) {

@@ -2,35 +2,32 @@
 
 #include <array>
 #include <climits>
-#include <limits>
 
 #include "compiler/CompileContext.h"
 #include "compiler/CompileError.h"
 #include "compiler/FieldOverrideWriter.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
 #include "compiler/UserDataWriter.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/Enumerations.h"
+#include "foundation/InvalidFile.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 
 namespace {
 
-constexpr std::array<std::string_view, 8> kAlignmentNames = {"left",    "right",    "leftMin", "rightMin",
-                                                             "leftMax", "rightMax", "zeroMin", "zeroMax"};
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
-
-constexpr std::array<std::pair<std::string_view, char16_t>, 4> kCountKinds = {{
-    {"repeats", 0}, {"segments", u'S'}, {"groups", u'G'}, {"messages", u'M'}}};
+constexpr std::array<std::pair<std::string_view, int32_t>, 4> kCountKinds = {{{"repeats", FieldDefn::kCountRepeats},
+                                                                             {"segments", FieldDefn::kCountSegments},
+                                                                             {"groups", FieldDefn::kCountGroups},
+                                                                             {"messages", FieldDefn::kCountMessages}}};
 
 // Keys that only a primitive field, or only a composite field, may carry.
 constexpr std::array<std::string_view, 9> kPrimitiveOnly = {"dataType",  "default", "count", "countedField", "lengthField",
                                                             "alignment", "format",  "table", "variable"};
-
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
 
 std::string tooNew(int gate, int version) {
   return "needs format version " + std::to_string(gate) + " or later; this file is compiled for version " +
@@ -39,7 +36,7 @@ std::string tooNew(int gate, int version) {
 
 // A value text (default or format) as the version's `textv` carries it.
 void checkValueText(const SourceNode& owner, std::string_view key, std::u16string_view text, int version) {
-  if (text.size() > kLongestText) owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " is longer than 65535 units");
+  if (text.size() > PcfWriter::kLongestText) owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " is longer than 65535 units");
   if (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(text))
     owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " has a character that " +
                           tooNew(pcf::kWideValueTexts, version) + "; below it write the character as an escape such as "
@@ -48,11 +45,9 @@ void checkValueText(const SourceNode& owner, std::string_view key, std::u16strin
 
 int32_t alignmentOf(const SourceNode& field) {
   if (!field.has("alignment")) return qxLeft;
-  const std::string text = field.text("alignment", "");
-  for (size_t i = 0; i < kAlignmentNames.size(); ++i)
-    if (kAlignmentNames[i] == text) return static_cast<int32_t>(i);
+  if (const int named = FieldDefn::alignmentOf(field.text("alignment", "")); named >= 0) return named;
   const int64_t code = field.integer("alignment", 0, INT32_MIN, INT32_MAX);
-  if (code < 0 || code >= static_cast<int64_t>(kAlignmentNames.size()))
+  if (FieldDefn::alignmentName(static_cast<int>(code)).empty())
     field.failAt("alignment", "'alignment' of " + field.what() + " must be left, right, leftMin, rightMin, leftMax, "
                               "rightMax, zeroMin, zeroMax or its code 0 to 7");
   return static_cast<int32_t>(code);
@@ -115,7 +110,7 @@ void writeVariable(const SourceNode& field, const std::vector<SourceNode>& sibli
   out.i32(static_cast<int32_t>(basics.size()));
   for (const auto& [text, key, value, line] : basics) {
     const int code = TypeWriter::dataTypeCode(value);
-    if (code < 0 || code == TypeWriter::kCustomCode || code == TypeWriter::kArrayCode || code == TypeWriter::kVariableCode)
+    if (!DataTypeCodes::isBasic(code))
       throw CompileError(line, "entry '" + key + "' of 'basicTypes' of " + variable.what() + " must name a basic data type");
     out.text16(text).i32(code);
   }
@@ -128,25 +123,16 @@ void writeVariable(const SourceNode& field, const std::vector<SourceNode>& sibli
 
 std::vector<SourceNode> FieldWriter::fieldsOf(const SourceNode& owner) { return owner.records("fields", owner.what() + " field"); }
 
-std::string_view FieldWriter::alignmentName(int alignment) {
-  return alignment >= 0 && alignment < static_cast<int>(kAlignmentNames.size()) ? kAlignmentNames[static_cast<size_t>(alignment)]
-                                                                                  : std::string_view();
-}
-
-bool FieldWriter::isCountBase(int32_t baseType) {
-  return baseType == FieldDefn::kShort || baseType == FieldDefn::kLong || baseType == FieldDefn::kStrictInteger;
-}
-
 FieldWriter::DataType FieldWriter::dataTypeOf(const SourceNode& field, const CompileContext& context) {
   const std::string name = field.text("dataType", "string");
   std::optional<TypeWriter::DataType> type;
   if (context.types()) type = context.types()->resolve(name);
   else if (const int code = TypeWriter::dataTypeCode(name); code >= 0) type = TypeWriter::DataType{code, std::nullopt};
   if (!type) field.failAt("dataType", "'dataType' of " + field.what() + " names neither a type of the file nor a data type: '" + name + "'");
-  if ((type->code == TypeWriter::kCustomCode || type->code == TypeWriter::kArrayCode) && !type->typeId)
+  if ((type->code == DataTypeCodes::kCustom || type->code == DataTypeCodes::kArray) && !type->typeId)
     field.failAt("dataType", "'dataType' of " + field.what() + " names its custom or array type by that type's name");
   int32_t base = type->code;
-  if (type->code == TypeWriter::kCustomCode) base = context.customBaseType(name).value_or(type->code);
+  if (type->code == DataTypeCodes::kCustom) base = context.customBaseType(name).value_or(type->code);
   return {type->code, type->typeId, base};
 }
 
@@ -163,13 +149,11 @@ std::u16string FieldWriter::countText(const SourceNode& owner) {
   } else {
     kind = owner.text("count", "");
   }
-  for (const auto& [name, letter] : kCountKinds) {
+  for (const auto& [name, countKind] : kCountKinds) {
     if (kind != name) continue;
-    std::u16string text = u"#" + path;
-    if (letter) text += std::u16string(u"#") + letter;
     // A leading "+" would name a counted field instead.
     if (!path.empty() && path.front() == u'+') owner.failAt("count", "the path of 'count' of " + owner.what() + " can't start with '+'");
-    return text;
+    return FieldDefn::countText(countKind, path);
   }
   owner.failAt("count", "'count' of " + owner.what() + " must be repeats, segments, groups or messages, or a mapping of "
                         "'kind' and 'path'");
@@ -179,18 +163,17 @@ void FieldWriter::checkCountDefault(const SourceNode& owner, std::string_view ke
   if (text.empty() || text.front() != u'#') return;
   const std::u16string_view rest = text.substr(1);
   if (!rest.empty() && rest.front() == u'+') return;
-  const size_t mark = rest.find(u'#');
-  if (mark == std::u16string_view::npos) return;
-  const std::u16string_view item = rest.substr(mark + 1);
-  const char16_t letter = item.empty() ? 0 : item.front();
-  if (letter == u'S' || letter == u's' || letter == u'G' || letter == u'g' || letter == u'M' || letter == u'm') return;
-  owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " makes the field a count whose item behind the "
-                    "second '#' is " + (item.empty() ? "empty" : "not S, G or M") + "; the engine refuses it (\"Invalid count "
-                    "item specified\")");
+  try {
+    std::u16string_view path;
+    FieldDefn::splitCountItem(rest, path);
+  } catch (const InvalidFile& refused) {
+    owner.failAt(key, "'" + std::string(key) + "' of " + owner.what() + " makes the field a count whose item behind the "
+                      "second '#' isn't S, G or M; the engine refuses it (\"" + refused.message + "\")");
+  }
 }
 
 bool FieldWriter::isVariable(const SourceNode& field, const CompileContext& context) {
-  return !field.has("composite") && dataTypeOf(field, context).code == TypeWriter::kVariableCode;
+  return !field.has("composite") && dataTypeOf(field, context).code == DataTypeCodes::kVariable;
 }
 
 void FieldWriter::declare(const SourceNode& field, CompileContext& context) {
@@ -237,10 +220,10 @@ void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& 
       field.requireVersion(key, field.has(key), pcf::kCountDefaults, version);
     if (field.has("count") || field.has("countedField")) {
       const char* key = field.has("count") ? "count" : "countedField";
-      if (!isCountBase(type->baseType))
+      if (!DataTypeCodes::isCountBase(type->baseType))
         field.failAt(key, "'" + std::string(key) + "' of " + field.what() + " needs a field of base type short, long or strictInteger");
     }
-    if (field.has("lengthField") && type->baseType != FieldDefn::kRawBinary)
+    if (field.has("lengthField") && type->baseType != DataTypeCodes::kRawBinary)
       field.failAt("lengthField", "'lengthField' of " + field.what() + " belongs to a raw binary field (base type binary)");
 
     if (field.has("count")) defaultText = countText(field);
@@ -260,9 +243,9 @@ void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& 
     if (pattern && special) field.failAt(special, "'" + std::string(special) + "' of " + field.what() +
                                                       " is lost: a pattern format (\"@...\") replaces the default");
     if (version >= pcf::kCountDefaults) {
-      if (isCountBase(type->baseType)) checkCountDefault(field, defaultKey, defaultText);
+      if (DataTypeCodes::isCountBase(type->baseType)) checkCountDefault(field, defaultKey, defaultText);
       const bool lengthGiven = defaultText.size() > 1 && defaultText.front() == u'#' && !pattern;
-      if (type->baseType == FieldDefn::kRawBinary && !lengthGiven)
+      if (type->baseType == DataTypeCodes::kRawBinary && !lengthGiven)
         field.fail(field.what() + " is raw binary and needs a 'lengthField', the field that holds its length (from format "
                                   "version " + std::to_string(pcf::kCountDefaults) + " on)");
     }
@@ -290,13 +273,11 @@ void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& 
     FieldOverrideWriter::write(field, *declared, context, out);
   } else {
     out.i32(FieldDefn::kPrimitive).i32(type->code);
-    const bool typed = type->code == TypeWriter::kCustomCode || type->code == TypeWriter::kArrayCode ||
-                       type->code == TypeWriter::kVariableCode;
-    field.requireVersion("dataType", typed, pcf::kTypeTables, version);
-    if (type->code != TypeWriter::kVariableCode && field.has("variable"))
+    field.requireVersion("dataType", !DataTypeCodes::isBasic(type->code), pcf::kTypeTables, version);
+    if (type->code != DataTypeCodes::kVariable && field.has("variable"))
       field.failAt("variable", "'variable' of " + field.what() + " goes with 'dataType: variable'");
     if (type->typeId) out.i32(*type->typeId);
-    if (type->code == TypeWriter::kVariableCode) writeVariable(field, siblings, context, out);
+    if (type->code == DataTypeCodes::kVariable) writeVariable(field, siblings, context, out);
     out.i32(alignmentOf(field));
     out.textv(field.wideText("format", u""), version);
     const std::string table = field.text("table", "");

@@ -60,10 +60,6 @@ class FieldWriter {
   // Refuses, naming the line of `key`, a default that begins with "#" whose count item the engine
   // would refuse, on a field of a count base type (short, long, strictInteger).
   static void checkCountDefault(const SourceNode& owner, std::string_view key, std::u16string_view text);
-  static bool isCountBase(int32_t baseType);
-
-  // The alignment names ("left", "right", "leftMin", ... "zeroMax") by EMetaAlignment value, "" outside.
-  static std::string_view alignmentName(int alignment);
 };
 
 }  // namespace vantrelia::compiler

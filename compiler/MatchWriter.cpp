@@ -1,18 +1,10 @@
 #include "compiler/MatchWriter.h"
 
-#include <limits>
-
 #include "compiler/CompileContext.h"
 #include "compiler/PcfWriter.h"
 #include "definitions/PcfVersion.h"
 
 namespace vantrelia::compiler {
-
-namespace {
-
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
-
-}  // namespace
 
 std::vector<SourceNode> MatchWriter::matchesOf(const SourceNode& owner) {
   return owner.records("matches", owner.what() + " match");
@@ -23,10 +15,10 @@ void MatchWriter::write(const SourceNode& match, const CompileContext& context, 
   match.allowOnly({"path", "value"});
   const std::string path = match.text("path", "");
   if (path.empty()) match.fail(match.what() + " needs a 'path': the field whose value it tests");
-  if (path.size() > kLongestText) match.failAt("path", "the path of " + match.what() + " is longer than 65535 bytes");
+  if (path.size() > PcfWriter::kLongestText) match.failAt("path", "the path of " + match.what() + " is longer than 65535 bytes");
   if (path.find('\0') != std::string::npos) match.failAt("path", "the path of " + match.what() + " can't hold a zero character");
   const std::u16string value = match.wideText("value", u"");
-  if (value.size() > kLongestText) match.failAt("value", "the value of " + match.what() + " is too long");
+  if (value.size() > PcfWriter::kLongestText) match.failAt("value", "the value of " + match.what() + " is too long");
   if (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(value))
     match.failAt("value", "the value of " + match.what() + " has a character that a byte can't carry; files before "
                           "version 832 hold match values as bytes");

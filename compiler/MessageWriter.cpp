@@ -6,6 +6,7 @@
 
 #include "compiler/CompileContext.h"
 #include "compiler/CompileError.h"
+#include "compiler/FieldOverrideWriter.h"
 #include "compiler/FieldWriter.h"
 #include "compiler/MatchWriter.h"
 #include "compiler/PcfWriter.h"
@@ -117,8 +118,8 @@ class SituationalWriter {
   void level(const SourceNode* owner, const std::vector<SourceNode>& fields, const std::string& holder,
              const FieldOverrideValues& own) {
     if (version >= pcf::kOverrideFlagsAndHeader) {
-      flags(own.flags);
-      common(own);
+      FieldOverrideWriter::writeFlags(out, own.flags, version);
+      FieldOverrideWriter::writeCommonAttributes(out, own, version);
     }
     if (owner && owner->has("overrides")) entries(*owner, fields, holder);
     out.i32(FieldInstanceUpdate::kEndOfBlock);
@@ -130,7 +131,7 @@ class SituationalWriter {
     if (!tree.IsMap()) owner.failAt("overrides", "'overrides' of " + owner.what() + " must map field names to overrides");
     for (const auto& pair : tree) {
       const std::string& name = pair.first.Scalar();
-      const int line = pair.first.Mark().line + 1;
+      const int line = lineOfNode(pair.first);
       int32_t index = -1;
       for (size_t i = 0; i < fields.size() && index < 0; ++i)
         if (fields[i].text("name", "") == name) index = static_cast<int32_t>(i);
@@ -149,34 +150,23 @@ class SituationalWriter {
       entry.allowOnly({"default", "format", "table", "required", "hidden", "minLength", "maxLength"});
       const FieldOverrideValues own = values(entry, true);
       if (own.flags == 0) entry.fail(entry.what() + " overrides nothing");
-      flags(own.flags);
+      FieldOverrideWriter::writeFlags(out, own.flags, version);
       if (own.flags & kDefaultValue) out.textv(own.DefaultValue.view(), version);
       if (own.flags & kFormatter) out.textv(own.format.view(), version);
       if (own.flags & kValidationTable) out.text8(own.tableName);
-      common(own);
+      FieldOverrideWriter::writeCommonAttributes(out, own, version);
     }
   }
 
   FieldOverrideValues values(const SourceNode& entry, bool primitive) const {
-    FieldOverrideValues result;
-    const auto gate = [&](const char* key, uint16_t flag, int from) {
-      if (!entry.has(key)) return false;
-      entry.requireVersion(key, true, from, version);
-      result.flags |= flag;
-      return true;
-    };
-    if (gate("required", kRequired, pcf::kOverrideFlagsAndHeader)) result.Required = entry.flag("required", false);
-    if (gate("hidden", kHidden, pcf::kHiddenOverride)) result.Hidden = entry.flag("hidden", false);
-    if (gate("minLength", kMinLength, pcf::kWideOverrideFlags))
-      result.MinLength = static_cast<int32_t>(entry.integer("minLength", 0, INT32_MIN, INT32_MAX));
-    if (gate("maxLength", kMaxLength, pcf::kWideOverrideFlags))
-      result.MaxLength = static_cast<int32_t>(entry.integer("maxLength", 0, INT32_MIN, INT32_MAX));
+    // Item overrides don't take `situational`, so the flag word's version doesn't come into it.
+    FieldOverrideValues result = FieldOverrideWriter::commonValuesOf(entry, version, pcf::kOverrideFlagsAndHeader);
     if (!primitive) return result;
     for (const auto& [key, flag] : {std::pair{"default", kDefaultValue}, std::pair{"format", kFormatter}}) {
       if (!entry.has(key)) continue;
       result.flags |= flag;
       const std::u16string text = entry.wideText(key, u"");
-      if (text.size() > 65535 || (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(text)))
+      if (text.size() > PcfWriter::kLongestText || (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(text)))
         entry.failAt(key, "'" + std::string(key) + "' of " + entry.what() + " can't be carried by format version " +
                               std::to_string(version));
       (flag == kDefaultValue ? result.DefaultValue : result.format) = text;
@@ -188,20 +178,6 @@ class SituationalWriter {
         entry.failAt("table", "'table' of " + entry.what() + " names no validation table of the set: '" + result.tableName + "'");
     }
     return result;
-  }
-
-  void flags(uint16_t value) {
-    if (version >= pcf::kWideOverrideFlags) out.u16(value);
-    else out.byte(static_cast<uint8_t>(value));
-  }
-
-  void common(const FieldOverrideValues& values) {
-    if (version >= pcf::kOverrideFlagsAndHeader && (values.flags & kRequired)) out.boolean(values.Required != 0);
-    if (version >= pcf::kHiddenOverride && (values.flags & kHidden)) out.boolean(values.Hidden != 0);
-    if (version >= pcf::kWideOverrideFlags) {
-      if (values.flags & kMinLength) out.i32(values.MinLength);
-      if (values.flags & kMaxLength) out.i32(values.MaxLength);
-    }
   }
 
   const CompileContext& context;

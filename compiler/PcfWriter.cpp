@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <fstream>
-#include <limits>
 #include <stdexcept>
 
 #include "definitions/PcfVersion.h"
@@ -53,7 +52,7 @@ PcfWriter& PcfWriter::count(int32_t value, CountForm form) {
 }
 
 PcfWriter& PcfWriter::text8(std::string_view value) {
-  if (value.size() > std::numeric_limits<uint16_t>::max()) throw std::invalid_argument("text longer than 65535 bytes");
+  if (value.size() > kLongestText) throw std::invalid_argument("text longer than 65535 bytes");
   u16(static_cast<uint16_t>(value.size()));
   out.insert(out.end(), value.begin(), value.end());
   return *this;
@@ -73,7 +72,7 @@ PcfWriter& PcfWriter::text8w(std::u16string_view value) {
 }
 
 PcfWriter& PcfWriter::text16(std::u16string_view value) {
-  if (value.size() > std::numeric_limits<uint16_t>::max()) throw std::invalid_argument("text longer than 65535 units");
+  if (value.size() > kLongestText) throw std::invalid_argument("text longer than 65535 units");
   u16(static_cast<uint16_t>(value.size()));
   for (char16_t unit : value) u16(unit);
   return *this;

@@ -11,6 +11,9 @@ namespace vantrelia::compiler {
 
 class PcfWriter {
  public:
+  // The most bytes or units a text of the file holds: its length is a u16.
+  static constexpr size_t kLongestText = 65535;
+
   // The three encodings of a count: the shortest that holds the value, or a wider one on request.
   enum class CountForm { Shortest, OneByte, ThreeBytes, SevenBytes };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <limits>
 #include <stdexcept>
 
 #include "compiler/CompileContext.h"
@@ -20,12 +19,10 @@ namespace vantrelia::compiler {
 
 namespace {
 
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
-
 // A byte text of the record; the engine widens each byte back, so only what survives that goes.
 std::u16string byteText(const SourceNode& segment, std::string_view key, const std::u16string& fallback) {
   const std::u16string text = segment.wideText(key, fallback);
-  if (!PcfWriter::fitsText8w(text) || text.size() > kLongestText || text.find(u'\0') != std::u16string::npos)
+  if (!PcfWriter::fitsText8w(text) || text.size() > PcfWriter::kLongestText || text.find(u'\0') != std::u16string::npos)
     segment.failAt(key, "'" + std::string(key) + "' of " + segment.what() + " has a character that the file's byte texts "
                         "can't carry: only U+0001 to U+007F and U+FF80 to U+FFFF come back unchanged");
   return text;
@@ -46,7 +43,7 @@ SourceNode specialRecord(const SourceNode& segment, const char* key) {
 
 std::u16string specialText(const SourceNode& record) {
   const std::u16string text = record.wideText("text", u"");
-  if (text.size() > kLongestText) record.failAt("text", "'text' of " + record.what() + " is too long");
+  if (text.size() > PcfWriter::kLongestText) record.failAt("text", "'text' of " + record.what() + " is too long");
   return text;
 }
 

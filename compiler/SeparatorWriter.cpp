@@ -2,7 +2,6 @@
 
 #include <array>
 #include <climits>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -16,10 +15,6 @@ namespace vantrelia::compiler {
 
 namespace {
 
-constexpr std::array<std::string_view, kSeparatorCount> kNames = {
-    "segment", "repeat", "null",  "decimal", "filler", "field1",  "field2", "field3", "field4", "field5", "user1",
-    "user2",   "user3",  "user4", "user5",   "none",   "auto",    "string", "message", "group", "length", "crlf"};
-
 constexpr std::array<std::pair<std::string_view, int32_t>, 4> kStyles = {{
     {"initiator", SeparatorDefn::kStyleInitiator},
     {"separator", SeparatorDefn::kStyleSeparator},
@@ -27,7 +22,6 @@ constexpr std::array<std::pair<std::string_view, int32_t>, 4> kStyles = {{
     {"all", SeparatorDefn::kStyleAll},
 }};
 
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 
 // The fields of one file record, in file order.
 struct Record {
@@ -65,7 +59,7 @@ void writeRecord(const Record& record, int version, PcfWriter& out) {
 std::u16string byteText(const SourceNode& owner, std::string_view key) {
   std::u16string text = owner.wideText(key, u"");
   const std::string where = "'" + std::string(key) + "' of " + owner.what();
-  if (text.size() > kLongestText) owner.failAt(key, where + " is longer than 65535 characters");
+  if (text.size() > PcfWriter::kLongestText) owner.failAt(key, where + " is longer than 65535 characters");
   for (char16_t unit : text) {
     if (unit == 0) owner.failAt(key, where + " can't hold a zero character");
     if (!PcfWriter::fitsText8w(std::u16string_view(&unit, 1)))
@@ -93,7 +87,7 @@ Record recordOf(const SourceNode& source, int version, int32_t styleBeforeWritin
       source.integer("kind", fromField ? SeparatorDefn::kKindFromField : SeparatorDefn::kKindPreset, INT32_MIN, INT32_MAX));
   if (record.kind == SeparatorDefn::kKindFromField) {
     record.fieldPath = source.text("fromField", "");
-    if (record.fieldPath.size() > kLongestText) source.failAt("fromField", "'fromField' of " + source.what() + " is too long");
+    if (record.fieldPath.size() > PcfWriter::kLongestText) source.failAt("fromField", "'fromField' of " + source.what() + " is too long");
     if (record.fieldPath.find('\0') != std::string::npos)
       source.failAt("fromField", "'fromField' of " + source.what() + " can't hold a zero character");
     record.position = static_cast<int32_t>(source.integer("position", 0, INT32_MIN, INT32_MAX));
@@ -132,18 +126,12 @@ int32_t styleBeforeWritingStyleOf(int type) {
   return SeparatorDefn::kStyleSeparator;
 }
 
-int lineOfKey(const YAML::Node& key) { return key.Mark().line >= 0 ? key.Mark().line + 1 : 0; }
-
 }  // namespace
 
-std::string_view SeparatorWriter::nameOf(int type) {
-  return type >= 0 && type < kSeparatorCount ? kNames[static_cast<size_t>(type)] : std::string_view();
-}
-
-int SeparatorWriter::typeOf(std::string_view name) {
-  for (size_t i = 0; i < kNames.size(); ++i)
-    if (kNames[i] == name) return static_cast<int>(i);
-  return -1;
+std::string SeparatorWriter::knownNames() {
+  std::string known;
+  for (int type = 0; type < kSeparatorCount; ++type) known += (type ? ", " : "") + std::string(SeparatorDefn::nameOf(type));
+  return known;
 }
 
 void SeparatorWriter::write(const SourceNode& separator, const CompileContext& context, PcfWriter& out,
@@ -161,16 +149,13 @@ int32_t SeparatorWriter::writeList(const SourceNode& separators, CompileContext&
   int highest = -1;
   for (const auto& entry : mapping) {
     const std::string& name = entry.first.Scalar();
-    const int type = typeOf(name);
-    if (type < 0) {
-      std::string known;
-      for (std::string_view n : kNames) known += (known.empty() ? "" : ", ") + std::string(n);
-      throw CompileError(lineOfKey(entry.first),
-                         "unknown separator '" + name + "' in " + separators.what() + " (known separators: " + known + ")");
-    }
+    const int type = SeparatorDefn::typeOf(name);
+    if (type < 0)
+      throw CompileError(lineOfNode(entry.first), "unknown separator '" + name + "' in " + separators.what() +
+                                                     " (known separators: " + knownNames() + ")");
     auto& slot = given[static_cast<size_t>(type)];
     if (slot)
-      throw CompileError(lineOfKey(entry.first), "separator '" + name + "' is given twice in " + separators.what());
+      throw CompileError(lineOfNode(entry.first), "separator '" + name + "' is given twice in " + separators.what());
 
     if (entry.second.IsScalar()) {
       Record preset;
@@ -195,7 +180,7 @@ int32_t SeparatorWriter::writeList(const SourceNode& separators, CompileContext&
 
 int32_t SeparatorWriter::kindOf(const SourceNode& record, std::string_view key, int32_t fallback) {
   if (!record.has(key)) return fallback;
-  const int type = typeOf(record.text(key, ""));
+  const int type = SeparatorDefn::typeOf(record.text(key, ""));
   if (type < 0)
     record.failAt(key, "'" + std::string(key) + "' of " + record.what() + " must name a separator (segment, repeat, "
                        "null, decimal, filler, field1 to field5, user1 to user5, none, auto, string, message, group, length, crlf)");

@@ -12,6 +12,7 @@
 // them are expanded by the engine at load, which is also how a character beyond a byte gets in.
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "compiler/SourceNode.h"
@@ -30,7 +31,7 @@ class SeparatorWriter {
                     int32_t styleBeforeWritingStyle = SeparatorDefn::kStyleSeparator);
 
   // The separators of a message set from a mapping keyed by separator name ("segment", "field1",
-  // ..., "crlf"; see nameOf). Writes one record for each kind from 0 up to the highest one named,
+  // ..., "crlf"; see SeparatorDefn::nameOf). Writes one record for each kind from 0 up to the highest one named,
   // those not named as no record at all would leave them, and returns the number of records; the
   // caller writes that count before them. An absent or null mapping writes nothing and returns 0.
   static int32_t writeList(const SourceNode& separators, CompileContext& context, PcfWriter& out);
@@ -39,10 +40,8 @@ class SeparatorWriter {
   // empty, at every version.
   static void writeUntouched(PcfWriter& out, int version);
 
-  // The source name of a separator kind (its ESeparatorType without the prefix, in lower case),
-  // or "" outside 0 to 21; and the kind of a name, or -1.
-  static std::string_view nameOf(int type);
-  static int typeOf(std::string_view name);
+  // Every separator name (SeparatorDefn::nameOf), joined by ", ", for messages that list them.
+  static std::string knownNames();
   // The separator that `key` of a record names, `fallback` when the key is absent; a name that is
   // no separator is an error on its line.
   static int32_t kindOf(const SourceNode& record, std::string_view key, int32_t fallback);

@@ -3,15 +3,12 @@
 #include <algorithm>
 
 #include "compiler/CompileError.h"
-#include "compiler/Utf8.h"
+#include "compiler/PcfWriter.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 
-namespace {
-
 int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
-
-}  // namespace
 
 SourceNode::SourceNode(YAML::Node yamlNode, std::string what) : node(std::move(yamlNode)), description(std::move(what)) {
   if (node.IsDefined() && !node.IsNull() && !node.IsMap()) fail(description + " must be a mapping of keys to values");
@@ -135,7 +132,7 @@ std::vector<std::pair<std::string, std::u16string>> SourceNode::wideTextMap(std:
 std::string SourceNode::recordName(std::string_view referredBy) const {
   const std::string name = text("name", "");
   if (name.empty()) fail(description + " needs a name: " + std::string(referredBy));
-  if (name.size() > 0xFFFF) failAt("name", "the name of " + description + " is longer than 65535 bytes");
+  if (name.size() > PcfWriter::kLongestText) failAt("name", "the name of " + description + " is longer than 65535 bytes");
   if (name.find('\0') != std::string::npos) failAt("name", "the name of " + description + " can't hold a zero character");
   return name;
 }

@@ -12,6 +12,9 @@
 
 namespace vantrelia::compiler {
 
+// The 1-based source line of a node, for messages; 0 when the node has no place in the source.
+int lineOfNode(const YAML::Node& node);
+
 class SourceNode {
  public:
   // `what` names the record in messages, e.g. "message set 'ADT'".

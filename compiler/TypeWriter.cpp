@@ -3,44 +3,31 @@
 #include <array>
 #include <cctype>
 #include <charconv>
-#include <limits>
 #include <map>
 
 #include "compiler/CompileContext.h"
 #include "compiler/CompileError.h"
 #include "compiler/PcfWriter.h"
 #include "compiler/SeparatorWriter.h"
-#include "compiler/Utf8.h"
 #include "definitions/ArrayTypeDefn.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/PrimitiveTypeDefn.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 
 namespace {
 
-constexpr std::array<std::string_view, 15> kDataTypeNames = {
-    "short",  "long",      "float",  "double", "string",   "binary",        "base64",    "uuencoded",
-    "hex",    "custom",    "array",  "variable", "strictInteger", "strictReal", "quoted"};
-
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 // The widest character code a range may name in hexadecimal: six digits reach beyond U+10FFFF.
 constexpr size_t kMostHexDigits = 6;
 constexpr size_t kFewestHexDigits = 4;
 
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
-
-std::string knownSeparators() {
-  std::string known;
-  for (int type = 0; type < kSeparatorCount; ++type) known += (type ? ", " : "") + std::string(SeparatorWriter::nameOf(type));
-  return known;
-}
-
 // A separator named by a scalar of the source, or a line-numbered error.
 int32_t separatorOf(const YAML::Node& node, const std::string& where) {
-  const int type = node.IsScalar() ? SeparatorWriter::typeOf(node.Scalar()) : -1;
+  const int type = node.IsScalar() ? SeparatorDefn::typeOf(node.Scalar()) : -1;
   if (type < 0)
-    throw CompileError(lineOfNode(node), where + " must name a separator (" + knownSeparators() + ")");
+    throw CompileError(lineOfNode(node), where + " must name a separator (" + SeparatorWriter::knownNames() + ")");
   return type;
 }
 
@@ -118,18 +105,19 @@ std::vector<Range> characterRangesOf(const SourceNode& type) {
 
 TypeWriter::TypeWriter(const SourceNode& root, CompileContext& ctx) : definition(root), context(ctx) {}
 
-std::string_view TypeWriter::dataTypeName(int code) {
-  return code >= 0 && code < static_cast<int>(kDataTypeNames.size()) ? kDataTypeNames[static_cast<size_t>(code)]
-                                                                      : std::string_view();
+std::string TypeWriter::basicTypeNames() {
+  std::string names;
+  for (int32_t code = 0; code < DataTypeCodes::kCount; ++code)
+    if (DataTypeCodes::isBasic(code)) names += (names.empty() ? "" : ", ") + std::string(DataTypeCodes::nameOf(code));
+  return names;
 }
 
 int TypeWriter::dataTypeCode(std::string_view nameOrNumber) {
-  for (size_t code = 0; code < kDataTypeNames.size(); ++code)
-    if (kDataTypeNames[code] == nameOrNumber) return static_cast<int>(code);
+  if (const int32_t code = DataTypeCodes::codeOf(nameOrNumber); code >= 0) return code;
   int code = -1;
   const auto [end, error] = std::from_chars(nameOrNumber.data(), nameOrNumber.data() + nameOrNumber.size(), code);
   if (error != std::errc() || end != nameOrNumber.data() + nameOrNumber.size()) return -1;
-  return code >= 0 && code < static_cast<int>(kDataTypeNames.size()) ? code : -1;
+  return code >= 0 && code < DataTypeCodes::kCount ? code : -1;
 }
 
 const TypeWriter::Declared* TypeWriter::find(const std::vector<Declared>& types, std::string_view name) const {
@@ -139,8 +127,8 @@ const TypeWriter::Declared* TypeWriter::find(const std::vector<Declared>& types,
 }
 
 std::optional<TypeWriter::DataType> TypeWriter::resolve(std::string_view name) const {
-  if (const auto* custom = find(primitiveTypes, name)) return DataType{kCustomCode, custom->id};
-  if (const auto* array = find(arrayTypes, name)) return DataType{kArrayCode, array->id};
+  if (const auto* custom = find(primitiveTypes, name)) return DataType{DataTypeCodes::kCustom, custom->id};
+  if (const auto* array = find(arrayTypes, name)) return DataType{DataTypeCodes::kArray, array->id};
   const int code = dataTypeCode(name);
   if (code < 0) return std::nullopt;
   return DataType{code, std::nullopt};
@@ -200,9 +188,9 @@ void TypeWriter::writePrimitiveType(const Declared& type, PcfWriter& out) const 
   const int version = context.version();
 
   const int baseType = dataTypeCode(source.text("baseType", "string"));
-  if (baseType < 0 || baseType == kCustomCode || baseType == kArrayCode || baseType == kVariableCode)
-    source.failAt("baseType", "'baseType' of " + source.what() + " must be a basic data type: short, long, float, double, "
-                              "string, binary, base64, uuencoded, hex, strictInteger, strictReal, quoted, or its code");
+  if (!DataTypeCodes::isBasic(baseType))
+    source.failAt("baseType", "'baseType' of " + source.what() + " must be a basic data type: " + basicTypeNames() +
+                                  ", or its code");
   out.text8(type.name).i32(type.id).i32(baseType);
 
   const bool plainAlias = source.flag("plainAlias", false);
@@ -222,7 +210,7 @@ void TypeWriter::writePrimitiveType(const Declared& type, PcfWriter& out) const 
   // The engine adds the bits for allowed separators and escapes by itself.
   out.i32(source.flag("noValidation", false) ? static_cast<int32_t>(PrimitiveTypeDefn::kNoValidation) : 0);
   const std::u16string expression = source.wideText("regularExpression", u"");
-  if (expression.size() > kLongestText)
+  if (expression.size() > PcfWriter::kLongestText)
     source.failAt("regularExpression", "'regularExpression' of " + source.what() + " is longer than 65535 units");
   out.text16(expression);
 
@@ -256,12 +244,12 @@ void TypeWriter::writeArrayType(const Declared& type, PcfWriter& out) const {
   if (!item)
     source.failAt("dataType", "'dataType' of " + source.what() + " names neither a custom type nor a data type: '" +
                               itemName + "'");
-  if (item->code == kArrayCode && item->typeId)
+  if (item->code == DataTypeCodes::kArray && item->typeId)
     source.failAt("dataType", "the items of " + source.what() + " can't be of an array type");
-  if (item->code == kCustomCode && !item->typeId)
+  if (item->code == DataTypeCodes::kCustom && !item->typeId)
     source.failAt("dataType", "'dataType' of " + source.what() + " names its custom type by that type's name");
   out.i32(item->code);
-  if (item->code == kCustomCode) out.i32(*item->typeId);
+  if (item->code == DataTypeCodes::kCustom) out.i32(*item->typeId);
 
   if (source.has("ownSeparator")) {
     if (source.has("separator"))
@@ -270,7 +258,7 @@ void TypeWriter::writeArrayType(const Declared& type, PcfWriter& out) const {
     if (!PcfWriter::fitsText8w(own))
       source.failAt("ownSeparator", "'ownSeparator' of " + source.what() +
                                         " has a character that the file's byte texts can't carry");
-    if (own.size() > kLongestText) source.failAt("ownSeparator", "'ownSeparator' of " + source.what() + " is too long");
+    if (own.size() > PcfWriter::kLongestText) source.failAt("ownSeparator", "'ownSeparator' of " + source.what() + " is too long");
     out.i32(ArrayTypeDefn::kOwnSeparator).text8w(own);
   } else if (source.has("separator")) {
     out.i32(separatorOf(source.yaml()["separator"], "'separator' of " + source.what()));

@@ -22,11 +22,6 @@ class PcfWriter;
 
 class TypeWriter {
  public:
-  // The data type codes that name a custom and an array type.
-  static constexpr int32_t kCustomCode = 9;
-  static constexpr int32_t kArrayCode = 10;
-  static constexpr int32_t kVariableCode = 11;
-
   struct DataType {
     int32_t code;
     std::optional<int32_t> typeId;  // set for a custom or an array type
@@ -40,13 +35,13 @@ class TypeWriter {
   // Second pass: both tables with their counts; the caller writes them only in versions that have them.
   void write(PcfWriter& out) const;
 
-  // A type of this source by name first, then a data type by name (see dataTypeName) or code.
+  // A type of this source by name first, then a data type by name (DataTypeCodes::nameOf) or code.
   std::optional<DataType> resolve(std::string_view name) const;
 
-  // The source's names of the data type codes 0 to 14 ("" outside), and the code of a name or of a
-  // number written out, or -1.
-  static std::string_view dataTypeName(int code);
+  // The data type code of a name or of a number written out, or -1.
   static int dataTypeCode(std::string_view nameOrNumber);
+  // The names of the basic data types (DataTypeCodes::isBasic), joined by ", ", for messages.
+  static std::string basicTypeNames();
 
  private:
   struct Declared {

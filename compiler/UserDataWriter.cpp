@@ -1,17 +1,12 @@
 #include "compiler/UserDataWriter.h"
 
 #include <cstdint>
-#include <limits>
 #include <stdexcept>
 
-#include "compiler/Utf8.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
-
-namespace {
-constexpr size_t kLongestValue = std::numeric_limits<uint16_t>::max();
-}  // namespace
 
 void UserDataWriter::declare(const SourceNode& record, CompileContext& context) {
   const auto values = record.wideTextMap("userData");
@@ -19,7 +14,7 @@ void UserDataWriter::declare(const SourceNode& record, CompileContext& context) 
   for (const auto& [key, value] : values) {
     const auto wideKey = utf8ToWide(key);
     if (!wideKey) record.failAt("userData", "a user-data key of " + record.what() + " is not valid UTF-8");
-    if (value.size() > kLongestValue) record.failAt("userData", "a user-data value of " + record.what() + " is too long");
+    if (value.size() > PcfWriter::kLongestText) record.failAt("userData", "a user-data value of " + record.what() + " is too long");
     context.declareUserDataKey(*wideKey);
   }
 }

@@ -19,9 +19,6 @@ constexpr int kLowestNumber = verr::kFirst;
 constexpr int kHighestNumber = verr::kLast;
 constexpr std::array<std::string_view, 3> kSeverityNames = {"error", "ignore", "warning"};  // by EVErrType
 
-
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
-
 std::optional<int> wholeNumber(const std::string& text) {
   int value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);

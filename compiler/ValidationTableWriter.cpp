@@ -1,19 +1,16 @@
 #include "compiler/ValidationTableWriter.h"
 
-#include <limits>
 #include <stdexcept>
 
 #include "compiler/CompileContext.h"
 #include "compiler/CompileError.h"
 #include "compiler/PcfWriter.h"
-#include "compiler/Utf8.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::compiler {
 
 namespace {
-
-constexpr size_t kLongestText = std::numeric_limits<uint16_t>::max();
 
 struct Entry {
   std::u16string value;
@@ -21,8 +18,6 @@ struct Entry {
   int line;
   int descriptionLine;
 };
-
-int lineOfNode(const YAML::Node& node) { return node.IsDefined() && node.Mark().line >= 0 ? node.Mark().line + 1 : 0; }
 
 std::vector<Entry> entriesOf(const SourceNode& table) {
   std::vector<Entry> entries;
@@ -43,7 +38,7 @@ std::vector<Entry> entriesOf(const SourceNode& table) {
                        entry.lineOf("description")});
   }
   for (const Entry& entry : entries)
-    if (entry.value.size() > kLongestText || entry.description.size() > kLongestText)
+    if (entry.value.size() > PcfWriter::kLongestText || entry.description.size() > PcfWriter::kLongestText)
       throw CompileError(entry.line, "an entry of " + table.what() + " is longer than 65535 units");
   return entries;
 }
@@ -63,7 +58,7 @@ void ValidationTableWriter::write(const SourceNode& table, CompileContext& conte
   const int version = context.version();
   const std::string name = table.text("name", "");
   if (name.empty()) table.fail(table.what() + " needs a name: fields refer to it by name");
-  if (name.size() > kLongestText) table.failAt("name", "the name of " + table.what() + " is longer than 65535 bytes");
+  if (name.size() > PcfWriter::kLongestText) table.failAt("name", "the name of " + table.what() + " is longer than 65535 bytes");
   const auto entries = entriesOf(table);
 
   for (const Entry& entry : entries) {

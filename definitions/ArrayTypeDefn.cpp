@@ -7,7 +7,7 @@ namespace vantrelia {
 
 void ArrayTypeDefn::load(InputStream& stream, const MessageWarehouseDefn& warehouse) {
   stream.read(Name).read(id).read(DataType);
-  if (DataType == kCustomDataType) CustomType = warehouse.findPrimitiveType(stream.readInt());
+  if (DataType == DataTypeCodes::kCustom) CustomType = warehouse.findPrimitiveType(stream.readInt());
   stream.read(ArraySeparator);
   if (ArraySeparator == kOwnSeparator) stream.read(ownSeparator);  // text8w in every version
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "definitions/DataTypeCodes.h"
 #include "foundation/Enumerations.h"
 #include "foundation/TRVString.h"
 
@@ -15,8 +16,6 @@ class PrimitiveTypeDefn;
 
 class ArrayTypeDefn {
  public:
-  // The item data type that names a custom type.
-  static constexpr int32_t kCustomDataType = 9;
   // The value of ArraySeparator when the array carries its own separator text.
   static constexpr int32_t kOwnSeparator = -1;
 
@@ -38,7 +37,7 @@ class ArrayTypeDefn {
  private:
   kestrel::TRVString<char> Name;
   int32_t id = 0;
-  int32_t DataType = 4;  // string
+  int32_t DataType = DataTypeCodes::kString;
   const PrimitiveTypeDefn* CustomType = nullptr;
   int32_t ArraySeparator = qxSepField2;
   kestrel::TRVString<char16_t> ownSeparator;

@@ -5,7 +5,6 @@
 #include "definitions/PcfVersion.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "foundation/InvalidFile.h"
-#include "foundation/TextCompare.h"
 
 namespace vantrelia {
 
@@ -42,21 +41,9 @@ void CompositeDefn::markRequiredPath(std::span<const int32_t> indexes) {
       field.setRequired(true);
       return;
     }
-    if (!field.isComposite() || !field.getComposite()) throw InvalidFile(messages::kExpectedNestedComposite);
+    if (!field.isComposite() || !field.composite) throw InvalidFile(messages::kExpectedNestedComposite);
     // Marks work on the shared definitions: every user of the composite sees them.
-    current = field.getComposite();
-  }
-}
-
-void CompositeDefn::markRequiredByName(std::string_view path) {
-  const size_t slash = path.find('/');
-  const std::string_view name = path.substr(0, slash);
-  for (const auto& field : fields) {
-    if (!equalIgnoringCase(field->getName().view(), name)) continue;
-    field->setRequired(true);
-    if (slash != std::string_view::npos && slash + 1 < path.size() && field->isComposite() && field->getComposite())
-      field->getComposite()->markRequiredByName(path.substr(slash + 1));
-    return;
+    current = field.composite;
   }
 }
 
@@ -65,7 +52,7 @@ void CompositeDefn::workOutQuotedText() {
   quotedText = QuotedText::WorkingOut;
   for (const auto& field : fields) {
     if (field->isComposite()) {
-      if (CompositeDefn* nested = field->getComposite()) {
+      if (CompositeDefn* nested = field->composite) {
         nested->workOutQuotedText();
         if (nested->flags & kHoldsQuotedText) flags |= kHoldsQuotedText;
       }

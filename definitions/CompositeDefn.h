@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string_view>
 #include <vector>
 
 #include "definitions/FieldDefn.h"
@@ -39,20 +38,22 @@ class CompositeDefn : public FieldListDefn {
   int32_t getSpecialSeparatorType() const { return SpecialSeparatorType; }
   const WideText& getIndicatorSeparatorString() const { return indicatorSeparatorString; }
 
+
+ private:
+  // Load steps of the set, which the trees sharing the composite never take.
+  friend class MessageSetDefn;
+  friend class testing::DefinitionSetup;
+
   // Marks required the field that a list of 1-based indexes reaches from this composite, as the
   // numeric message type fields of a set do. Throws InvalidFile "Invalid composite index in indexed
   // message type field" for an index outside the fields, "Expected a nested composite in indexed
   // message type field" for a path that goes on below a field that isn't composite.
   void markRequiredPath(std::span<const int32_t> indexes);
-  // The same by names: "NAME/SUB" marks the first field named NAME (ignoring case) and, inside
-  // its composite, the first named SUB. A name that no field has marks nothing further.
-  void markRequiredByName(std::string_view path);
 
   // Works out flag 0x02 from the fields, nested composites first; done once, when the views are
   // bound. A composite that holds itself is taken as it stands when met again.
   void workOutQuotedText();
 
- private:
   kestrel::TRVString<char> Name;
   WideText SpecialSeparatorString;
   int32_t SeparatorType = qxSepAuto;

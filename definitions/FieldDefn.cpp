@@ -1,11 +1,14 @@
 #include "definitions/FieldDefn.h"
 
+#include <array>
+
 #include "definitions/ArrayTypeDefn.h"
 #include "definitions/CompositeFieldInstancesControl.h"
 #include "definitions/EscapeExpansion.h"
 #include "definitions/InputStream.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
+#include "definitions/NameTable.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
 #include "definitions/PrimitiveTypeDefn.h"
@@ -22,16 +25,13 @@ namespace {
 // The user-data key whose value replaces a field's name as its tag.
 constexpr char16_t kTagKey[] = u"Tag";
 
-bool isCountBase(int32_t baseType) {
-  return baseType == FieldDefn::kShort || baseType == FieldDefn::kLong || baseType == FieldDefn::kStrictInteger;
-}
+// A default that begins with it is a count, or on a raw binary field the name of its length
+// field; a second one inside a count comes before the letter of the item counted.
+constexpr char16_t kCountMark = u'#';
+constexpr std::array<std::pair<int32_t, char16_t>, 3> kCountItemLetters = {
+    {{FieldDefn::kCountSegments, u'S'}, {FieldDefn::kCountGroups, u'G'}, {FieldDefn::kCountMessages, u'M'}}};
 
-std::string narrowed(std::u16string_view text) {
-  std::string result;
-  result.reserve(text.size());
-  for (char16_t unit : text) result += static_cast<char>(unit);
-  return result;
-}
+constexpr NameTable<8> kAlignmentNames({"left", "right", "leftMin", "rightMin", "leftMax", "rightMax", "zeroMin", "zeroMax"});
 
 }  // namespace
 
@@ -58,6 +58,10 @@ std::shared_ptr<Formatter> buildFieldFormatter(FormatterKind, std::u16string_vie
   return nullptr;
 }
 
+std::string_view FieldDefn::alignmentName(int alignment) { return kAlignmentNames.nameOf(alignment); }
+
+int FieldDefn::alignmentOf(std::string_view name) { return kAlignmentNames.valueOf(name); }
+
 FieldDefn::FieldDefn() = default;
 FieldDefn::~FieldDefn() = default;
 
@@ -66,22 +70,24 @@ void FieldDefn::setInstancesControl(std::unique_ptr<CompositeFieldInstancesContr
 }
 
 int32_t FieldDefn::splitCountItem(std::u16string_view rest, std::u16string_view& path) {
-  const size_t mark = rest.find(u'#');
+  const size_t mark = rest.find(kCountMark);
   if (mark == std::u16string_view::npos) {
     path = rest;
     return kCountRepeats;
   }
   path = rest.substr(0, mark);
   const std::u16string_view item = rest.substr(mark + 1);
-  if (!item.empty()) {
-    switch (item.front()) {
-      case u'S': case u's': return kCountSegments;
-      case u'G': case u'g': return kCountGroups;
-      case u'M': case u'm': return kCountMessages;
-      default: break;
-    }
-  }
+  if (!item.empty())
+    for (const auto& [kind, letter] : kCountItemLetters)
+      if (item.front() == letter || item.front() == letter - u'A' + u'a') return kind;
   throw InvalidFile(messages::kInvalidCountItem);
+}
+
+std::u16string FieldDefn::countText(int32_t countKind, std::u16string_view path) {
+  std::u16string text = kCountMark + std::u16string(path);
+  for (const auto& [kind, letter] : kCountItemLetters)
+    if (kind == countKind) text += {kCountMark, letter};
+  return text;
 }
 
 int32_t FieldDefn::getBaseType() const {
@@ -179,8 +185,8 @@ void FieldDefn::workOutTypes() {
   if (DataType == kCustom && !(customType && customType->isPlainAlias())) flags |= kNotPlain;
   if (DataType == kArray || DataType == kVariable) flags |= kNotPlain;
   const int32_t type = getEffectiveType();
-  isBinary = type >= kRawBinary && type <= kLastBinary ? 1 : 0;
-  isNumeric = (type >= 0 && type < kString) || type == kStrictInteger || type == kStrictReal ? 1 : 0;
+  isBinary = DataTypeCodes::isBinary(type) ? 1 : 0;
+  isNumeric = DataTypeCodes::isNumeric(type) ? 1 : 0;
 }
 
 void FieldDefn::workOutFormat(int version) {
@@ -194,14 +200,14 @@ void FieldDefn::workOutSpecialDefault(int version) {
   if (version < pcf::kCountDefaults || kind != kPrimitive) return;
   const int32_t base = getBaseType();
   const std::u16string_view text = DefaultValue.view();
-  if (!text.empty() && text.front() == u'#' && (base == kRawBinary || isCountBase(base))) {
+  if (!text.empty() && text.front() == kCountMark && (base == kRawBinary || DataTypeCodes::isCountBase(base))) {
     const std::u16string rest(text.substr(1));
     format = WideText();
     if (base == kRawBinary) {
-      linkedFieldName = narrowed(rest);
+      linkedFieldName = narrow(rest);
       DefaultValue = rest;
     } else if (!rest.empty() && rest.front() == u'+') {
-      linkedFieldName = narrowed(rest);
+      linkedFieldName = narrow(rest);
       DefaultValue = WideText();
     } else {
       std::u16string_view path;

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "definitions/DataTypeCodes.h"
 #include "definitions/UpdateFieldDefn.h"
 #include "foundation/TRVString.h"
 
@@ -46,18 +47,18 @@ class FieldDefn {
   static constexpr int32_t kPrimitive = 0;
   static constexpr int32_t kComposite = 1;
 
-  // Data type codes the loader treats apart.
-  static constexpr int32_t kShort = 0;
-  static constexpr int32_t kLong = 1;
-  static constexpr int32_t kString = 4;
-  static constexpr int32_t kRawBinary = 5;
-  static constexpr int32_t kLastBinary = 8;
-  static constexpr int32_t kCustom = 9;
-  static constexpr int32_t kArray = 10;
-  static constexpr int32_t kVariable = 11;
-  static constexpr int32_t kStrictInteger = 12;
-  static constexpr int32_t kStrictReal = 13;
-  static constexpr int32_t kQuotedText = 14;
+  // The data type codes under the names the readers have always used; DataTypeCodes is their home.
+  static constexpr int32_t kShort = DataTypeCodes::kShort;
+  static constexpr int32_t kLong = DataTypeCodes::kLong;
+  static constexpr int32_t kString = DataTypeCodes::kString;
+  static constexpr int32_t kRawBinary = DataTypeCodes::kRawBinary;
+  static constexpr int32_t kLastBinary = DataTypeCodes::kLastBinary;
+  static constexpr int32_t kCustom = DataTypeCodes::kCustom;
+  static constexpr int32_t kArray = DataTypeCodes::kArray;
+  static constexpr int32_t kVariable = DataTypeCodes::kVariable;
+  static constexpr int32_t kStrictInteger = DataTypeCodes::kStrictInteger;
+  static constexpr int32_t kStrictReal = DataTypeCodes::kStrictReal;
+  static constexpr int32_t kQuotedText = DataTypeCodes::kQuotedText;
   // The DataType of a composite field.
   static constexpr int32_t kNoDataType = -1;
 
@@ -85,10 +86,19 @@ class FieldDefn {
   // `updates` that fills its overrides once the set knows its composite. Throws InvalidFile.
   void load(const MessageSetDefn& set, InputStream& stream, int version, FieldUpdates& updates);
 
+  // The name of an EMetaAlignment value in the definition language and the tools ("left", "right",
+  // "leftMin", "rightMin", "leftMax", "rightMax", "zeroMin", "zeroMax"); "" outside 0 to 7. And
+  // the value of such a name, or -1.
+  static std::string_view alignmentName(int alignment);
+  static int alignmentOf(std::string_view name);
+
   // The count item of a default text behind its leading "#": "path" counts repeats; "path#S",
   // "#G", "#M" (either case) count segments, groups, messages. Sets `path` to what stands before
   // the second "#". Throws InvalidFile "Invalid count item specified" for an empty or unknown item.
   static int32_t splitCountItem(std::u16string_view rest, std::u16string_view& path);
+  // The other way: the default text that makes a field count `countKind` items along `path`
+  // ("#path", "#path#S", "#path#G", "#path#M"), as the compiler writes it.
+  static std::u16string countText(int32_t countKind, std::u16string_view path);
 
   const kestrel::TRVString<char>& getName() const { return Name; }
   int32_t getMinRepeats() const { return MinRepeats; }
@@ -110,7 +120,6 @@ class FieldDefn {
   const ArrayTypeDefn* getArrayType() const { return arrayType; }
   const VariableFieldDefn* getVariableDefn() const { return variableDefn.get(); }
   const CompositeDefn* getComposite() const { return composite; }
-  CompositeDefn* getComposite() { return composite; }
   int32_t getCompositeId() const { return compositeId; }
 
   const MessageSetDefn* getSet() const { return set; }
@@ -133,14 +142,22 @@ class FieldDefn {
   bool isVariableTypeField() const { return (flags & kIsVariableTypeField) != 0; }
   bool hasFieldPresenceIndicator() const { return (flags & kHasFieldPresenceIndicator) != 0; }
 
-  // What the rest of the load completes: the composite once all are known, the overrides built
-  // from the field's update, required marks of message type fields, and flags of later Parts.
+
+ private:
+  // Loaded fields are shared by every tree, so only the loaders complete them: the set points a
+  // composite field at its composite once all are known and marks message type fields required,
+  // the overrides are built from the field's update, and a segment marks its variable keys.
+  friend class CompositeDefn;
+  friend class FieldListDefn;
+  friend class MessageSetDefn;
+  friend class SegmentDefn;
+  friend class UpdateCompositeFieldInstances;
+
   void setComposite(CompositeDefn* value) { composite = value; }
   void setInstancesControl(std::unique_ptr<CompositeFieldInstancesControl> control);
   void setRequired(bool value) { Required = value ? 1 : 0; }
   void addFlags(uint32_t bits) { flags |= bits; }
 
- private:
   void readPrimitive(const MessageSetDefn& set, InputStream& stream, int version);
   void readComposite(InputStream& stream, int version, FieldUpdates& updates);
   void workOutTypes();

@@ -38,9 +38,8 @@ FieldInstance::~FieldInstance() = default;
 void FieldInstance::takeDefaultValue(const FieldDefn& field, const WideText& text, int32_t baseType) {
   DefaultValue = text;
   const std::u16string_view given = text.view();
-  const bool countBase = baseType == FieldDefn::kShort || baseType == FieldDefn::kLong ||
-                         baseType == FieldDefn::kRawBinary || baseType == FieldDefn::kStrictInteger;
-  if (!given.empty() && given.front() == u'#' && countBase) {
+  const bool special = DataTypeCodes::isCountBase(baseType) || baseType == FieldDefn::kRawBinary;
+  if (!given.empty() && given.front() == u'#' && special) {
     if (baseType == FieldDefn::kRawBinary) throw InvalidFile(messages::kLengthFieldOverridden);
     flags |= kCountKind;
     std::u16string_view path;

@@ -1,10 +1,12 @@
 #include "definitions/FieldListDefn.h"
 
+#include "definitions/CompositeDefn.h"
 #include "definitions/InputStream.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
 #include "foundation/CheckIndex.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/TextCompare.h"
 
 namespace vantrelia {
 
@@ -16,9 +18,16 @@ const FieldDefn& FieldListDefn::getField(int32_t index) const {
   return *fields[static_cast<size_t>(index)];
 }
 
-FieldDefn& FieldListDefn::getField(int32_t index) {
-  checkIndex(index, getFieldCount());
-  return *fields[static_cast<size_t>(index)];
+void FieldListDefn::markRequiredByName(std::string_view path) {
+  const size_t slash = path.find('/');
+  const std::string_view name = path.substr(0, slash);
+  for (const auto& field : fields) {
+    if (!equalIgnoringCase(field->getName().view(), name)) continue;
+    field->setRequired(true);
+    if (slash != std::string_view::npos && slash + 1 < path.size() && field->isComposite() && field->composite)
+      field->composite->markRequiredByName(path.substr(slash + 1));
+    return;
+  }
 }
 
 const ValidationEquation* FieldListDefn::getEquation(int32_t index) const {

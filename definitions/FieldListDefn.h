@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "definitions/FieldDefn.h"
@@ -13,6 +14,9 @@ namespace vantrelia {
 
 class SyntaxRuleSet;
 class ValidationEquation;
+namespace testing {
+class DefinitionSetup;
+}
 
 class FieldListDefn {
  public:
@@ -25,7 +29,6 @@ class FieldListDefn {
   int32_t getFieldCount() const { return static_cast<int32_t>(fields.size()); }
   // Throws BadParameter for an index outside the fields.
   const FieldDefn& getField(int32_t index) const;
-  FieldDefn& getField(int32_t index);
   const std::vector<std::unique_ptr<FieldDefn>>& getFields() const { return fields; }
   // Null: files with syntax rules aren't read yet.
   const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
@@ -51,6 +54,15 @@ class FieldListDefn {
   std::vector<std::shared_ptr<ValidationEquation>> equations;
   UserDataMap userData;
   uint32_t flags = 0;
+
+ private:
+  friend class MessageSetDefn;  // marks its message type fields
+  friend class testing::DefinitionSetup;
+
+  // Marks required, in the shared definitions, the first field named NAME (ignoring case) of
+  // "NAME/SUB/..." and, inside its composite, the first named SUB, and so on. A name that no field
+  // has marks nothing further.
+  void markRequiredByName(std::string_view path);
 };
 
 }  // namespace vantrelia

@@ -201,7 +201,7 @@ void MessageItemDefn::load(MessageSetDefn& owner, const MessageDefn& holder, Mes
 
 void MessageItemDefn::readSegment(InputStream& stream, int version) {
   const int32_t segmentId = stream.readInt();
-  SegmentDefn* found = set->findSegmentById(segmentId);
+  SegmentDefn* found = set->segmentWithId(segmentId);
   if (!found) throw InvalidFile(messages::kUnknownSegment);
   segment = found;
   fieldInstances = std::make_unique<SegmentFieldInstancesControl>(*found);

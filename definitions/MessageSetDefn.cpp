@@ -1,16 +1,17 @@
 #include "definitions/MessageSetDefn.h"
 
 #include <span>
+#include <utility>
 
 #include "definitions/FieldDefn.h"
 #include "definitions/InputStream.h"
-#include "definitions/PcfVersion.h"
-#include "foundation/TextCompare.h"
-#include "validation/ValidationErrorNumbers.h"
 #include "definitions/PcfMessages.h"
+#include "definitions/PcfVersion.h"
 #include "foundation/BadParameter.h"
 #include "foundation/FoundationMessages.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/TextCompare.h"
+#include "validation/ValidationErrorNumbers.h"
 
 namespace vantrelia {
 
@@ -132,44 +133,37 @@ void MessageSetDefn::markMessageTypeFields() {
       }
     if (!segment) continue;
     if (path.isNumeric()) markByIndex(*segment, path.getIndexes());
-    else markByName(*segment, rest);
+    else segment->markRequiredByName(rest);
   }
 }
 
 // A message type field must be present whatever its definition said. The marks work on the shared
 // field definitions, so a composite used by many segments is marked for all of them.
-void MessageSetDefn::markByName(SegmentDefn& segment, std::string_view path) {
-  const size_t slash = path.find('/');
-  const std::string_view first = path.substr(0, slash);
-  for (const auto& field : segment.getFields()) {
-    if (!equalIgnoringCase(field->getName().view(), first)) continue;
-    field->setRequired(true);
-    if (slash != std::string_view::npos && slash + 1 < path.size() && field->isComposite() && field->getComposite())
-      field->getComposite()->markRequiredByName(path.substr(slash + 1));
-    return;
-  }
-}
-
 void MessageSetDefn::markByIndex(SegmentDefn& segment, const std::vector<int32_t>& indexes) {
   if (indexes.empty()) return;
   const int32_t position = indexes.front() - 1;
   if (position < 0 || position >= segment.getFieldCount()) throw InvalidFile(messages::kInvalidFirstTypeFieldIndex);
-  FieldDefn& field = segment.getField(position);
+  FieldDefn& field = *segment.fields[static_cast<size_t>(position)];
   const bool repeats = field.getMaxRepeats() != 1;
   if (indexes.size() == 1 || (indexes.size() == 2 && repeats)) {
     field.setRequired(true);
     return;
   }
-  if (!field.isComposite() || !field.getComposite()) throw InvalidFile(messages::kFirstTypeFieldNotComposite);
+  if (!field.isComposite() || !field.composite) throw InvalidFile(messages::kFirstTypeFieldNotComposite);
   // A repeating field's second index names a repetition, not a component.
   const size_t skip = repeats ? 2 : 1;
-  field.getComposite()->markRequiredPath(std::span<const int32_t>(indexes).subspan(skip));
+  field.composite->markRequiredPath(std::span<const int32_t>(indexes).subspan(skip));
 }
 
-ValidationErrorSettingDefn& MessageSetDefn::getValidationErrorSetting(int number) {
-  for (auto& setting : validationErrorSettings)
+const ValidationErrorSettingDefn& MessageSetDefn::getValidationErrorSetting(int number) const {
+  for (const auto& setting : validationErrorSettings)
     if (setting.getErrorNumber() == number) return setting;
   throw BadParameter(messages::kErrorNumberNotFound + std::to_string(number));
+}
+
+ValidationErrorSettingDefn& MessageSetDefn::settingWithNumber(int number) {
+  // The set itself isn't const here, so neither is the setting the one look-up finds.
+  return const_cast<ValidationErrorSettingDefn&>(std::as_const(*this).getValidationErrorSetting(number));
 }
 
 ValidationTableDefn& MessageSetDefn::addValidationTable(std::unique_ptr<ValidationTableDefn> table) {
@@ -184,11 +178,7 @@ const ValidationTableDefn* MessageSetDefn::findValidationTable(const std::string
   return found == validationTablesByName.end() ? nullptr : found->second;
 }
 
-const CompositeDefn* MessageSetDefn::findCompositeById(int32_t compositeId) const {
-  for (const auto& composite : composites)
-    if (composite->getId() == compositeId) return composite.get();
-  return nullptr;
-}
+const CompositeDefn* MessageSetDefn::findCompositeById(int32_t compositeId) const { return compositeWithId(compositeId); }
 
 const CompositeDefn* MessageSetDefn::findCompositeByName(std::string_view compositeName) const {
   for (const auto& composite : composites)
@@ -225,12 +215,9 @@ void MessageSetDefn::addComposites(std::vector<std::unique_ptr<CompositeDefn>> l
     for (const auto& field : composite->getFields()) applyUpdates(*field, updates);
 }
 
-const SegmentDefn* MessageSetDefn::findSegmentById(int32_t segmentId) const {
-  const auto found = segmentsById.find(segmentId);
-  return found == segmentsById.end() ? nullptr : found->second;
-}
+const SegmentDefn* MessageSetDefn::findSegmentById(int32_t segmentId) const { return segmentWithId(segmentId); }
 
-SegmentDefn* MessageSetDefn::findSegmentById(int32_t segmentId) {
+SegmentDefn* MessageSetDefn::segmentWithId(int32_t segmentId) const {
   const auto found = segmentsById.find(segmentId);
   return found == segmentsById.end() ? nullptr : found->second;
 }

@@ -28,13 +28,14 @@ namespace vantrelia {
 class FieldDefn;
 class InputStream;
 class MessageWarehouseDefn;
+namespace testing {
+class DefinitionSetup;
+}
 
 class MessageSetDefn {
  public:
-  MessageSetDefn() = default;
-  explicit MessageSetDefn(std::string setName) : name(std::move(setName)) {}
-  explicit MessageSetDefn(const MessageWarehouseDefn& owner, std::string setName = {})
-      : name(std::move(setName)), warehouse(&owner) {}
+  // A set comes from its warehouse's load; `load` fills it.
+  explicit MessageSetDefn(const MessageWarehouseDefn& owner) : warehouse(&owner) {}
   virtual ~MessageSetDefn();
   MessageSetDefn(const MessageSetDefn&) = delete;
   MessageSetDefn& operator=(const MessageSetDefn&) = delete;
@@ -44,7 +45,6 @@ class MessageSetDefn {
   void load(MessageWarehouseDefn& warehouse, InputStream& stream, int version, std::vector<MessageDefn*>& deferredMessages);
 
   int32_t getId() const { return id; }
-  void setId(int32_t value) { id = value; }
   const kestrel::TRVString<char>& getName() const { return name; }
 
   bool isFixedWidth() const { return FixedWidth; }
@@ -58,23 +58,18 @@ class MessageSetDefn {
 
   // Indexed by ESeparatorType; a separator the file doesn't give keeps its defaults.
   const SeparatorDefn& getSeparator(int type) const { return separators.at(static_cast<size_t>(type)); }
-  SeparatorDefn& getSeparator(int type) { return separators.at(static_cast<size_t>(type)); }
   int32_t getMessageTypeFieldCount() const { return static_cast<int32_t>(messageTypeFields.size()); }
   const std::vector<FieldPathDefn>& getMessageTypeFields() const { return messageTypeFields; }
 
   // The warehouse that owns the set; null for a set made on its own.
   const MessageWarehouseDefn* getWarehouse() const { return warehouse; }
-  void setWarehouse(const MessageWarehouseDefn* owner) { warehouse = owner; }
 
-  std::vector<ValidationErrorSettingDefn>& getValidationErrorSettings() { return validationErrorSettings; }
   const std::vector<ValidationErrorSettingDefn>& getValidationErrorSettings() const { return validationErrorSettings; }
   // The first setting with that number. Throws BadParameter "Couldn't find the error number N".
-  ValidationErrorSettingDefn& getValidationErrorSetting(int number);
+  const ValidationErrorSettingDefn& getValidationErrorSetting(int number) const;
 
   int getValidationTableCount() const { return static_cast<int>(validationTables.size()); }
   const std::vector<std::unique_ptr<ValidationTableDefn>>& getValidationTables() const { return validationTables; }
-  // Takes a loaded table and enters it under its name; of two tables with one name the first is found.
-  ValidationTableDefn& addValidationTable(std::unique_ptr<ValidationTableDefn> table);
   // By name, case counting; null when absent.
   const ValidationTableDefn* findValidationTable(const std::string& tableName) const;
 
@@ -84,26 +79,12 @@ class MessageSetDefn {
   const CompositeDefn* findCompositeById(int32_t compositeId) const;
   const CompositeDefn* findCompositeByName(std::string_view compositeName) const;
 
-  // The set's load step after its composites: takes them in file order, points every composite
-  // field of every composite at its composite by id (composites may refer to later ones), then
-  // applies the overrides collected in `updates` to the fields of every composite, in order.
-  // Throws InvalidFile for an id that names no composite and for bad overrides.
-  void addComposites(std::vector<std::unique_ptr<CompositeDefn>> loaded, FieldUpdates& updates);
-  // The same for one field of a segment, once the composites are in: its composite, then the
-  // overrides collected for it. A primitive field is left as it is.
-  void resolveCompositeField(FieldDefn& field, FieldUpdates& updates) const;
-
   // Segments, in file order, and the two look-ups that parsing and message items use.
   int getSegmentCount() const { return static_cast<int>(segments.size()); }
   const std::vector<std::unique_ptr<SegmentDefn>>& getSegments() const { return segments; }
   // The first segment of that id; null when absent.
   const SegmentDefn* findSegmentById(int32_t segmentId) const;
-  SegmentDefn* findSegmentById(int32_t segmentId);
   const SegmentTagMap& getTagMap() const { return tagMap; }
-  // The set's load step after each segment, once the composites are in: takes it, enters it under
-  // its id and its tag, then resolves each of its composite fields with the overrides collected for
-  // it. Throws InvalidFile for an id that names no composite and for bad overrides.
-  SegmentDefn& addSegment(std::unique_ptr<SegmentDefn> segment, FieldUpdates& updates);
 
   // Messages, in file order, and by their first type (the empty text for a message without one).
   int getMessageCount() const { return static_cast<int>(messageDefns.size()); }
@@ -111,16 +92,42 @@ class MessageSetDefn {
   // The first message entered under that type; null when absent.
   const MessageDefn* findMessageByType(std::u16string_view type) const;
   const std::multimap<std::u16string, MessageDefn*, std::less<>>& getMessagesByType() const { return messagesByType; }
-  // For tests and the engine's own set-up: a message type field as if read (dots become "/").
-  void addMessageTypeField(std::string_view path) { messageTypeFields.push_back(FieldPathDefn::parseDotted(path)); }
-  // The set's load step after each message: takes it and enters it under its first type.
-  MessageDefn& addMessage(std::unique_ptr<MessageDefn> message);
 
  private:
+  // The loaders: the warehouse numbers its sets, an item marks the segment it overrides, the
+  // factory changes severities on a host's request, and tests set sets up piecewise.
+  friend class MessageWarehouseDefn;
+  friend class MessageItemDefn;
+  friend class MessageFactory;
+  friend class testing::DefinitionSetup;
+
+  MessageSetDefn() = default;
+  void setId(int32_t value) { id = value; }
+
+  // The load steps. Takes a loaded table and enters it under its name; of two tables with one
+  // name the first is found.
+  ValidationTableDefn& addValidationTable(std::unique_ptr<ValidationTableDefn> table);
+  // After the composites: takes them in file order, points every composite field of every
+  // composite at its composite by id (composites may refer to later ones), then applies the
+  // overrides collected in `updates` to the fields of every composite, in order. Throws
+  // InvalidFile for an id that names no composite and for bad overrides.
+  void addComposites(std::vector<std::unique_ptr<CompositeDefn>> loaded, FieldUpdates& updates);
+  // The same for one field of a segment, once the composites are in: its composite, then the
+  // overrides collected for it. A primitive field is left as it is.
+  void resolveCompositeField(FieldDefn& field, FieldUpdates& updates) const;
+  // After each segment, once the composites are in: takes it, enters it under its id and its tag,
+  // then resolves each of its composite fields with the overrides collected for it. Throws
+  // InvalidFile for an id that names no composite and for bad overrides.
+  SegmentDefn& addSegment(std::unique_ptr<SegmentDefn> segment, FieldUpdates& updates);
+  // After each message: takes it and enters it under its first type.
+  MessageDefn& addMessage(std::unique_ptr<MessageDefn> message);
+  SegmentDefn* segmentWithId(int32_t segmentId) const;
+  // The setting a host changes through the factory; throws as getValidationErrorSetting.
+  ValidationErrorSettingDefn& settingWithNumber(int number);
+
   static void applyUpdates(FieldDefn& field, FieldUpdates& updates);
   void fillUpValidationErrorSettings();
   void markMessageTypeFields();
-  static void markByName(SegmentDefn& segment, std::string_view path);
   static void markByIndex(SegmentDefn& segment, const std::vector<int32_t>& indexes);
   CompositeDefn* compositeWithId(int32_t compositeId) const;
 

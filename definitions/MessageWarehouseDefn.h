@@ -57,8 +57,6 @@ class MessageWarehouseDefn {
   int getVersion() const { return version; }
   int getMessageSetCount() const { return static_cast<int>(messageSets.size()); }
   const std::vector<std::unique_ptr<MessageSetDefn>>& getMessageSets() const { return messageSets; }
-  // For tests and the engine's own set-up: adds a set as if it had been read.
-  MessageSetDefn& addMessageSet(std::unique_ptr<MessageSetDefn> set);
   // The counts as the file gives them; a record whose id repeats an earlier one is counted but not kept.
   int getPrimitiveTypeCount() const { return primitiveTypeCount; }
   int getArrayTypeCount() const { return arrayTypeCount; }
@@ -75,6 +73,9 @@ class MessageWarehouseDefn {
   const WarehouseSettings& getSettings() const { return settings; }
 
  private:
+  friend class testing::DefinitionSetup;  // adds sets as if they had been read
+
+  MessageSetDefn& addMessageSet(std::unique_ptr<MessageSetDefn> set);
   void readContents(InputStream& stream);
   void readTypeTables(InputStream& stream, int fileVersion);
 

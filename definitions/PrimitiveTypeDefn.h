@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "definitions/CharacterRanges.h"
+#include "definitions/DataTypeCodes.h"
 #include "foundation/Enumerations.h"
 #include "foundation/TRVString.h"
 
@@ -78,7 +79,7 @@ class PrimitiveTypeDefn {
   int32_t id = 0;
   kestrel::TRVString<char16_t> RegularExpression;
   std::array<uint8_t, kSeparatorCount> separatorAllowed{};
-  int32_t BaseType = 4;  // string
+  int32_t BaseType = DataTypeCodes::kString;
   int8_t StartEscapeCharacter = kNoEscape;
   int8_t EndEscapeCharacter = kNoEscape;
   std::unique_ptr<CharacterRanges> characterRanges;

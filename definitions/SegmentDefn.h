@@ -52,8 +52,6 @@ class SegmentDefn : public FieldListDefn {
   int32_t getId() const { return id; }
   const std::vector<std::unique_ptr<MatchDefn>>& getMatches() const { return matches; }
   const MessageSetDefn* getSet() const { return set; }
-  // Flag 0x08 comes from the message items read after the segment.
-  void addFlags(uint32_t bits) { flags |= bits; }
   // Presence indicator (0x02) first, then name-value pair (0x04), else normal.
   ESegmentType getSegmentType() const;
   // Each null unless the file gave the record.
@@ -71,6 +69,10 @@ class SegmentDefn : public FieldListDefn {
   const std::vector<WideText>& getSortedFieldNames() const;
 
  private:
+  // Flag 0x08 comes from the message items read after the segment.
+  friend class MessageItemDefn;
+  void addFlags(uint32_t bits) { flags |= bits; }
+
   void readSpecialRecords(InputStream& stream, int version);
   void workOutVariableKeys();
 

@@ -2,11 +2,25 @@
 
 #include "definitions/EscapeExpansion.h"
 #include "definitions/InputStream.h"
+#include "definitions/NameTable.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Enumerations.h"
 #include "foundation/InvalidFile.h"
 
 namespace vantrelia {
+
+namespace {
+
+constexpr NameTable<kSeparatorCount> kNames({"segment", "repeat", "null",   "decimal", "filler", "field1", "field2", "field3",
+                                            "field4",  "field5", "user1",  "user2",   "user3",  "user4",  "user5",  "none",
+                                            "auto",    "string", "message", "group",  "length", "crlf"});
+
+}  // namespace
+
+std::string_view SeparatorDefn::nameOf(int type) { return kNames.nameOf(type); }
+
+int SeparatorDefn::typeOf(std::string_view name) { return kNames.valueOf(name); }
 
 uint32_t SeparatorDefn::styleFlags(int32_t style) {
   switch (style) {

@@ -6,6 +6,7 @@
 #include <boost/core/noncopyable.hpp>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "definitions/FieldPathDefn.h"
 #include "foundation/TRVString.h"
@@ -40,6 +41,12 @@ class SeparatorDefn : private boost::noncopyable {
   // The flag bits a style word adds; an unknown word adds none.
   static uint32_t styleFlags(int32_t style);
 
+  // The name of a separator in the definition language and the tools: its ESeparatorType without
+  // the prefix, in lower case ("segment", "field1", "crlf"); "" outside 0 to 21. And the type of
+  // such a name, or -1.
+  static std::string_view nameOf(int type);
+  static int typeOf(std::string_view name);
+
   SeparatorDefn() = default;
   virtual ~SeparatorDefn() = default;
 
@@ -61,11 +68,13 @@ class SeparatorDefn : private boost::noncopyable {
   // The one change the model allows after loading: a host replaces the default text through the
   // metadata. Separator states made earlier keep their copies until they are reset.
   void setValue(const kestrel::TRVString<char16_t>& value) { Value = value; }
-  // The message set settles the flags of a few separators after reading them: the filler's
-  // default, and the writing style that files before styles existed imply.
-  void setFlags(uint32_t value) { flags = value; }
 
  private:
+  // The message set settles the flags of a few separators after reading them: the filler's
+  // default, and the writing style that files before styles existed imply.
+  friend class MessageSetDefn;
+  void setFlags(uint32_t value) { flags = value; }
+
   uint32_t flags = kDefaultFlags;
   kestrel::TRVString<char16_t> Value;
   kestrel::TRVString<char16_t> Initiator;

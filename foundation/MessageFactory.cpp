@@ -236,9 +236,9 @@ void MessageFactory::SetOption(const std::u16string& name, const Any::any& value
       const SeverityQuery query = parseSeverityQuery(name);
       if (query.setName.empty()) {
         for (const auto& set : warehouse->getMessageSets())
-          set->getValidationErrorSetting(query.errorNumber).setErrorType(severity);
+          set->settingWithNumber(query.errorNumber).setErrorType(severity);
       } else {
-        findSetForSeverity(*warehouse, query.setName).getValidationErrorSetting(query.errorNumber).setErrorType(severity);
+        findSetForSeverity(*warehouse, query.setName).settingWithNumber(query.errorNumber).setErrorType(severity);
       }
       return;
     }

@@ -1,12 +1,11 @@
 #include "tool/CompositeJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/CompositeDefn.h"
+#include "foundation/Utf8.h"
 #include "tool/FieldJson.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 Json toJson(const CompositeDefn& composite) {

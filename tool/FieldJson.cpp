@@ -1,6 +1,5 @@
 #include "tool/FieldJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/ArrayTypeDefn.h"
 #include "definitions/CompositeDefn.h"
 #include "definitions/CompositeFieldInstancesControl.h"
@@ -10,10 +9,10 @@
 #include "definitions/PrimitiveTypeDefn.h"
 #include "definitions/ValidationTableDefn.h"
 #include "definitions/VariableFieldDefn.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 namespace {

@@ -1,16 +1,15 @@
 #include "tool/MessageJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/MatchDefn.h"
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/VisibleChildTable.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 namespace {

@@ -1,8 +1,7 @@
 #include "tool/MessageSetJson.h"
 
-#include "compiler/SeparatorWriter.h"
-#include "compiler/Utf8.h"
 #include "definitions/MessageSetDefn.h"
+#include "foundation/Utf8.h"
 #include "tool/CompositeJson.h"
 #include "tool/MessageJson.h"
 #include "tool/SegmentJson.h"
@@ -11,7 +10,6 @@
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 Json toJson(const MessageSetDefn& set) {
@@ -27,7 +25,7 @@ Json toJson(const MessageSetDefn& set) {
   // Keyed by the separator's kind, in kind order, so that a reader needn't count places.
   Json separators = Json::object();
   for (int type = 0; type < kSeparatorCount; ++type)
-    separators[std::string(compiler::SeparatorWriter::nameOf(type))] = toJson(set.getSeparator(type));
+    separators[std::string(SeparatorDefn::nameOf(type))] = toJson(set.getSeparator(type));
   json["separators"] = separators;
 
   Json typeFields = Json::array();

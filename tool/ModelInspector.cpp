@@ -3,17 +3,15 @@
 #include <cstdio>
 #include <sstream>
 
-#include "compiler/SeparatorWriter.h"
-#include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfVersion.h"
+#include "foundation/Utf8.h"
 #include "tool/MessageSetJson.h"
 #include "tool/TypeJson.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 namespace {
@@ -26,12 +24,12 @@ std::string hex32(uint32_t value) {
 
 // A data type code or separator index by its source name, or as the number when it has none.
 std::string dataTypeText(int code) {
-  const auto name = compiler::TypeWriter::dataTypeName(code);
+  const auto name = DataTypeCodes::nameOf(code);
   return name.empty() ? std::to_string(code) : std::string(name);
 }
 
 std::string separatorText(int index) {
-  const auto name = compiler::SeparatorWriter::nameOf(index);
+  const auto name = SeparatorDefn::nameOf(index);
   return name.empty() ? std::to_string(index) : std::string(name);
 }
 
@@ -74,7 +72,7 @@ void writePrimitiveType(std::ostringstream& out, const PrimitiveTypeDefn& type) 
 
 void writeArrayType(std::ostringstream& out, const ArrayTypeDefn& type) {
   out << "  [" << type.getId() << "] " << type.getName().str() << ": items of ";
-  if (type.getDataType() == ArrayTypeDefn::kCustomDataType)
+  if (type.getDataType() == DataTypeCodes::kCustom)
     out << (type.getCustomType() ? type.getCustomType()->getName().str() : std::string("an unknown type")) << " (custom)";
   else out << dataTypeText(type.getDataType());
   if (type.hasOwnSeparator()) out << ", own separator \"" << wideToUtf8(type.getOwnSeparator().view()) << "\"\n";

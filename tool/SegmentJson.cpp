@@ -1,13 +1,12 @@
 #include "tool/SegmentJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/SegmentDefn.h"
+#include "foundation/Utf8.h"
 #include "tool/FieldJson.h"
 #include "tool/MatchJson.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 namespace {

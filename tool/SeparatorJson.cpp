@@ -1,12 +1,11 @@
 #include "tool/SeparatorJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/SeparatorDefn.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::tool {
 
 nlohmann::ordered_json toJson(const SeparatorDefn& separator) {
-  using compiler::wideToUtf8;
   nlohmann::ordered_json json;
   json["flags"] = separator.getFlags();
   json["Value"] = wideToUtf8(separator.getValue().view());

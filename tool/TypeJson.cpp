@@ -1,12 +1,11 @@
 #include "tool/TypeJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/ArrayTypeDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 namespace {

@@ -1,12 +1,11 @@
 #include "tool/ValidationTableJson.h"
 
-#include "compiler/Utf8.h"
 #include "definitions/ValidationErrorSettingDefn.h"
 #include "definitions/ValidationTableDefn.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia::tool {
 
-using compiler::wideToUtf8;
 using Json = nlohmann::ordered_json;
 
 Json toJson(const ValidationTableDefn& table) {

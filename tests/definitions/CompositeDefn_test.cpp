@@ -10,6 +10,7 @@
 #include "definitions/PcfMessages.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia {
 namespace {
@@ -53,8 +54,8 @@ void loadInto(MessageSetDefn& set, const std::vector<CompositeBytes>& records, i
 }
 
 std::string loadFailure(const std::vector<CompositeBytes>& records, int version) {
-  MessageSetDefn set("SET");
-  return invalidFileMessage([&] { loadInto(set, records, version); });
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  return invalidFileMessage([&] { loadInto(*set, records, version); });
 }
 
 TEST(CompositeDefnTest, RecordByVersion) {
@@ -71,9 +72,9 @@ TEST(CompositeDefnTest, RecordByVersion) {
     record.fields = {{.name = "A"}, {.name = "V", .dataType = 11}};
     record.flags = 0x20;
     record.indicator = true;
-    MessageSetDefn set("SET");
-    loadInto(set, {record}, c.version);
-    const CompositeDefn& composite = *set.getComposites().at(0);
+    const auto set = testing::DefinitionSetup::messageSet("SET");
+    loadInto(*set, {record}, c.version);
+    const CompositeDefn& composite = *set->getComposites().at(0);
     EXPECT_EQ(composite.getName().str(), "C");
     EXPECT_EQ(composite.getSpecialSeparatorString().str(), u"&");
     EXPECT_EQ(composite.getSeparatorType(), qxSepString);
@@ -90,9 +91,9 @@ TEST(CompositeDefnTest, RecordByVersion) {
     EXPECT_EQ(composite.getSyntaxRules(), nullptr);
   }
   // A normal composite reads neither the indicator's separator nor its text.
-  MessageSetDefn set("SET");
-  loadInto(set, {CompositeBytes()}, 883);
-  EXPECT_EQ(set.getComposites().at(0)->getCompositeType(), qxCompTypeNormal);
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  loadInto(*set, {CompositeBytes()}, 883);
+  EXPECT_EQ(set->getComposites().at(0)->getCompositeType(), qxCompTypeNormal);
 }
 
 TEST(CompositeDefnTest, RefusedRecords) {
@@ -112,8 +113,8 @@ TEST(CompositeDefnTest, RefusedRecords) {
   }
 
   const auto negative = PcfWriter().text8("C").text8w(u"").i32(16).boolean(false).i32(1).i32(-1).take();
-  MessageSetDefn set("SET");
-  EXPECT_EQ(invalidFileMessage([&] { testing::loadComposites(set, negative, 1, 883); }), messages::kInvalidFieldCount);
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  EXPECT_EQ(invalidFileMessage([&] { testing::loadComposites(*set, negative, 1, 883); }), messages::kInvalidFieldCount);
 }
 
 TEST(CompositeDefnTest, SetPointsCompositeFieldsAtLaterComposites) {
@@ -122,14 +123,14 @@ TEST(CompositeDefnTest, SetPointsCompositeFieldsAtLaterComposites) {
   CompositeBytes inner("INNER", 9);
   inner.fields = {{.name = "X"}};
   CompositeBytes shadow("SHADOW", 9);  // a second composite with the id: the first is found
-  MessageSetDefn set("SET");
-  loadInto(set, {outer, inner, shadow}, 883);
-  const FieldDefn& field = set.getComposites()[0]->getField(1);
-  EXPECT_EQ(field.getComposite(), set.getComposites()[1].get());
-  EXPECT_EQ(set.findCompositeById(9), set.getComposites()[1].get());
-  EXPECT_EQ(set.findCompositeByName("SHADOW"), set.getComposites()[2].get());
-  EXPECT_EQ(set.findCompositeByName("shadow"), nullptr);
-  EXPECT_EQ(set.findCompositeById(8), nullptr);
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  loadInto(*set, {outer, inner, shadow}, 883);
+  const FieldDefn& field = set->getComposites()[0]->getField(1);
+  EXPECT_EQ(field.getComposite(), set->getComposites()[1].get());
+  EXPECT_EQ(set->findCompositeById(9), set->getComposites()[1].get());
+  EXPECT_EQ(set->findCompositeByName("SHADOW"), set->getComposites()[2].get());
+  EXPECT_EQ(set->findCompositeByName("shadow"), nullptr);
+  EXPECT_EQ(set->findCompositeById(8), nullptr);
   // Every composite field gets a control, without entries when the block is empty.
   ASSERT_NE(field.getInstancesControl(), nullptr);
   EXPECT_EQ(field.getInstancesControl()->getEntry(0), nullptr);
@@ -146,7 +147,7 @@ std::unique_ptr<MessageSetDefn> nestedSet(int32_t zType = 4) {
   mid.fields = {{.name = "X"}, {.name = "DEEP", .compositeId = 3}, {.name = "Y"}};
   CompositeBytes deep("DEEP", 3);
   deep.fields = {{.name = "Z", .dataType = zType}};
-  auto set = std::make_unique<MessageSetDefn>("SET");
+  auto set = testing::DefinitionSetup::messageSet("SET");
   loadInto(*set, {outer, mid, deep}, 883);
   return set;
 }
@@ -169,7 +170,7 @@ TEST(CompositeDefnTest, MarkRequiredPathWalksOneBasedIndexes) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.path.size());
     auto set = nestedSet();
-    EXPECT_EQ(invalidFileMessage([&] { outerOf(*set).markRequiredPath(c.path); }), c.failure);
+    EXPECT_EQ(invalidFileMessage([&] { testing::DefinitionSetup::markRequiredPath(outerOf(*set), c.path); }), c.failure);
     if (!c.failure.empty()) continue;
     int marked = 0;
     for (const auto& composite : set->getComposites())
@@ -185,7 +186,7 @@ TEST(CompositeDefnTest, MarkRequiredPathWalksOneBasedIndexes) {
 
 TEST(CompositeDefnTest, MarkRequiredByNameIgnoresCaseAndStopsAtUnknownNames) {
   auto set = nestedSet();
-  for (const char* path : {"mid/Deep/z", "B/", "NONE/X"}) outerOf(*set).markRequiredByName(path);
+  for (const char* path : {"mid/Deep/z", "B/", "NONE/X"}) testing::DefinitionSetup::markRequiredByName(outerOf(*set), path);
   std::vector<std::string> required;
   for (const auto& composite : set->getComposites())
     for (const auto& field : composite->getFields())
@@ -195,21 +196,21 @@ TEST(CompositeDefnTest, MarkRequiredByNameIgnoresCaseAndStopsAtUnknownNames) {
 
 TEST(CompositeDefnTest, QuotedTextFlagPassesUpThroughNestedComposites) {
   auto set = nestedSet(14);
-  for (const auto& composite : set->getComposites()) composite->workOutQuotedText();
+  for (const auto& composite : set->getComposites()) testing::DefinitionSetup::workOutQuotedText(*composite);
   for (const auto& composite : set->getComposites())
     EXPECT_EQ(composite->getFlags() & CompositeDefn::kHoldsQuotedText, CompositeDefn::kHoldsQuotedText)
         << composite->getName().str();
   auto plain = nestedSet(4);
-  outerOf(*plain).workOutQuotedText();
+  testing::DefinitionSetup::workOutQuotedText(outerOf(*plain));
   EXPECT_EQ(plain->findCompositeByName("MID")->getFlags(), 0u);
 
   // A composite that holds itself doesn't send the walk round in circles.
   CompositeBytes self("SELF", 5);
   self.fields = {{.name = "ME", .compositeId = 5}, {.name = "Q", .dataType = 14}};
-  MessageSetDefn selfSet("SET");
-  loadInto(selfSet, {self}, 883);
-  selfSet.getComposites()[0]->workOutQuotedText();
-  EXPECT_EQ(selfSet.getComposites()[0]->getFlags(), CompositeDefn::kHoldsQuotedText);
+  const auto selfSet = testing::DefinitionSetup::messageSet("SET");
+  loadInto(*selfSet, {self}, 883);
+  testing::DefinitionSetup::workOutQuotedText(*selfSet->getComposites()[0]);
+  EXPECT_EQ(selfSet->getComposites()[0]->getFlags(), CompositeDefn::kHoldsQuotedText);
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "compiler/Utf8.h"
 #include "definitions/EscapeExpansion.h"
+#include "foundation/Utf8.h"
 
 namespace vantrelia {
 namespace {
@@ -27,7 +27,7 @@ TEST(EscapeExpansionTest, ExpandsOnlyCompleteSmallLetterEscapes) {
       {u"", u""},
   };
   for (const auto& c : cases)
-    EXPECT_EQ(expandEscapes(c.text), c.expanded) << compiler::wideToUtf8(c.text);
+    EXPECT_EQ(expandEscapes(c.text), c.expanded) << wideToUtf8(c.text);
 }
 
 TEST(EscapeExpansionTest, ZeroCharacterEndsTheStoredText) {

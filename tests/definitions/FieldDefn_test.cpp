@@ -11,6 +11,7 @@
 #include "definitions/VariableFieldDefn.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia {
 namespace {
@@ -47,14 +48,14 @@ std::unique_ptr<MessageWarehouseDefn> typedWarehouse() {
 
 struct Loaded {
   std::unique_ptr<MessageWarehouseDefn> warehouse = typedWarehouse();
-  MessageSetDefn set{*warehouse, "SET"};
+  MessageSetDefn set{*warehouse};
   FieldUpdates updates;
   FieldDefn field;
 
   Loaded() {
     auto codes = std::make_unique<ValidationTableDefn>();
     readExactly(PcfWriter().text8("Codes").i32(1).text16(u"A").bytes(), [&](DefinitionFile& file) { codes->load(file, 883, false); });
-    set.addValidationTable(std::move(codes));
+    testing::DefinitionSetup::addValidationTable(set, std::move(codes));
   }
 };
 
@@ -116,6 +117,18 @@ TEST(FieldDefnTest, SpecialDefaults) {
     const bool special = c.version >= 769 && c.given.starts_with(u"#") && c.dataType != 2 && c.dataType != 4;
     EXPECT_EQ(field.getFormat().str(), special ? u"" : u"9.9");
   }
+}
+
+// The text the compiler writes for a count is read back as the same count.
+TEST(FieldDefnTest, CountTextReadsBackAsItsCount) {
+  for (const int32_t kind : {FieldDefn::kCountRepeats, FieldDefn::kCountSegments, FieldDefn::kCountGroups, FieldDefn::kCountMessages})
+    for (const std::u16string_view path : {u"", u"12", u"GRP/SEG"}) {
+      const std::u16string text = FieldDefn::countText(kind, path);
+      ASSERT_TRUE(text.starts_with(u"#"));
+      std::u16string_view readPath;
+      EXPECT_EQ(FieldDefn::splitCountItem(std::u16string_view(text).substr(1), readPath), kind);
+      EXPECT_EQ(readPath, path);
+    }
 }
 
 TEST(FieldDefnTest, PatternFormatsFromVersion519) {

@@ -15,6 +15,7 @@
 #include "foundation/IllegalOperation.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia {
 namespace {
@@ -111,10 +112,10 @@ const PcfWriter kEmptyBlock = std::move(PcfWriter().u16(0).i32(-1));
 // OUTER: A (string, default "a"), MID (composite), B (of type bType); MID: X (strict integer),
 // DEEP (composite, default "deep"), Y; DEEP: Z (of type zType).
 std::unique_ptr<MessageSetDefn> loadSet(const PcfWriter& block, int32_t bType = 1, int32_t zType = 4) {
-  auto set = std::make_unique<MessageSetDefn>("SET");
+  auto set = testing::DefinitionSetup::messageSet("SET");
   auto codes = std::make_unique<ValidationTableDefn>();
   testing::readExactly(PcfWriter().text8("Codes").i32(0).bytes(), [&](DefinitionFile& file) { codes->load(file, kVersion, false); });
-  set->addValidationTable(std::move(codes));
+  testing::DefinitionSetup::addValidationTable(*set, std::move(codes));
   PcfWriter all;
   all.raw(composite("HOLDER", 4, {compositeField("O", 1, block)}).bytes());
   all.raw(composite("OUTER", 1, {field("A", 4, u"a"), compositeField("MID", 2, kEmptyBlock), field("B", bType, u"#L")}).bytes());

@@ -17,6 +17,7 @@
 #include "definitions/PcfMessages.h"
 #include "definitions/SegmentFieldInstancesControl.h"
 #include "support/DefinitionBytes.h"
+#include "support/DefinitionSetup.h"
 #include "support/PcfLoad.h"
 #include "tool/MessageJson.h"
 
@@ -72,22 +73,21 @@ CompiledSet compile(const std::string& messagesYaml, int version, const std::vec
 // carry any.
 Loaded read(const CompiledSet& compiled, int version, const std::vector<std::string>& typeFields) {
   Loaded loaded;
-  auto set = std::make_unique<MessageSetDefn>(*loaded.warehouse, "SET");
-  set->setId(1);
-  for (const auto& path : typeFields) set->addMessageTypeField(path);
-  loaded.set = &loaded.warehouse->addMessageSet(std::move(set));
+  auto set = testing::DefinitionSetup::messageSet("SET", loaded.warehouse.get(), 1);
+  for (const auto& path : typeFields) testing::DefinitionSetup::addMessageTypeField(*set, path);
+  loaded.set = &testing::DefinitionSetup::addMessageSet(*loaded.warehouse, std::move(set));
   FieldUpdates updates;
   std::vector<MessageDefn*> deferred;
   testing::readExactly(compiled.out.bytes(), [&](DefinitionFile& file) {
     for (size_t i = 0; i < compiled.segments; ++i) {
       auto segment = std::make_unique<SegmentDefn>();
       segment->load(*loaded.set, file, version, updates);
-      loaded.set->addSegment(std::move(segment), updates);
+      testing::DefinitionSetup::addSegment(*loaded.set, std::move(segment), updates);
     }
     for (size_t i = 0; i < compiled.messages; ++i) {
       auto message = std::make_unique<MessageDefn>();
       message->load(*loaded.set, file, version, deferred);
-      loaded.set->addMessage(std::move(message));
+      testing::DefinitionSetup::addMessage(*loaded.set, std::move(message));
     }
   });
   for (MessageDefn* message : deferred) message->buildStateTables();
@@ -232,9 +232,8 @@ messages:
   const MessageItemDefn& embedded = message.getItem(2);
   EXPECT_EQ(embedded.getSetId(), 2);
   EXPECT_EQ(embedded.getMessageSet(), nullptr);
-  auto other = std::make_unique<MessageSetDefn>(*loaded.warehouse, "OTHER");
-  other->setId(2);
-  const MessageSetDefn& added = loaded.warehouse->addMessageSet(std::move(other));
+  const MessageSetDefn& added = testing::DefinitionSetup::addMessageSet(
+      *loaded.warehouse, testing::DefinitionSetup::messageSet("OTHER", loaded.warehouse.get(), 2));
   loaded.set->getMessages()[0]->completeEmbeddedReferences(*loaded.warehouse);
   EXPECT_EQ(embedded.getMessageSet(), &added);
 }

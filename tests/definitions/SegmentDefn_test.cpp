@@ -16,6 +16,7 @@
 #include "foundation/BadParameter.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia {
 namespace {
@@ -74,12 +75,12 @@ const SegmentDefn& load(MessageSetDefn& set, const SegmentBytes& record, int ver
   FieldUpdates updates;
   auto segment = std::make_unique<SegmentDefn>();
   testing::readExactly(record.write(version), [&](DefinitionFile& file) { segment->load(set, file, version, updates); });
-  return set.addSegment(std::move(segment), updates);
+  return testing::DefinitionSetup::addSegment(set, std::move(segment), updates);
 }
 
 std::string loadFailure(const SegmentBytes& record, int version) {
-  MessageSetDefn set("SET");
-  return testing::invalidFileMessage([&] { load(set, record, version); });
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  return testing::invalidFileMessage([&] { load(*set, record, version); });
 }
 
 TEST(SegmentDefnTest, RecordByVersion) {
@@ -97,18 +98,18 @@ TEST(SegmentDefnTest, RecordByVersion) {
     record.flags = 0x10;
     record.presence = Special{qxSepUser1, u"~"};
     record.nameValue = Special{qxSepField2, u""};  // not a string: the file has no text for it
-    MessageSetDefn set("SET");
-    const SegmentDefn& segment = load(set, record, c.version);
+    const auto set = testing::DefinitionSetup::messageSet("SET");
+    const SegmentDefn& segment = load(*set, record, c.version);
     EXPECT_EQ(segment.getTag().str(), c.heldTag);
     EXPECT_EQ(segment.getFlags(), c.flags);
     EXPECT_EQ(segment.getSegmentType(), c.type);
     EXPECT_EQ(segment.getSeparatorType(), qxSepField1);
     ASSERT_EQ(segment.getMatches().size(), 1u);
     EXPECT_EQ(segment.getMatches()[0]->getFieldPath().str(), "S/1");
-    EXPECT_EQ(set.findSegmentById(9), &segment);
+    EXPECT_EQ(set->findSegmentById(9), &segment);
     // Without a tag the segment is found only as one of the untagged.
-    EXPECT_EQ(set.getTagMap().lookupEmptyTag() != nullptr, c.heldTag.empty());
-    EXPECT_EQ(set.getTagMap().getLengths().empty(), c.heldTag.empty());
+    EXPECT_EQ(set->getTagMap().lookupEmptyTag() != nullptr, c.heldTag.empty());
+    EXPECT_EQ(set->getTagMap().getLengths().empty(), c.heldTag.empty());
     EXPECT_EQ(segment.getPresenceSeparator() != nullptr, c.version >= 865);
     EXPECT_EQ(segment.getNameValueSeparator() != nullptr, c.version >= 866);
     if (c.version >= 866) {
@@ -118,8 +119,8 @@ TEST(SegmentDefnTest, RecordByVersion) {
   // A string separator of name-value pairs carries its text; the indicator always does.
   SegmentBytes pairs;
   pairs.nameValue = Special{qxSepString, u"="};
-  MessageSetDefn set("SET");
-  const SegmentDefn& segment = load(set, pairs, 883);
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  const SegmentDefn& segment = load(*set, pairs, 883);
   EXPECT_EQ(segment.getSegmentType(), qxSegTypeNameValuePair);
   EXPECT_EQ(segment.getSpecialSeparator()->SpecialSeparatorString.str(), u"=");
 }
@@ -143,8 +144,8 @@ TEST(SegmentDefnTest, VariableKeys) {
     SegmentBytes record;
     record.fields = c.fields;
     record.flags = static_cast<int32_t>(c.fileFlags);
-    MessageSetDefn set("SET");
-    const SegmentDefn& segment = load(set, record, c.version);
+    const auto set = testing::DefinitionSetup::messageSet("SET");
+    const SegmentDefn& segment = load(*set, record, c.version);
     EXPECT_EQ(segment.getFlags() & SegmentDefn::kHasVariableField, SegmentDefn::kHasVariableField);
     ASSERT_NE(segment.getVariableKeys(), nullptr);
     EXPECT_EQ(*segment.getVariableKeys(), c.keys);
@@ -154,8 +155,8 @@ TEST(SegmentDefnTest, VariableKeys) {
   // A file word without 0x01 leaves the keys unmade, whatever the fields.
   SegmentBytes unflagged;
   unflagged.fields = "[{name: A}, {name: V, dataType: variable, variable: {keyField: A}}]";
-  MessageSetDefn set("SET");
-  EXPECT_EQ(load(set, unflagged, 883).getVariableKeys(), nullptr);
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  EXPECT_EQ(load(*set, unflagged, 883).getVariableKeys(), nullptr);
 }
 
 TEST(SegmentDefnTest, RefusedRecords) {
@@ -177,8 +178,8 @@ TEST(SegmentDefnTest, RefusedRecords) {
 TEST(SegmentDefnTest, SortedFieldNamesAndInstancesControl) {
   SegmentBytes record;
   record.fields = "[{name: ID}, {name: NAME}, {name: AGE}, {name: AB}, {name: ABC}, {name: AA}]";
-  MessageSetDefn set("SET");
-  const SegmentDefn& segment = load(set, record, 883);
+  const auto set = testing::DefinitionSetup::messageSet("SET");
+  const SegmentDefn& segment = load(*set, record, 883);
   std::vector<std::u16string> names;
   for (const auto& name : segment.getSortedFieldNames()) names.push_back(name.str());
   EXPECT_EQ(names, (std::vector<std::u16string>{u"NAME", u"ABC", u"AGE", u"AA", u"AB", u"ID"}));

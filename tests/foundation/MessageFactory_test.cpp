@@ -12,6 +12,7 @@
 #include "foundation/Enumerations.h"
 #include "foundation/FoundationMessages.h"
 #include "foundation/TextConversion.h"
+#include "support/DefinitionSetup.h"
 
 namespace {
 
@@ -19,7 +20,6 @@ using vantrelia::BadParameter;
 using vantrelia::MessageFactory;
 using vantrelia::MessageSetDefn;
 using vantrelia::narrow;
-using vantrelia::ValidationErrorSettingDefn;
 
 std::u16string option(std::u16string_view path) { return std::u16string(vantrelia::OptionUriPrefix) + std::u16string(path); }
 
@@ -42,9 +42,9 @@ class MessageFactoryTest : public testing::Test {
  protected:
   // A message set held in memory, with the given severities by error number.
   MessageSetDefn& addSet(const std::string& name, std::vector<std::pair<int, vantrelia::EVErrType>> severities) {
-    auto& set = factory.getWarehouse().addMessageSet(std::make_unique<MessageSetDefn>(name));
-    for (const auto& [number, severity] : severities)
-      set.getValidationErrorSettings().push_back(ValidationErrorSettingDefn(number, severity));
+    using vantrelia::testing::DefinitionSetup;
+    auto& set = DefinitionSetup::addMessageSet(factory.getWarehouse(), DefinitionSetup::messageSet(name, &factory.getWarehouse()));
+    for (const auto& [number, severity] : severities) DefinitionSetup::addValidationErrorSetting(set, number, severity);
     return set;
   }
   int getInt(std::u16string_view path) const { return Any::any_cast<int>(factory.GetOption(option(path))); }

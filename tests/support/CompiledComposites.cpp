@@ -11,11 +11,12 @@
 #include "compiler/PcfWriter.h"
 #include "compiler/SegmentWriter.h"
 #include "compiler/TypeWriter.h"
-#include "compiler/Utf8.h"
 #include "compiler/ValidationTableWriter.h"
 #include "definitions/DefinitionFile.h"
 #include "foundation/InvalidFile.h"
+#include "foundation/Utf8.h"
 #include "support/CompilerTesting.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia::testing {
 
@@ -48,23 +49,23 @@ std::unique_ptr<CompiledComposites> compileComposites(const std::string& yaml, i
   std::istringstream headSource(std::string(headBytes.begin(), headBytes.end()));
   DefinitionFile headFile(headSource);
   compiled->warehouse.read(headFile);
-  compiled->set = std::make_unique<MessageSetDefn>(compiled->warehouse, "SET");
+  compiled->set = DefinitionSetup::messageSet("SET", &compiled->warehouse);
   const auto bytes = body.take();
   std::istringstream source(std::string(bytes.begin(), bytes.end()));
   DefinitionFile file(source);
   for (size_t i = 0; i < tables.size(); ++i) {
     auto table = std::make_unique<ValidationTableDefn>();
     table->load(file, version, false);
-    compiled->set->addValidationTable(std::move(table));
+    DefinitionSetup::addValidationTable(*compiled->set, std::move(table));
   }
   FieldUpdates updates;
   std::vector<std::unique_ptr<CompositeDefn>> loaded(composites.size());
   for (auto& composite : loaded) (composite = std::make_unique<CompositeDefn>())->load(*compiled->set, file, version, updates);
-  compiled->set->addComposites(std::move(loaded), updates);
+  DefinitionSetup::addComposites(*compiled->set, std::move(loaded), updates);
   for (size_t i = 0; i < segments.size(); ++i) {
     auto segment = std::make_unique<SegmentDefn>();
     segment->load(*compiled->set, file, version, updates);
-    compiled->set->addSegment(std::move(segment), updates);
+    DefinitionSetup::addSegment(*compiled->set, std::move(segment), updates);
   }
   EXPECT_TRUE(updates.empty()) << "overrides left without a field";
   EXPECT_THROW(file.readByte(), InvalidFile) << "bytes left behind the records";

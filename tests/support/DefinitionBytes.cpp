@@ -5,6 +5,7 @@
 #include "compiler/PcfWriter.h"
 #include "definitions/CompositeDefn.h"
 #include "foundation/InvalidFile.h"
+#include "support/DefinitionSetup.h"
 
 namespace vantrelia::testing {
 
@@ -29,7 +30,7 @@ void loadComposites(MessageSetDefn& set, const std::vector<uint8_t>& bytes, size
   readExactly(bytes, [&](DefinitionFile& file) {
     for (auto& composite : loaded) (composite = std::make_unique<CompositeDefn>())->load(set, file, version, updates);
   });
-  set.addComposites(std::move(loaded), updates);
+  DefinitionSetup::addComposites(set, std::move(loaded), updates);
   EXPECT_TRUE(updates.empty());
 }
 

@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-namespace vantrelia::compiler {
+namespace vantrelia {
 
 // Empty when the text isn't valid UTF-8.
 std::optional<std::u16string> utf8ToWide(std::string_view text);
 // Unpaired surrogates, which a 16-bit text may hold, come out as U+FFFD.
 std::string wideToUtf8(std::u16string_view text);
 
-}  // namespace vantrelia::compiler
+}  // namespace vantrelia

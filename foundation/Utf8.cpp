@@ -1,8 +1,8 @@
-#include "compiler/Utf8.h"
+#include "foundation/Utf8.h"
 
 #include <boost/locale/encoding_utf.hpp>
 
-namespace vantrelia::compiler {
+namespace vantrelia {
 
 std::optional<std::u16string> utf8ToWide(std::string_view text) {
   try {
@@ -25,4 +25,4 @@ std::string wideToUtf8(std::u16string_view text) {
   return boost::locale::conv::utf_to_utf<char>(repaired.data(), repaired.data() + repaired.size());
 }
 
-}  // namespace vantrelia::compiler
+}  // namespace vantrelia
