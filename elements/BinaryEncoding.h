@@ -9,14 +9,16 @@
 #include <string_view>
 #include <vector>
 
+#include "definitions/DataTypeCodes.h"
+
 namespace vantrelia {
 
 class BinaryEncoding {
  public:
   // Internal data types of the encoded binary fields.
-  static constexpr int32_t kBase64 = 6;
-  static constexpr int32_t kUuencode = 7;
-  static constexpr int32_t kHexadecimal = 8;
+  static constexpr int32_t kBase64 = DataTypeCodes::kBase64;
+  static constexpr int32_t kUuencode = DataTypeCodes::kUuencoded;
+  static constexpr int32_t kHexadecimal = DataTypeCodes::kHex;
 
   // Replaces `text` with the encoding of `bytes`. An empty block, or a type that isn't one of the
   // three above, has no encoding: the result is false and `text` is left empty.

@@ -48,7 +48,7 @@ class SeparatorField {
   // The field's custom type, or null. A type with escape characters makes the reader leave the
   // text between its start and end escape separators alone.
   virtual const PrimitiveTypeDefn* getCustomType() const = 0;
-  // The internal data type code; SeparatorList::kQuotedTextType is the double-quoted text type.
+  // The internal data type code; DataTypeCodes::kQuotedText is the double-quoted text type.
   virtual int32_t getFieldType() const = 0;
   // The field instance's own allow-list: the separator may stand in the value as it is.
   virtual bool isSeparatorAllowed(int32_t separator) const = 0;
@@ -61,13 +61,10 @@ class SeparatorList {
   static constexpr int32_t kSeparatorSlots = kSeparatorCount;
   // Index -1 of queries and writes stands for the separator on top of the stack.
   static constexpr int32_t kCurrent = -1;
-  // The field data type whose values go out in double quotes when they hold separators.
-  static constexpr int32_t kQuotedTextType = 14;
   // `position` of writeSeparator: the bits of the definition's writing style.
   static constexpr int32_t kWriteInitiator = 0x10;
   static constexpr int32_t kWriteSeparator = 0x20;
   static constexpr int32_t kWriteTerminator = 0x40;
-  static constexpr int32_t kInvalidCharactersError = 1015;
 
   SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, const SeparatorList* parent);
   // Copies the slots, the stack and the settings; the tries are rebuilt on the next read.

@@ -7,9 +7,11 @@
 
 #include <algorithm>
 
+#include "definitions/DataTypeCodes.h"
 #include "definitions/FieldPathDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "definitions/SeparatorDefn.h"
+#include "validation/ValidationErrorNumbers.h"
 
 namespace vantrelia {
 
@@ -106,7 +108,7 @@ std::u16string SeparatorList::translateValue(std::u16string_view text) const {
 }
 
 std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fieldType) const {
-  const bool quotedType = fieldType == kQuotedTextType;
+  const bool quotedType = fieldType == DataTypeCodes::kQuotedText;
   const std::u16string_view watched = quotedType ? mustQuoteCharacters : mustEncodeCharacters;
   if (text.find_first_of(watched) == std::u16string_view::npos) return std::u16string(text);
 
@@ -145,7 +147,7 @@ std::u16string SeparatorList::decodeValue(std::u16string_view text, int32_t fiel
   std::u16string result;
   result.reserve(text.size());
   size_t at = 0;
-  const bool quoted = fieldType == kQuotedTextType && !text.empty() && text.front() == kQuote.front();
+  const bool quoted = fieldType == DataTypeCodes::kQuotedText && !text.empty() && text.front() == kQuote.front();
   if (quoted) at = 1;
   const auto replacementText = [](const SeparatorImpl& slot) {
     return slot.active ? std::u16string_view(slot.replacementValue) : std::u16string_view();
@@ -173,12 +175,12 @@ std::u16string_view SeparatorList::escapeText(int32_t index) const {
 
 std::optional<int32_t> SeparatorList::findInvalidCharacters(const SeparatorField& field, std::u16string_view wireValue,
                                                             bool warningsWanted) const {
-  const EVErrType setting = getValidationErrorSetting(kInvalidCharactersError);
+  const EVErrType setting = getValidationErrorSetting(verr::kInvalidCharacters);
   if (setting == qxVESIgnore || (setting == qxVESWarning && !warningsWanted)) return std::nullopt;
 
   const PrimitiveTypeDefn* type = field.getCustomType();
   const bool escaped = isEscapedField(field);
-  const bool quotedType = field.getFieldType() == kQuotedTextType;
+  const bool quotedType = field.getFieldType() == DataTypeCodes::kQuotedText;
   std::vector<int32_t> checked;
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
     const SeparatorImpl& slot = slots[static_cast<size_t>(i)];

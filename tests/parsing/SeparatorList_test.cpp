@@ -11,6 +11,8 @@
 #include <sstream>
 #include <string>
 
+#include "definitions/DataTypeCodes.h"
+#include "validation/ValidationErrorNumbers.h"
 #include "compiler/DefinitionCompiler.h"
 #include "definitions/DefinitionFile.h"
 #include "definitions/FieldPathDefn.h"
@@ -572,9 +574,9 @@ TEST(SeparatorListTest, EncodeDecodeAndTranslate) {
       {u"plain", 0, u"plain"},
       {u"A|B^C", 0, u"A\\F\\B\\S\\C"},
       {u"A~B", 0, u"A~B"},
-      {u"A~B", SeparatorList::kQuotedTextType, u"\"A~B\""},
-      {u"say \"x\"", SeparatorList::kQuotedTextType, u"\"say \"\"x\"\"\""},
-      {u"A|B", SeparatorList::kQuotedTextType, u"\"A\\F\\B\""},
+      {u"A~B", DataTypeCodes::kQuotedText, u"\"A~B\""},
+      {u"say \"x\"", DataTypeCodes::kQuotedText, u"\"say \"\"x\"\"\""},
+      {u"A|B", DataTypeCodes::kQuotedText, u"\"A\\F\\B\""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.value.begin(), c.value.end()));
@@ -600,7 +602,7 @@ TEST(SeparatorListTest, InvalidCharactersFollowTheSeverity) {
   EXPECT_EQ(list.findInvalidCharacters(escaped, u"A{~B", true), -1);
   plain.allowed = qxSepRepeat;
   EXPECT_EQ(list.findInvalidCharacters(plain, u"A~B", true), std::nullopt);
-  list.setValidationErrorSetting(SeparatorList::kInvalidCharactersError, qxVESIgnore);
+  list.setValidationErrorSetting(verr::kInvalidCharacters, qxVESIgnore);
   EXPECT_EQ(list.findInvalidCharacters(escaped, u"A{~B", true), std::nullopt);
 }
 
