@@ -179,7 +179,7 @@ ElementCollection ItemListNode::getElementCollection(const char* specText) {
   const std::string_view spec = ElementPath::of(specText);
   const auto [head, rest] = ElementPath::split(spec);
   ElementCollection result;
-  // What a child adds: itself at the end of the spec, else what the rest finds in it, unless it
+  // What a child adds: itself when the path ends there, else what the rest finds in it, unless it
   // is empty and may be left out.
   const auto addChild = [&](int i, std::string_view childRest) {
     InternalElement* child = children[static_cast<size_t>(i)].get();
