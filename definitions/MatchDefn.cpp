@@ -39,4 +39,10 @@ std::vector<std::unique_ptr<MatchDefn>> MatchDefn::loadList(InputStream& stream,
   return matches;
 }
 
+bool MatchDefn::accepts(std::u16string_view found) const {
+  // Until values are compiled into patterns, a value is taken as the literal text it must equal.
+  if (!pattern) return !found.empty();
+  return found == value.view();
+}
+
 }  // namespace vantrelia

@@ -37,6 +37,8 @@ class MatchDefn {
   const WideText& getValue() const { return value; }
   // Null when the path or the value is empty, and for now always.
   const StringValidator* getPattern() const { return pattern.get(); }
+  // Whether a value found at the field path holds for this entry.
+  bool accepts(std::u16string_view found) const;
 
  private:
   kestrel::TRVString<char> FieldPath;

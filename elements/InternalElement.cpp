@@ -1,5 +1,7 @@
 #include "elements/InternalElement.h"
 
+#include "elements/SegmentElement.h"
+
 #include <algorithm>
 
 #include "definitions/FieldPathDefn.h"
@@ -133,6 +135,8 @@ InternalElement* InternalElement::getChildCreating(int childIndex) {
 }
 
 void InternalElement::addUnknownSegment(SegmentElement*) {}
+
+std::unique_ptr<SegmentElement> InternalElement::releaseSegment(SegmentElement*) { return nullptr; }
 
 bool InternalElement::isPlaceholderSegment() { return false; }
 

@@ -95,6 +95,9 @@ class InternalElement : public MessageElement {
   // Only messages and groups keep unplaced segments; elsewhere the call leaves `segment` with
   // the caller.
   virtual void addUnknownSegment(SegmentElement* segment);
+  // Takes a parsed segment back out of its place (a child slot, a repeat or the unknown
+  // segments) without deleting it, for a parse that gives this node up; null if it isn't here.
+  virtual std::unique_ptr<SegmentElement> releaseSegment(SegmentElement* segment);
   virtual bool isPlaceholderSegment();
   // Only a message knows the option; everything below asks upward.
   virtual bool isMinimizeChanges();

@@ -97,8 +97,10 @@ bool ItemListNode::isChildRepeating(int index) {
 
 bool ItemListNode::attachSegment(SegmentElement* segment, int index) {
   checkIndex(index, getItemCount());
+  if (getItem(index).getMaxRepeats() != 1) return getChildCreating(index)->attachSegment(segment, index);
   auto& slot = children[static_cast<size_t>(index)];
   if (slot) return false;
+  adoptSegment(*segment, &getItem(index));
   segment->parent = this;
   segment->index = index;
   slot.reset(segment);
@@ -107,8 +109,54 @@ bool ItemListNode::attachSegment(SegmentElement* segment, int index) {
 }
 
 void ItemListNode::addUnknownSegment(SegmentElement* segment) {
+  adoptSegment(*segment, nullptr);
   segment->parent = this;
+  segment->index = static_cast<int32_t>(unknownSegments.size());
   unknownSegments.emplace_back(segment);
+}
+
+void ItemListNode::adoptSegment(SegmentElement& segment, const MessageItemDefn* item) {
+  if (auto* defined = dynamic_cast<SegmentImplBase*>(&segment)) {
+    defined->setMessageDefn(messageDefn);
+    if (item) defined->setItemDefn(item);
+  }
+  if (segment.getSeparatorList() != getSeparatorList()) segment.setSeparatorList(getSeparatorList());
+}
+
+std::unique_ptr<SegmentElement> ItemListNode::releaseSegment(SegmentElement* segment) {
+  for (auto& child : children) {
+    if (child.get() == segment) {
+      childRemoved(segment);
+      child.release();
+      return std::unique_ptr<SegmentElement>(segment);
+    }
+  }
+  for (auto& unknown : unknownSegments) {
+    if (unknown.get() == segment) return std::move(unknown);
+  }
+  return nullptr;
+}
+
+bool ItemListNode::canStartOnPath(std::vector<int32_t>::const_iterator position,
+                                  std::vector<int32_t>::const_iterator end) {
+  if (position == end) return false;
+  const int index = *position;
+  if (index < 0 || index >= getItemCount()) return false;
+  const MessageItemDefn& item = getItem(index);
+  InternalElement* child = children[static_cast<size_t>(index)].get();
+  if (!child) return item.isRequired();
+  if (item.getMessageItemType() != MessageItemDefn::kSegmentItem) {
+    InternalElement* target = child;
+    if (child->getNodeType() == qxRepeating) {
+      // A repeat of groups: the place lies in its last element.
+      if (item.getMessageItemType() != MessageItemDefn::kGroupItem) return child->canStartOnPath(position + 1, end);
+      const int count = child->getElementCount();
+      if (count == 0) return item.isRequired();
+      target = child->getChildCreating(count - 1);
+    }
+    return target->canStartOnPath(position + 1, end);
+  }
+  return false;
 }
 
 int ItemListNode::getUnknownSegmentCount() { return static_cast<int>(unknownSegments.size()); }

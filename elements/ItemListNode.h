@@ -39,6 +39,9 @@ class ItemListNode : public InternalElement, public ElementContainer {
   bool isChildRepeating(int index) override;
   InternalElement* getChildCreating(int index) override;
   void addUnknownSegment(SegmentElement* segment) override;
+  std::unique_ptr<SegmentElement> releaseSegment(SegmentElement* segment) override;
+  bool canStartOnPath(std::vector<int32_t>::const_iterator position,
+                      std::vector<int32_t>::const_iterator end) override;
 
   int getChildCount() override { return static_cast<int>(children.size()); }
   std::span<const std::unique_ptr<InternalElement>> getChildArray() override { return children; }
@@ -72,6 +75,8 @@ class ItemListNode : public InternalElement, public ElementContainer {
   virtual const char* definitionName() const = 0;
   // The target of the "(parent)" step.
   virtual InternalElement* parentStepTarget() = 0;
+  // What a segment takes over when a parse puts it here: this node's definitions and separators.
+  void adoptSegment(SegmentElement& segment, const MessageItemDefn* item);
   // Deep copies of the children and of nothing else, for the clone of the derived node.
   void cloneChildrenInto(ItemListNode& copy) const;
   // The item whose name is `head`, or -1; a hidden group that shows more than one child takes any

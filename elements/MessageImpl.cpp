@@ -1,5 +1,7 @@
 #include "elements/MessageImpl.h"
 
+#include "parsing/StateWalk.h"
+
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageSetDefn.h"
@@ -25,7 +27,17 @@ MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent
   separators->reset(false, true, true);
 }
 
+MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent, int32_t index,
+                         std::shared_ptr<SeparatorList> sharedSeparators)
+    : ItemListNode(messageDefn, messageDefn.getItems(), messageDefn.getVisibleChildren(), parent, index),
+      separators(std::move(sharedSeparators)) {}
+
 MessageImpl::~MessageImpl() = default;
+
+bool MessageImpl::parseSegments(ParseContext& context, LookAheadList& lookAhead, LookAheadList::iterator& iterator,
+                                ParserStream& stream, const ParseCallback* callback, ValidationLocation& location) {
+  return StateWalk(*this, context, lookAhead, iterator, stream, callback, location).parseSegments();
+}
 
 const char* MessageImpl::getName() const { return messageDefn->getName().c_str(); }
 
@@ -161,10 +173,6 @@ bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) 
 }
 
 // ----- parsing, counting and validation come with their walks
-
-bool MessageImpl::canStartOnPath(std::vector<int32_t>::const_iterator, std::vector<int32_t>::const_iterator) {
-  return false;
-}
 
 bool MessageImpl::parseElement(ParserStream&, RecordedErrors&, uint32_t&, ValidationLocation&) { return false; }
 

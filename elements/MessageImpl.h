@@ -8,11 +8,15 @@
 
 #include "elements/ItemListNode.h"
 #include "elements/Message.h"
+#include "parsing/SegmentMatch.h"
 #include "validation/RecordedErrors.h"
 
 namespace vantrelia {
 
 class MessageDefn;
+class ParseContext;
+class ParserStream;
+struct ParseCallback;
 class SeparatorList;
 
 class MessageImpl : public ItemListNode, public Message {
@@ -22,7 +26,16 @@ class MessageImpl : public ItemListNode, public Message {
   // from it.
   MessageImpl(const MessageDefn& messageDefn, InternalElement* parent, int32_t index,
               const SeparatorList* parentSeparators = nullptr);
+  // A message of a parse shares the separators its segments were read with.
+  MessageImpl(const MessageDefn& messageDefn, InternalElement* parent, int32_t index,
+              std::shared_ptr<SeparatorList> sharedSeparators);
   ~MessageImpl() override;
+
+  // Places the segments of the look-ahead and the stream into this message by its state tables;
+  // false when the text isn't this message.
+  bool parseSegments(ParseContext& context, LookAheadList& lookAhead, LookAheadList::iterator& iterator,
+                     ParserStream& stream, const ParseCallback* callback, ValidationLocation& location);
+  const std::shared_ptr<SeparatorList>& getSeparatorHandle() const { return separators; }
 
   std::unique_ptr<MessageElement> clone() override;
   ENodeType getNodeType() const override { return qxComposite; }
@@ -34,8 +47,6 @@ class MessageImpl : public ItemListNode, public Message {
   MetaDataRecord* getMetaData() override;
   bool getUserData(const std::u16string& key, std::u16string& value) override;
 
-  bool canStartOnPath(std::vector<int32_t>::const_iterator position,
-                      std::vector<int32_t>::const_iterator end) override;
   bool parseElement(ParserStream& stream, RecordedErrors& errors, uint32_t& endKind,
                     ValidationLocation& location) override;
   int getCountForPath(std::string_view path, int kind, bool existingOnly) override;

@@ -62,6 +62,8 @@ class MessageSetImpl : public InternalElement {
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;
 
   const MessageItemDefn* getItemDefn() const { return itemDefn; }
+  // A message a parse made for this set; its parent and index are this set's already.
+  void addParsedMessage(std::unique_ptr<InternalElement> message) { messages.push_back(std::move(message)); }
 
  private:
   std::unique_ptr<MessageSetImpl> copyWithParent(InternalElement* newParent, SeparatorList* list) const;

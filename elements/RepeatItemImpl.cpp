@@ -78,7 +78,27 @@ bool RepeatItemImpl::isEmpty() {
 
 bool RepeatItemImpl::isChildPresent(int at) { return at >= 0 && at < getElementCount(); }
 
-bool RepeatItemImpl::attachSegment(SegmentElement*, int) { return false; }
+bool RepeatItemImpl::attachSegment(SegmentElement* segment, int) {
+  if (auto* defined = dynamic_cast<SegmentImplBase*>(segment)) {
+    defined->setMessageDefn(messageDefn);
+    defined->setItemDefn(itemDefn);
+  }
+  if (segment->getSeparatorList() != separators) segment->setSeparatorList(separators);
+  segment->parent = this;
+  segment->index = static_cast<int32_t>(items.size());
+  items.emplace_back(segment);
+  return true;
+}
+
+std::unique_ptr<SegmentElement> RepeatItemImpl::releaseSegment(SegmentElement* segment) {
+  for (auto& item : items) {
+    if (item.get() == segment) {
+      item.release();
+      return std::unique_ptr<SegmentElement>(segment);
+    }
+  }
+  return nullptr;
+}
 
 MessageElement* RepeatItemImpl::getElementAt(int at) {
   checkIndex(at, getElementCount());
@@ -140,7 +160,12 @@ bool RepeatItemImpl::writeElement(SeparatorList& list, bool minimize, int32_t& c
 
 // ----- parsing, counting and validation come with their walks
 
-bool RepeatItemImpl::canStartOnPath(std::vector<int32_t>::const_iterator, std::vector<int32_t>::const_iterator) {
+bool RepeatItemImpl::canStartOnPath(std::vector<int32_t>::const_iterator position,
+                                    std::vector<int32_t>::const_iterator end) {
+  if (items.empty()) return itemDefn->isRequired();
+  if (itemDefn->getMessageItemType() == MessageItemDefn::kGroupItem && position != end) {
+    return items.back()->canStartOnPath(position, end);
+  }
   return false;
 }
 

@@ -40,6 +40,7 @@ class RepeatItemImpl : public InternalElement {
 
   bool isChildPresent(int index) override;
   bool attachSegment(SegmentElement* segment, int index) override;
+  std::unique_ptr<SegmentElement> releaseSegment(SegmentElement* segment) override;
   bool canStartOnPath(std::vector<int32_t>::const_iterator position,
                       std::vector<int32_t>::const_iterator end) override;
   bool isChildRepeating(int) override { return true; }

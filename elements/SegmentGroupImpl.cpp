@@ -163,10 +163,6 @@ bool SegmentGroupImpl::writeElement(SeparatorList& list, bool minimize, int32_t&
 
 // ----- parsing, counting and validation come with their walks
 
-bool SegmentGroupImpl::canStartOnPath(std::vector<int32_t>::const_iterator, std::vector<int32_t>::const_iterator) {
-  return false;
-}
-
 bool SegmentGroupImpl::parseElement(ParserStream&, RecordedErrors&, uint32_t&, ValidationLocation&) { return false; }
 
 int SegmentGroupImpl::getCountForPath(std::string_view, int, bool) { return 0; }

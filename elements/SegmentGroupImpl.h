@@ -30,8 +30,6 @@ class SegmentGroupImpl : public ItemListNode {
   MetaDataRecord* getMetaData() override;
   bool getUserData(const std::u16string& key, std::u16string& value) override;
 
-  bool canStartOnPath(std::vector<int32_t>::const_iterator position,
-                      std::vector<int32_t>::const_iterator end) override;
   bool parseElement(ParserStream& stream, RecordedErrors& errors, uint32_t& endKind,
                     ValidationLocation& location) override;
   int getCountForPath(std::string_view path, int kind, bool existingOnly) override;

@@ -13,6 +13,8 @@
 #include "foundation/FoundationMessages.h"
 #include "foundation/TextCompare.h"
 #include "foundation/TextConversion.h"
+#include "parsing/MessageParser.h"
+#include "parsing/StringParserStream.h"
 
 namespace vantrelia {
 
@@ -159,9 +161,12 @@ std::unique_ptr<MessageElement> MessageFactory::CreateMessage(const std::string&
   return message;
 }
 
-std::unique_ptr<MessageElement> MessageFactory::Parse(const char16_t*) {
-  // Wire text is recognised once the parser exists; until then nothing is.
-  return nullptr;
+std::unique_ptr<MessageElement> MessageFactory::Parse(const char16_t* text) {
+  if (!text || !*text) return nullptr;
+  // One copy of the text, which the tree's values may point into for as long as the tree lives.
+  auto source = std::make_shared<const std::u16string>(text);
+  StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
+  return MessageParser::parseTopLevel(*warehouse, source, stream, nullptr);
 }
 
 bool MessageFactory::IsDefinitionLoaded() const { return warehouse->getMessageSetCount() > 0; }

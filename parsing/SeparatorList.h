@@ -197,6 +197,9 @@ class SeparatorList {
   std::u16string decodeValue(std::u16string_view text, int32_t fieldType) const;
   // A text written with the definition's separators, in this message's separators.
   std::u16string translateValue(std::u16string_view text) const;
+  // The inverse: each separator's current text in `text` becomes its definition's text, so that a
+  // value read with other separators compares with the definition.
+  std::u16string untranslateValue(std::u16string_view text) const;
 
   // The invalid-characters check of a field value in its wire form: the separator found where it
   // may not stand, -1 for an escape left open, nothing when the value is clean or the severity of

@@ -107,6 +107,26 @@ std::u16string SeparatorList::translateValue(std::u16string_view text) const {
   return result;
 }
 
+std::u16string SeparatorList::untranslateValue(std::u16string_view text) const {
+  if (text.empty()) return {};
+  std::u16string result;
+  result.reserve(text.size());
+  for (size_t at = 0; at < text.size();) {
+    bool taken = false;
+    for (const SeparatorImpl& slot : slots) {
+      if (!slot.defn || slot.value.empty() || (fromWire && !slot.known)) continue;
+      if (startsWithAt(text, at, slot.value)) {
+        result += slot.defn->getValue().view();
+        at += slot.value.size();
+        taken = true;
+        break;
+      }
+    }
+    if (!taken) result += text[at++];
+  }
+  return result;
+}
+
 std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fieldType) const {
   const bool quotedType = fieldType == DataTypeCodes::kQuotedText;
   const std::u16string_view watched = quotedType ? mustQuoteCharacters : mustEncodeCharacters;

@@ -1,0 +1,311 @@
+#include "parsing/MessageParser.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "definitions/MatchDefn.h"
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SeparatorDefn.h"
+#include "elements/MessageImpl.h"
+#include "elements/MessageSetImpl.h"
+#include "elements/SegmentImplBase.h"
+#include "foundation/BadParameter.h"
+#include "foundation/IllegalOperation.h"
+#include "parsing/ParseContext.h"
+#include "parsing/ParserStream.h"
+#include "parsing/SegmentReader.h"
+#include "parsing/SeparatorList.h"
+#include "parsing/StateWalk.h"
+#include "parsing/BufferedParserStream.h"
+#include "validation/ValidationLocation.h"
+
+namespace vantrelia {
+
+namespace {
+
+int32_t offsetOf(const std::u16string& text, ParserStream& stream) {
+  const auto* buffered = dynamic_cast<BufferedParserStream*>(&stream);
+  return buffered ? static_cast<int32_t>(text.size()) - buffered->getRemaining() : -1;
+}
+
+bool isWithin(InternalElement* node, const InternalElement* root) {
+  for (; node; node = node->parent) {
+    if (node == root) return true;
+  }
+  return false;
+}
+
+// Drops what was read ahead of the end of a message: it belongs to no tree.
+void dropEntries(LookAheadList& lookAhead, ParseContext& context, MessageImpl* message) {
+  for (SegmentMatch& entry : lookAhead) {
+    if (SegmentElement* element = entry.getElement()) {
+      element->forgetParserPositions(context.errors);
+      if (message) element->forgetParserPositions(message->getRecordedErrors());
+      entry.dropElement();
+    }
+  }
+  lookAhead.clear();
+}
+
+// The value of one message type field, looked for in the look-ahead and read on for when needed.
+// Null when the text ends first.
+std::optional<std::u16string> typeValue(const FieldPathDefn& field, ParseContext& context, LookAheadList& lookAhead,
+                                        ParserStream& stream, ValidationLocation& location) {
+  const std::string_view whole = field.getName().view();
+  const size_t slash = whole.find('/');
+  const std::string_view segmentName = whole.substr(0, slash);
+  const std::string fieldPath(slash == std::string_view::npos ? std::string_view() : whole.substr(slash + 1));
+
+  auto entry = std::find_if(lookAhead.begin(), lookAhead.end(), [&](const SegmentMatch& match) {
+    return match.getElement() && segmentName == match.getElement()->getName();
+  });
+  while (entry == lookAhead.end()) {
+    if (stream.atEnd()) return std::nullopt;
+    lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, false));
+    const SegmentMatch& read = lookAhead.back();
+    if (read.isDeadEnd()) return std::nullopt;
+    SegmentElement* element = read.getElement();
+    if (!element) continue;
+    auto* defined = dynamic_cast<SegmentImplBase*>(element);
+    if (!defined || segmentName == defined->getSegmentDefn().getName().view()) entry = std::prev(lookAhead.end());
+  }
+  MessageElement* element = entry->getElement();
+  if (!fieldPath.empty()) {
+    element = element->getElementAt(fieldPath.c_str());
+  } else {
+    try {
+      // The path counts from 1, as definitions number fields.
+      for (int32_t index : field.getIndexes()) element = element->getElementAt(index - 1);
+    } catch (const IllegalOperation& refused) {
+      throw BadParameter(refused.what());
+    }
+  }
+  return entry->separators->untranslateValue(element->getValue());
+}
+
+bool typesFit(const MessageDefn& message, const std::vector<std::u16string>& values, const std::u16string& key,
+              size_t fieldCount) {
+  const auto& types = message.getTypes();
+  if (values.empty() || types.empty()) return true;
+  if (types.size() == 1) {
+    if (message.getHasWildType()) return true;
+    return types.front().view() == (fieldCount > 1 ? std::u16string_view(key) : std::u16string_view(values.front()));
+  }
+  const auto& wild = message.getWildTypes();
+  for (size_t i = 0; i < types.size() && i < values.size(); ++i) {
+    if (i < wild.size() && wild[i]) continue;
+    if (types[i].view() != values[i]) return false;
+  }
+  return true;
+}
+
+// A message with a parent whose match list names a value in the enclosing message: checked
+// before anything is read.
+bool parentMatchesHold(MessageImpl& message) {
+  for (const auto& entry : message.getMessageDefn().getMatches()) {
+    if (!entry->getPattern() || !entry->getFieldPath().view().starts_with("(parent)")) continue;
+    if (!entry->accepts(message.getElementAt(entry->getFieldPath().c_str())->getValue())) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void MessageParser::detachForRetry(MessageImpl& message, LookAheadList& lookAhead) {
+  for (SegmentMatch& entry : lookAhead) {
+    SegmentElement* segment = entry.getElement();
+    if (!segment || entry.ownsElement() || !isWithin(segment->parent, &message)) continue;
+    std::unique_ptr<SegmentElement> back = segment->parent->releaseSegment(segment);
+    if (!back) continue;
+    back->parent = nullptr;
+    back->index = 0;
+    if (auto* defined = dynamic_cast<SegmentImplBase*>(back.get())) defined->setItemDefn(nullptr);
+    back->setSeparatorList(entry.separators.get());
+    entry.reclaim(std::move(back));
+  }
+}
+
+MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& context, LookAheadList& lookAhead,
+                                            LookAheadList::iterator& iterator, ParserStream& stream,
+                                            const ParseCallback* callback, ValidationLocation& location) {
+  const MessageSetDefn& setDefn = *set.getMessageSetDefn();
+  const auto& typeFields = setDefn.getMessageTypeFields();
+  std::vector<std::u16string> typeValues;
+  for (const FieldPathDefn& field : typeFields) {
+    std::optional<std::u16string> value = typeValue(field, context, lookAhead, stream, location);
+    if (!value) return nullptr;
+    typeValues.push_back(std::move(*value));
+  }
+  if (iterator == lookAhead.end()) iterator = lookAhead.begin();
+  while (iterator == lookAhead.end() || !iterator->getElement()) {
+    if (iterator != lookAhead.end()) {
+      ++iterator;
+      continue;
+    }
+    if (stream.atEnd()) return nullptr;
+    lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, false));
+    if (lookAhead.back().isDeadEnd()) return nullptr;
+    iterator = std::prev(lookAhead.end());
+  }
+  std::u16string typeKey;
+  if (typeFields.size() > 1) {
+    for (const auto& value : typeValues) typeKey += value;
+  }
+
+  const auto& byType = setDefn.getMessagesByType();
+  auto passStart = byType.begin();
+  if (!typeValues.empty()) {
+    passStart = byType.find(typeValues.front());
+    if (passStart == byType.end() && !typeKey.empty()) passStart = byType.find(typeKey);
+  }
+  SegmentElement* first = iterator->getElement();
+  auto* firstDefined = dynamic_cast<SegmentImplBase*>(first);
+  for (int pass = 0; pass < 3; ++pass) {
+    for (auto at = passStart; at != byType.end(); ++at) {
+      const MessageDefn& candidate = *at->second;
+      const bool hasMatches = !candidate.getMatches().empty();
+      const bool wild = candidate.getHasWildType();
+      if ((pass == 0 && (!hasMatches || wild)) || (pass == 1 && (hasMatches || wild)) || (pass == 2 && !wild)) continue;
+      if (typeValues.empty()) {
+        if (firstDefined && candidate.getItemCount() > 0) {
+          const MessageItemDefn& head = candidate.getItem(0);
+          if (head.isRequired() && head.getMessageItemType() == MessageItemDefn::kSegmentItem &&
+              head.getSegment() != &firstDefined->getSegmentDefn()) {
+            continue;
+          }
+        }
+      } else if (!typesFit(candidate, typeValues, typeKey, typeFields.size())) {
+        continue;
+      }
+
+      InternalElement* parent = set.hasParent() ? &set : nullptr;
+      const int32_t index = parent ? set.getElementCount() : 0;
+      std::unique_ptr<MessageImpl> message;
+      if (first->getMessageSetDefn() == &setDefn) {
+        iterator->newSeparators = false;
+        message = std::make_unique<MessageImpl>(candidate, parent, index, iterator->separators);
+      } else {
+        message = std::make_unique<MessageImpl>(candidate, parent, index, set.getSeparatorList());
+        message->getSeparatorList()->reset(true, true, true);
+      }
+      const LookAheadList::iterator saved = iterator;
+      bool parsed = false;
+      try {
+        parsed = (!parent || parentMatchesHold(*message)) &&
+                 message->parseSegments(context, lookAhead, iterator, stream, callback, location);
+      } catch (...) {
+        // Whatever goes wrong in a candidate only refuses it.
+        parsed = false;
+      }
+      if (parsed) {
+        MessageImpl* result = message.get();
+        if (parent) set.addParsedMessage(std::move(message));
+        else message.release();
+        return result;
+      }
+      iterator = saved;
+      detachForRetry(*message, lookAhead);
+      context.errors.forget(message.get());
+    }
+    if (passStart == byType.end()) break;
+  }
+  return nullptr;
+}
+
+std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWarehouseDefn& warehouse,
+                                                             std::shared_ptr<const std::u16string> text,
+                                                             ParserStream& stream, const ParseCallback* callback,
+                                                             Extent* extent) {
+  const auto& sets = warehouse.getMessageSets();
+  if (sets.empty()) return nullptr;
+  ParseContext context(warehouse, text);
+  ValidationLocation location(true);
+  const SeparatorDefn& leading = sets.front()->getSeparator(qxSepSegment);
+  if ((leading.getFlags() & SeparatorDefn::kInitiator) && !leading.getValue().view().empty()) {
+    stream.consume(leading.getValue());
+  }
+
+  while (true) {
+    const std::unique_ptr<ParserPosition> position = stream.savePosition();
+    const ParseContextSnapshot snapshot = context.snapshot();
+    const int32_t segmentCount = context.segmentCount;
+    const auto restore = [&] {
+      stream.restorePosition(*position);
+      context.segmentCount = segmentCount;
+      context.restore(snapshot);
+    };
+
+    int32_t start = offsetOf(*text, stream);
+    SegmentMatch match;
+    bool atEnd = false;
+    while (true) {
+      if (stream.atEnd()) {
+        atEnd = true;
+        break;
+      }
+      start = offsetOf(*text, stream);
+      match = SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, true);
+      if (match.getElement()) break;
+      if (match.isDeadEnd()) return nullptr;
+    }
+    if (atEnd) {
+      restore();
+      return nullptr;
+    }
+
+    const int32_t setIndex = match.setIndex;
+    int32_t chosen = setIndex;
+    const MessageSetDefn* segmentSet = match.getElement()->getMessageSetDefn();
+    const std::string_view segmentName = match.getElement()->getName();
+    for (int32_t i = 0; i < setIndex && chosen == setIndex; ++i) {
+      const MessageSetDefn& outer = *sets[static_cast<size_t>(i)];
+      if (outer.getMessageCount() == 0) continue;
+      const StateTable& states = outer.getMessages().front()->getStrictStates();
+      if (states.empty()) continue;
+      for (const ParseTransition& transition : states.front()->getTransitions()) {
+        const MessageItemDefn* item = transition.target ? transition.target->getItem() : nullptr;
+        if (transition.key == segmentName && item && item->getMessageItemType() == MessageItemDefn::kMessageSetItem &&
+            item->getMessageSet() == segmentSet) {
+          chosen = i;
+          break;
+        }
+      }
+    }
+
+    LookAheadList lookAhead;
+    lookAhead.push_back(std::move(match));
+    LookAheadList::iterator iterator = lookAhead.begin();
+    MessageSetImpl holder(nullptr, sets[static_cast<size_t>(chosen)].get(), nullptr, 0, nullptr);
+    std::unique_ptr<MessageImpl> message;
+    try {
+      message.reset(static_cast<MessageImpl*>(
+          parseMessage(holder, context, lookAhead, iterator, stream, callback, location)));
+    } catch (const BadParameter&) {
+      if (context.excludedSets.count(chosen)) {
+        dropEntries(lookAhead, context, nullptr);
+        restore();
+        return nullptr;
+      }
+    }
+    if (message) {
+      message->setChanged(false);
+      if (extent) {
+        extent->start = start;
+        extent->end = lookAhead.empty() || lookAhead.front().remainingAtStart < 0
+                          ? offsetOf(*text, stream)
+                          : static_cast<int32_t>(text->size()) - lookAhead.front().remainingAtStart;
+      }
+    }
+    dropEntries(lookAhead, context, message.get());
+    if (message) return message;
+    context.excludedSets.insert(setIndex);
+    restore();
+    if (context.excludedSets.size() >= sets.size()) return nullptr;
+  }
+}
+
+}  // namespace vantrelia

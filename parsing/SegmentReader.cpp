@@ -1,0 +1,458 @@
+#include "parsing/SegmentReader.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SegmentTagMap.h"
+#include "definitions/SeparatorDefn.h"
+#include "elements/SegmentFactory.h"
+#include "elements/SegmentImplBase.h"
+#include "parsing/BufferedParserStream.h"
+#include "parsing/ParseContext.h"
+#include "parsing/ParserStream.h"
+#include "parsing/ParserToken.h"
+#include "parsing/SeparatorList.h"
+#include "validation/ValidationLocation.h"
+
+namespace vantrelia {
+
+namespace {
+
+using Entry = SegmentTagMap::Entry;
+
+bool inEntry(const Entry& entry, const SegmentDefn* segment) {
+  return std::find(entry.begin(), entry.end(), segment) != entry.end();
+}
+
+bool hasMatchList(const SegmentDefn* segment) { return !segment->getMatches().empty(); }
+
+// The segment separator stands before each segment of such a set.
+bool segmentSeparatorLeads(const MessageSetDefn& set) {
+  return (set.getSeparator(qxSepSegment).getFlags() & SeparatorDefn::kInitiator) != 0;
+}
+
+int32_t setIndexOf(const MessageWarehouseDefn& warehouse, const MessageSetDefn* set) {
+  const auto& sets = warehouse.getMessageSets();
+  for (size_t i = 0; i < sets.size(); ++i) {
+    if (sets[i].get() == set) return static_cast<int32_t>(i);
+  }
+  return -1;
+}
+
+// The header items of a set: the first items of its first message.
+int32_t headerCount(const MessageSetDefn& set) {
+  if (set.getMessageCount() == 0) return 0;
+  return std::min(set.getHeaderItemCount(), set.getMessages().front()->getItemCount());
+}
+
+const MessageItemDefn& headerItem(const MessageSetDefn& set, int32_t index) {
+  return set.getMessages().front()->getItem(index);
+}
+
+std::shared_ptr<SeparatorList> newList(const MessageSetDefn& set, const SeparatorList* parent) {
+  auto list = std::make_shared<SeparatorList>(set, set.isFixedWidth(), parent);
+  list->reset(true, true, true);
+  return list;
+}
+
+class Reader {
+ public:
+  Reader(ParseContext& context, ParserStream& stream, ValidationLocation& location)
+      : context(context), stream(stream), location(location),
+        sets(context.warehouse.getMessageSets()),
+        setCount(static_cast<int32_t>(sets.size())) {}
+
+  SegmentMatch read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* currentStates,
+                    const StateTable* relaxedTable);
+
+ private:
+  int32_t rotated(int32_t start, int32_t turn) const { return (start + turn) % setCount; }
+  const MessageSetDefn& set(int32_t index) const { return *sets[static_cast<size_t>(index)]; }
+  bool excluded(int32_t index) const { return context.excludedSets.count(index) != 0; }
+
+  // The entry of the tag at the cursor in one set's map, with a leading segment separator looked
+  // past and left in the stream.
+  const Entry* tagEntry(int32_t setIndex);
+  // Makes the segment and lets its parser decide; the stream goes back when it refuses.
+  bool attempt(const SegmentDefn* segment, bool unconditional);
+  bool attemptFromOwner(const SegmentDefn* segment, bool unconditional) {
+    match.setIndex = setIndexOf(context.warehouse, segment->getSet());
+    SegmentReader::selectSeparators(context, segment, match);
+    return attempt(segment, unconditional);
+  }
+  // The segments of the relaxed transitions out of the walk's states, in name order.
+  std::vector<const SegmentDefn*> relaxedSegments(const std::vector<int32_t>& currentStates,
+                                                  const StateTable& relaxedTable) const;
+  // The candidates of one list that are in `entry`: those with a match list get an attempt, then
+  // the first without one is taken unconditionally.
+  bool tryCandidates(const std::vector<const SegmentDefn*>& candidates, const Entry& entry, bool fromOwner);
+  bool workOnSet(int32_t setIndex, const Entry& entry, int32_t start, const std::vector<const SegmentDefn*>* expected,
+                 const std::vector<const SegmentDefn*>* relaxed);
+  bool tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* expected,
+                   const std::vector<const SegmentDefn*>* relaxed);
+  void nothingFits();
+  void skipText(bool plainConsume);
+
+  ParseContext& context;
+  ParserStream& stream;
+  ValidationLocation& location;
+  const std::vector<std::unique_ptr<MessageSetDefn>>& sets;
+  const int32_t setCount;
+  SegmentMatch match;
+  // The context's setIndex when the read began.
+  int32_t startSet = -1;
+};
+
+const Entry* Reader::tagEntry(int32_t setIndex) {
+  const MessageSetDefn& candidate = set(setIndex);
+  std::unique_ptr<ParserPosition> saved;
+  if (segmentSeparatorLeads(candidate)) {
+    saved = stream.savePosition();
+    const bool inForce = context.separators && &context.separators->getMessageSet() == &candidate;
+    const std::u16string leading(inForce ? context.separators->getSeparatorValue(qxSepSegment)
+                                         : candidate.getSeparator(qxSepSegment).getValue().view());
+    if (leading.empty() || !stream.consume(leading)) saved.reset();
+  }
+  const Entry* entry = excluded(setIndex) ? nullptr : candidate.getTagMap().matchStream(stream);
+  if (saved) stream.restorePosition(*saved);
+  return entry;
+}
+
+bool Reader::attempt(const SegmentDefn* segment, bool unconditional) {
+  std::unique_ptr<SegmentImplBase> made =
+      SegmentFactory::create(*segment, nullptr, nullptr, 0, match.separators.get());
+  made->setSegmentNumber(match.segmentNumber);
+  made->setSourceText(context.text);
+  uint32_t endKind = 0;
+  const bool accepted = made->parseElement(stream, context.errors, endKind, location);
+  if (accepted || unconditional) {
+    match.endKind = accepted ? endKind : 0;
+    match.own(std::move(made));
+    return true;
+  }
+  stream.restorePosition(*match.position);
+  return false;
+}
+
+std::vector<const SegmentDefn*> Reader::relaxedSegments(const std::vector<int32_t>& currentStates,
+                                                        const StateTable& relaxedTable) const {
+  std::multimap<std::string, const SegmentDefn*> byName;
+  for (int32_t state : currentStates) {
+    if (state < 0 || state >= static_cast<int32_t>(relaxedTable.size())) continue;
+    for (const ParseTransition& transition : relaxedTable[static_cast<size_t>(state)]->getTransitions()) {
+      const MessageItemDefn* item = transition.target ? transition.target->getItem() : nullptr;
+      if (item && item->getMessageItemType() == MessageItemDefn::kSegmentItem && item->getSegment()) {
+        byName.emplace(item->getSegment()->getName().c_str(), item->getSegment());
+      }
+    }
+  }
+  std::vector<const SegmentDefn*> result;
+  for (const auto& [name, segment] : byName) {
+    if (std::find(result.begin(), result.end(), segment) == result.end()) result.push_back(segment);
+  }
+  return result;
+}
+
+bool Reader::tryCandidates(const std::vector<const SegmentDefn*>& candidates, const Entry& entry, bool fromOwner) {
+  for (const SegmentDefn* segment : candidates) {
+    if (!inEntry(entry, segment) || !hasMatchList(segment)) continue;
+    if (fromOwner ? attemptFromOwner(segment, false) : attempt(segment, false)) return true;
+  }
+  for (const SegmentDefn* segment : candidates) {
+    if (!inEntry(entry, segment) || hasMatchList(segment)) continue;
+    return fromOwner ? attemptFromOwner(segment, true) : attempt(segment, true);
+  }
+  return false;
+}
+
+bool Reader::workOnSet(int32_t setIndex, const Entry& entry, int32_t start,
+                       const std::vector<const SegmentDefn*>* expected,
+                       const std::vector<const SegmentDefn*>* relaxed) {
+  match.setIndex = setIndex;
+  SegmentReader::selectSeparators(context, entry.front(), match);
+  if (start == -1) {
+    const MessageSetDefn& candidate = set(setIndex);
+    for (int32_t i = 0; i < headerCount(candidate); ++i) {
+      const SegmentDefn* header = headerItem(candidate, i).getSegment();
+      if (header && inEntry(entry, header) && attempt(header, false)) return true;
+    }
+  }
+  if (expected && tryCandidates(*expected, entry, true)) return true;
+  if (relaxed && tryCandidates(*relaxed, entry, false)) return true;
+  return tryCandidates(entry, entry, false);
+}
+
+bool Reader::tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* expected,
+                         const std::vector<const SegmentDefn*>* relaxed) {
+  // Each failed attempt puts back what selecting separators changed.
+  const int32_t savedHeader = context.headerIndex;
+  const int32_t savedSet = context.setIndex;
+  const ParseContextSnapshot saved = context.snapshot();
+  const std::vector<int32_t> savedSetStack = context.setStack;
+  const auto putBack = [&] {
+    context.headerIndex = savedHeader;
+    context.setIndex = savedSet;
+    context.restore(saved);
+    context.setStack = savedSetStack;
+    match.setIndex = start;
+  };
+  match.setIndex = start;
+  const int32_t first = start < 0 ? 0 : start;
+  if (context.setIndex == -1) {
+    for (int32_t turn = 0; turn < setCount; ++turn) {
+      const int32_t index = rotated(first, turn);
+      const Entry* untagged = set(index).getTagMap().lookupEmptyTag();
+      if (!untagged) continue;
+      for (int32_t i = 0; i < headerCount(set(index)); ++i) {
+        const SegmentDefn* header = headerItem(set(index), i).getSegment();
+        if (!header || !inEntry(*untagged, header)) continue;
+        match.setIndex = index;
+        SegmentReader::selectSeparators(context, header, match);
+        if (attempt(header, false)) return true;
+        putBack();
+      }
+    }
+  }
+  const auto untaggedOf = [](const std::vector<const SegmentDefn*>& list) {
+    std::vector<const SegmentDefn*> result;
+    for (const SegmentDefn* segment : list) {
+      if (segment->getTag().empty()) result.push_back(segment);
+    }
+    return result;
+  };
+  for (const auto* list : {expected, relaxed}) {
+    if (!list) continue;
+    const std::vector<const SegmentDefn*> candidates = untaggedOf(*list);
+    for (const SegmentDefn* segment : candidates) {
+      if (!hasMatchList(segment)) continue;
+      if (attemptFromOwner(segment, false)) return true;
+      putBack();
+    }
+    for (const SegmentDefn* segment : candidates) {
+      if (!hasMatchList(segment)) return attemptFromOwner(segment, true);
+    }
+  }
+  for (int32_t turn = 0; turn < setCount; ++turn) {
+    const int32_t index = rotated(first, turn);
+    if (excluded(index)) continue;
+    const Entry* untagged = set(index).getTagMap().lookupEmptyTag();
+    if (!untagged) continue;
+    for (const SegmentDefn* segment : *untagged) {
+      if (!hasMatchList(segment)) continue;
+      match.setIndex = index;
+      SegmentReader::selectSeparators(context, segment, match);
+      if (attempt(segment, false)) return true;
+      putBack();
+    }
+    for (const SegmentDefn* segment : *untagged) {
+      if (hasMatchList(segment)) continue;
+      match.setIndex = index;
+      SegmentReader::selectSeparators(context, segment, match);
+      return attempt(segment, true);
+    }
+  }
+  return false;
+}
+
+void Reader::skipText(bool plainConsume) {
+  SeparatorList& list = *match.separators;
+  if (!list.isSeparatorActive(qxSepSegment)) {
+    match.tagText = stream.readRest();
+    return;
+  }
+  if (list.isTrieDirty()) list.buildTrie();
+  ParserToken token;
+  token.useView = true;
+  stream.readToken(list.getTrie(), token, 0, true);
+  match.tagText.assign(token.characters());
+  match.endKind = SegmentMatch::kEndedBySeparator;
+  if (token.separator == qxSepSegment) match.endKind |= SegmentMatch::kEndSegment;
+  if (token.separator == qxSepGroup) match.endKind |= SegmentMatch::kEndGroup;
+  if (token.separator == qxSepMessage) match.endKind |= SegmentMatch::kEndMessage;
+  const auto& levels = list.getLevels();
+  if (token.separator >= 0 &&
+      std::find(levels.begin(), levels.end(), static_cast<ESeparatorType>(token.separator)) != levels.end() &&
+      list.isInUse(token.separator)) {
+    if (!stream.consume(std::u16string(list.getSeparatorValue(token.separator)))) match.setIndex = -1;
+  }
+  static const std::u16string kCarriageReturnLineFeed = u"\r\n";
+  for (const int32_t end : {qxSepSegment, qxSepGroup, qxSepMessage}) {
+    if (!list.isSeparatorActive(end)) continue;
+    const std::u16string value(list.getSeparatorValue(end));
+    if (!plainConsume && list.getCrlfEquivalent() == end) {
+      stream.consumeLonger(value, kCarriageReturnLineFeed);
+    } else {
+      stream.consume(value);
+    }
+  }
+}
+
+void Reader::nothingFits() {
+  if (!context.separators) {
+    context.separators = newList(set(0), nullptr);
+    match.newSeparators = true;
+    context.headerIndex = -1;
+    context.setIndex = 0;
+  }
+  match.separators = context.separators;
+  if (context.segmentCount == 1 && set(0).getMessageCount() == 0 && context.setIndex >= 0) {
+    for (const auto& segment : set(context.setIndex).getSegments()) {
+      context.separators->markKnownForPath(segment->getName().view());
+    }
+  }
+  // Generic segments have their own reader; until it exists the text is skipped as it is with
+  // generic segments switched off.
+  skipText(true);
+}
+
+SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* currentStates,
+                          const StateTable* relaxedTable) {
+  match.segmentNumber = context.segmentCount++;
+  if (const auto* buffered = dynamic_cast<const BufferedParserStream*>(&stream)) {
+    match.remainingAtStart = buffered->getRemaining();
+  }
+  startSet = context.setIndex;
+  if (expected && expected->empty() && context.warehouse.getSettings().ignoreGenericSegments) {
+    match.endKind = SegmentMatch::kEndMessage;
+    return std::move(match);
+  }
+  if (setCount == 0) return std::move(match);
+
+  // A header segment at the very start names its set.
+  if (startSet == -1) {
+    for (int32_t index = 0; index < setCount; ++index) {
+      if (headerCount(set(index)) == 0) continue;
+      const Entry* entry = set(index).getTagMap().matchStream(stream);
+      if (!entry) continue;
+      match.setIndex = index;
+      SegmentReader::selectSeparators(context, entry->front(), match);
+      match.position = stream.savePosition();
+      const SegmentDefn* first = headerItem(set(index), 0).getSegment();
+      if (first && attempt(first, false)) return std::move(match);
+      context.setIndex = startSet;
+    }
+  }
+
+  std::vector<const SegmentDefn*> relaxed;
+  if (currentStates && relaxedTable) relaxed = relaxedSegments(*currentStates, *relaxedTable);
+  const std::vector<const SegmentDefn*>* relaxedList = currentStates && relaxedTable ? &relaxed : nullptr;
+
+  const int32_t first = startSet < 0 ? 0 : startSet;
+  int32_t tagged = -1;
+  const Entry* entry = nullptr;
+  for (int32_t turn = 0; turn < setCount && !entry; ++turn) {
+    tagged = rotated(first, turn);
+    entry = tagEntry(tagged);
+  }
+  if (entry) {
+    match.position = stream.savePosition();
+    if (workOnSet(tagged, *entry, startSet, expected, relaxedList)) return std::move(match);
+    for (int32_t turn = 1; turn < setCount; ++turn) {
+      const int32_t index = rotated(first, turn);
+      if (index == tagged || excluded(index)) continue;
+      const Entry* other = tagEntry(index);
+      if (other && workOnSet(index, *other, startSet, expected, relaxedList)) return std::move(match);
+    }
+    // Every segment of the tag had a match list, and each refused the text.
+    match.setIndex = startSet;
+    SegmentReader::selectSeparators(context, nullptr, match);
+    skipText(false);
+    return std::move(match);
+  }
+
+  match.position = stream.savePosition();
+  if (tryUntagged(startSet, expected, relaxedList)) return std::move(match);
+  nothingFits();
+  return std::move(match);
+}
+
+}  // namespace
+
+SegmentMatch SegmentReader::readNextSegment(ParseContext& context, ParserStream& stream, ValidationLocation& location,
+                                            const std::vector<const SegmentDefn*>* expected,
+                                            const std::vector<int32_t>* currentStates, const StateTable* relaxedTable,
+                                            bool) {
+  Reader reader(context, stream, location);
+  return reader.read(expected, currentStates, relaxedTable);
+}
+
+void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* segmentDefn, SegmentMatch& match) {
+  const auto& sets = context.warehouse.getMessageSets();
+  if (match.setIndex < 0 || match.setIndex >= static_cast<int32_t>(sets.size())) {
+    if (!context.separators && !sets.empty()) context.separators = newList(*sets.front(), nullptr);
+    match.separators = context.separators;
+    return;
+  }
+  match.newSeparators = false;
+  const MessageSetDefn& set = *sets[static_cast<size_t>(match.setIndex)];
+  const int32_t headers = headerCount(set);
+  int32_t place = headers;
+  if (segmentDefn) {
+    for (int32_t i = 0; i < headers; ++i) {
+      const SegmentDefn* header = headerItem(set, i).getSegment();
+      if (header && header->getTag() == segmentDefn->getTag()) {
+        place = i;
+        break;
+      }
+    }
+  }
+  const auto enterNested = [&] {
+    if (context.separators) {
+      context.separatorStack.push_back(context.separators);
+      context.setStack.push_back(context.setIndex);
+    }
+    context.separators = newList(set, context.separators.get());
+    match.newSeparators = true;
+  };
+
+  if (context.fixedSeparators) {
+    context.separators = context.fixedSeparators;
+    context.setIndex = match.setIndex;
+  } else if (!(match.setIndex == context.setIndex && place >= headers && (headers != 0 || context.separators))) {
+    if (place == headers) {
+      const auto onStack = std::find(context.setStack.begin(), context.setStack.end(), match.setIndex);
+      if (onStack != context.setStack.end()) {
+        // Back to an enclosing set: every list in between ends.
+        while (!context.setStack.empty()) {
+          const int32_t popped = context.setStack.back();
+          context.separators = context.separatorStack.back();
+          context.setStack.pop_back();
+          context.separatorStack.pop_back();
+          if (popped == match.setIndex) break;
+        }
+      } else {
+        enterNested();
+      }
+    } else {
+      if (match.setIndex != context.setIndex) {
+        enterNested();
+      } else if (place <= context.headerIndex) {
+        // A header seen again: a new interchange with separators of its own.
+        const SeparatorList* parent = context.separatorStack.empty() ? nullptr : context.separatorStack.back().get();
+        context.separators = newList(set, parent);
+        match.newSeparators = true;
+      }
+      context.headerIndex = -1;
+    }
+    context.setIndex = match.setIndex;
+  }
+
+  if (!context.separators) {
+    const SeparatorList* parent = context.separatorStack.empty() ? nullptr : context.separatorStack.back().get();
+    context.separators = newList(set, parent);
+  }
+  ++context.headerIndex;
+  while (context.headerIndex < place) {
+    context.separators->applyDefaultForPath(headerItem(set, context.headerIndex).getName().view());
+    ++context.headerIndex;
+  }
+  match.separators = context.separators;
+}
+
+}  // namespace vantrelia

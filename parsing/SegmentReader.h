@@ -1,0 +1,36 @@
+#pragma once
+// Turns flat text into segments, one at a time. It looks at the text at the cursor and answers
+// which segment of which message set starts there, trying the candidates in a fixed order: the
+// segments the state walk expects, then every set's tag map (the set in force first, longest tag
+// first), then segments without a tag. Each candidate's own field parser decides; a refused one
+// puts the stream back. Text that nothing takes is skipped to the next segment separator.
+
+#include <cstdint>
+#include <vector>
+
+#include "definitions/ParseState.h"
+#include "parsing/SegmentMatch.h"
+
+namespace vantrelia {
+
+class ParseContext;
+class ParserStream;
+class SegmentDefn;
+class ValidationLocation;
+
+class SegmentReader {
+ public:
+  // `expected`: the segments the walk can take now, in the order of its candidates, or null.
+  // `currentStates` and `relaxedTable`: where the walk stands, for the relaxed candidates, or null.
+  // `firstGenericOnly`: only at the top of a parse.
+  static SegmentMatch readNextSegment(ParseContext& context, ParserStream& stream, ValidationLocation& location,
+                                      const std::vector<const SegmentDefn*>* expected,
+                                      const std::vector<int32_t>* currentStates, const StateTable* relaxedTable,
+                                      bool firstGenericOnly);
+  // Puts in force the separators of a segment of set `match.setIndex` (`segmentDefn` may be null):
+  // a header seen again opens a new interchange, a set entered opens a nested list, a set returned
+  // to takes its list back.
+  static void selectSeparators(ParseContext& context, const SegmentDefn* segmentDefn, SegmentMatch& match);
+};
+
+}  // namespace vantrelia

@@ -1,0 +1,566 @@
+#include "parsing/StateWalk.h"
+
+#include <algorithm>
+#include <string>
+
+#include "definitions/MatchDefn.h"
+#include "definitions/MessageDefn.h"
+#include "definitions/MessageItemDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
+#include "definitions/ParseState.h"
+#include "definitions/SegmentDefn.h"
+#include "definitions/SegmentGroupDefn.h"
+#include "elements/MessageImpl.h"
+#include "elements/MessageSetImpl.h"
+#include "elements/SegmentGroupImpl.h"
+#include "elements/SegmentImplBase.h"
+#include "foundation/BadParameter.h"
+#include "foundation/Format.h"
+#include "parsing/MessageParser.h"
+#include "parsing/ParseCallback.h"
+#include "parsing/ParseContext.h"
+#include "parsing/ParserStream.h"
+#include "parsing/SegmentReader.h"
+#include "parsing/SeparatorList.h"
+#include "validation/ValidationErrorNumbers.h"
+#include "validation/ValidationLocation.h"
+
+namespace vantrelia {
+
+namespace {
+
+constexpr char16_t kUnexpectedSegment[] = u"Unexpected segment";
+constexpr char16_t kMatchListFailed[] = u"Message Item Match-List failed to match correctly";
+
+SegmentImplBase* definedSegment(const SegmentMatch& match) {
+  return dynamic_cast<SegmentImplBase*>(match.getElement());
+}
+
+int32_t indexOfSet(const MessageWarehouseDefn& warehouse, const MessageSetDefn& set) {
+  const auto& sets = warehouse.getMessageSets();
+  for (size_t i = 0; i < sets.size(); ++i) {
+    if (sets[i].get() == &set) return static_cast<int32_t>(i);
+  }
+  return -1;
+}
+
+// The path of a node below the message, its indexes dropped, as match lists name it.
+std::string plainPathBelow(InternalElement& node) {
+  const std::string full = node.getPath();
+  std::string plain;
+  bool inIndex = false;
+  for (char c : full) {
+    if (c == '[') inIndex = true;
+    if (!inIndex) plain += c;
+    if (c == ']') inIndex = false;
+  }
+  return plain;
+}
+
+}  // namespace
+
+StateWalk::StateWalk(MessageImpl& message, ParseContext& context, LookAheadList& lookAhead,
+                     LookAheadList::iterator& iterator, ParserStream& stream, const ParseCallback* callback,
+                     ValidationLocation& location)
+    : message(message), defn(message.getMessageDefn()), context(context), lookAhead(lookAhead),
+      iterator(iterator), stream(stream), callback(callback), location(location),
+      messageSetIndex(indexOfSet(context.warehouse, message.getMessageDefn().getSet())) {}
+
+bool StateWalk::parseSegments() {
+  message.setTreeChanged(true);
+  message.getRecordedErrors().clear();
+  const StateTable& strict = defn.getStrictStates();
+  if (strict.empty()) return false;
+  visited.assign(strict.size(), 0);
+  bool again = true;
+  while (again) {
+    again = false;
+    bool ended = false;
+    if (!walk(ended)) return false;
+    if (!pending.empty()) {
+      if (!resolvePending(strict.back()->getIndex()) || !placePending()) return false;
+      if (!ended && iterator != lookAhead.end() && iterator->getElement() && belongsHere(*iterator) &&
+          !iterator->newSeparators) {
+        // More content of this message follows: the walk starts over at the top.
+        again = true;
+        currentState = 0;
+      }
+    }
+  }
+  if (!messageMatchesHold()) return false;
+  cleanUp();
+  message.getRecordedErrors().takeAll(context.errors);
+  return true;
+}
+
+bool StateWalk::walk(bool& ended) {
+  while (!ended) {
+    if (iterator == lookAhead.end() && stream.atEnd()) break;
+    gatherCandidates();
+    if (iterator == lookAhead.end()) readAhead();
+    SegmentMatch& match = *iterator;
+    if (match.endKind & SegmentMatch::kEndMessage) ended = true;
+    SegmentElement* element = match.getElement();
+    if (!element) {
+      if (!ended) {
+        if (match.isDeadEnd()) return false;
+        reportUnknownText(match);
+      }
+      ++iterator;
+      continue;
+    }
+    const std::string_view name = element->getName();
+    auto range = rangeOf(name);
+    bool unexpectedCalled = false;
+    if (range.first == range.second) {
+      const int outcome = handleUnexpected();
+      if (outcome == 0) return false;
+      if (outcome == 1) continue;
+      if (outcome == 3) break;
+      range = rangeOf(name);
+      unexpectedCalled = true;
+    }
+    ParsePath path{iterator, {}, std::vector<char>(visited.size(), 0)};
+    int count = 0;
+    matchCandidates(path, range, count);
+    const bool anyName = range.first != range.second;
+    if (count == 0 && !unexpectedCalled) {
+      const int outcome = handleUnexpected();
+      if (outcome == 0) return false;
+      if (outcome == 1) continue;
+      if (outcome == 3) break;
+      range = rangeOf(name);
+      matchCandidates(path, range, count);
+    }
+    if (count == 1 || (pending.size() > 1 && path.visited == firstVisited)) {
+      const ParseState* target = path.states.front();
+      if (!resolvePending(target->getIndex()) || !placePending()) return false;
+    }
+    if (count == 0) {
+      reportUnplaceable(match, anyName);
+      ++iterator;
+    } else if (count == 1) {
+      const ParseState* target = path.states.front();
+      InternalElement* placed = placeSegment(path);
+      if (!placed) return false;
+      currentElement = placed;
+      currentState = target->getIndex();
+      currentPath = target->getPath();
+    } else {
+      if (pending.empty()) firstVisited = path.visited;
+      ++iterator;
+      pending.push_back(std::move(path));
+    }
+  }
+  return true;
+}
+
+void StateWalk::gatherCandidates() {
+  candidates.clear();
+  std::fill(visited.begin(), visited.end(), 0);
+  const StateTable& strict = defn.getStrictStates();
+  const auto addFrom = [&](const ParseState& state) {
+    for (const ParseTransition& transition : state.getTransitions()) {
+      const int32_t target = transition.target->getIndex();
+      if (visited[static_cast<size_t>(target)]) continue;
+      visited[static_cast<size_t>(target)] = 1;
+      candidates.emplace_back(transition.key, transition.target);
+    }
+  };
+  if (pending.empty()) {
+    addFrom(*strict[static_cast<size_t>(currentState)]);
+  } else {
+    for (const ParseState* state : pending.back().states) addFrom(*state);
+  }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+}
+
+std::pair<StateWalk::Candidates::const_iterator, StateWalk::Candidates::const_iterator> StateWalk::rangeOf(
+    std::string_view name) const {
+  return std::equal_range(candidates.begin(), candidates.end(), std::pair<std::string_view, const ParseState*>(name, nullptr),
+                          [](const auto& a, const auto& b) { return a.first < b.first; });
+}
+
+void StateWalk::readAhead() {
+  std::vector<const SegmentDefn*> expected;
+  for (const auto& [key, target] : candidates) {
+    const MessageItemDefn* item = target->getItem();
+    if (!item) continue;
+    if (item->getMessageItemType() == MessageItemDefn::kSegmentItem) {
+      if (item->getSegment()) expected.push_back(item->getSegment());
+    } else if (item->getMessageItemType() == MessageItemDefn::kMessageSetItem && item->getMessageSet() &&
+               item->getMessageSet()->getMessageCount() > 0) {
+      const MessageDefn& first = *item->getMessageSet()->getMessages().front();
+      if (first.getItemCount() > 0 && first.getItem(0).getSegment()) expected.push_back(first.getItem(0).getSegment());
+    }
+  }
+  std::vector<int32_t> states;
+  if (pending.empty()) {
+    states.push_back(currentState);
+  } else {
+    for (const ParseState* state : pending.back().states) states.push_back(state->getIndex());
+  }
+  lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, &expected, &states,
+                                                     &defn.getRelaxedStates(), false));
+  iterator = std::prev(lookAhead.end());
+}
+
+void StateWalk::matchCandidates(ParsePath& path,
+                                std::pair<Candidates::const_iterator, Candidates::const_iterator> range, int& count) {
+  SegmentElement* segment = path.entry->getElement();
+  for (auto at = range.first; at != range.second; ++at) {
+    const ParseState* target = at->second;
+    const size_t bit = static_cast<size_t>(target->getIndex());
+    if (path.visited[bit]) continue;
+    bool holds = true;
+    if (const MessageItemDefn* item = target->getItem()) {
+      for (const auto& entry : item->getMatches()) {
+        if (entry->getFieldPath().view().empty()) continue;
+        try {
+          MessageElement* field = segment->getElementAt(entry->getFieldPath().c_str());
+          if (!entry->accepts(field->getValue())) holds = false;
+        } catch (const BadParameter&) {
+          holds = false;
+        }
+        if (!holds) break;
+      }
+    }
+    if (!holds) continue;
+    path.states.push_back(target);
+    path.visited[bit] = 1;
+    ++count;
+  }
+}
+
+bool StateWalk::belongsHere(const SegmentMatch& match) const {
+  SegmentElement* element = match.getElement();
+  return element && element->getMessageSetDefn() == &defn.getSet();
+}
+
+int StateWalk::handleUnexpected() {
+  SegmentMatch& match = *iterator;
+  if (match.newSeparators || !belongsHere(match)) return 3;
+  const std::string_view name = match.getElement()->getName();
+  const StateTable& relaxed = defn.getRelaxedStates();
+  candidates.clear();
+  if (pending.empty()) {
+    for (const ParseTransition& transition : relaxed[static_cast<size_t>(currentState)]->getTransitions()) {
+      if (transition.key == name) candidates.emplace_back(transition.key, transition.target);
+    }
+  } else {
+    const ParseTransition* best = nullptr;
+    for (const ParseState* state : pending.back().states) {
+      for (const ParseTransition& transition : relaxed[static_cast<size_t>(state->getIndex())]->getTransitions()) {
+        if (transition.key != name) continue;
+        if (!best || transition.distance < best->distance ||
+            (transition.distance == best->distance && transition.target->getIndex() < best->target->getIndex())) {
+          best = &transition;
+        }
+      }
+    }
+    int32_t chosen = -1;
+    if (best) {
+      candidates.emplace_back(best->key, best->target);
+      chosen = best->target->getIndex();
+    } else {
+      for (const ParseState* state : pending.back().states) {
+        if (message.canStartOnPath(state->getPath().begin(), state->getPath().end()) &&
+            (chosen < 0 || state->getIndex() < chosen)) {
+          chosen = state->getIndex();
+        }
+      }
+      if (chosen < 0) {
+        for (const ParseState* state : pending.back().states) {
+          if (chosen < 0 || state->getIndex() < chosen) chosen = state->getIndex();
+        }
+      }
+    }
+    if (!resolvePending(chosen) || !placePending()) return 0;
+  }
+  if (candidates.empty()) {
+    reportUnplaceable(match, false);
+    ++iterator;
+    return 1;
+  }
+  return 2;
+}
+
+bool StateWalk::resolvePending(int32_t target) {
+  if (pending.empty()) return true;
+  const StateTable& strict = defn.getStrictStates();
+  const StateTable& relaxed = defn.getRelaxedStates();
+  if (pending.size() == 1) {
+    for (const ParseState* state : pending.front().states) {
+      if (state->getIndex() == target) {
+        pending.front().states = {state};
+        return true;
+      }
+    }
+  }
+  const MessageItemDefn* currentItem = strict[static_cast<size_t>(currentState)]->getItem();
+  const MessageItemDefn* currentParent = currentItem ? currentItem->getParentItem() : nullptr;
+  const bool inUnordered =
+      currentParent && currentParent->getGroup() && currentParent->getGroup()->isUnorderedGroup();
+  // Among states at or after the current one the lowest wins, and any of them beats one before it.
+  const auto ranksBefore = [this](int32_t a, int32_t b) {
+    const bool aBefore = a < currentState;
+    const bool bBefore = b < currentState;
+    return aBefore != bBefore ? !aBefore : a < b;
+  };
+  for (auto path = pending.rbegin(); path != pending.rend(); ++path) {
+    const ParseState* chosen = nullptr;
+    for (const StateTable* table : {&strict, &relaxed}) {
+      for (const ParseState* state : path->states) {
+        const ParseState& source = *(*table)[static_cast<size_t>(state->getIndex())];
+        const auto& transitions = source.getTransitions();
+        const bool leads = std::any_of(transitions.begin(), transitions.end(), [&](const ParseTransition& t) {
+          return t.target->getIndex() == target;
+        });
+        if (!leads) continue;
+        const MessageItemDefn* item = state->getItem();
+        if (inUnordered && item && item->getParentItem() == currentParent && item->getMaxRepeats() != 1 &&
+            !isPathPresent(state->getPath())) {
+          chosen = state;
+          break;
+        }
+        if (!chosen || ranksBefore(state->getIndex(), chosen->getIndex())) chosen = state;
+      }
+      if (chosen) break;
+    }
+    if (!chosen) return false;
+    const ParseState* strictState = strict[static_cast<size_t>(chosen->getIndex())].get();
+    path->states = {strictState};
+    target = strictState->getIndex();
+  }
+  return true;
+}
+
+bool StateWalk::placePending() {
+  // The iterator comes back to where the walk stood; the segments between were seen already.
+  const LookAheadList::iterator resume = iterator;
+  for (ParsePath& path : pending) {
+    const ParseState* state = path.states.front();
+    if (!placeSegment(path)) return false;
+    currentState = state->getIndex();
+    currentPath = state->getPath();
+  }
+  pending.clear();
+  iterator = resume;
+  return true;
+}
+
+bool StateWalk::isPathPresent(const std::vector<int32_t>& path) const {
+  InternalElement* node = &message;
+  for (int32_t index : path) {
+    if (!node->isChildPresent(index)) return false;
+    node = node->getChildCreating(index);
+    if (node->getNodeType() == qxRepeating) {
+      const int count = node->getElementCount();
+      if (count == 0) return false;
+      node = node->getChildCreating(count - 1);
+    }
+  }
+  return true;
+}
+
+bool StateWalk::needsNewRepeat(InternalElement& repeat, const std::vector<int32_t>& current, size_t currentAt,
+                               size_t previousAt) const {
+  InternalElement* element = repeat.getChildCreating(repeat.getElementCount() - 1);
+  while (true) {
+    const ENodeType type = element->getNodeType();
+    if (type == qxRepeating || type == qxMessageSet) return false;
+    if (currentAt >= current.size() || previousAt >= currentPath.size()) return true;
+    const int32_t now = current[currentAt++];
+    const int32_t before = currentPath[previousAt++];
+    auto* group = dynamic_cast<SegmentGroupImpl*>(element);
+    if (group && group->getItemDefn().getGroup()->isChoiceGroup() && now != before) return true;
+    if (group && group->isUnordered()) {
+      if (group->getItem(now).getMaxRepeats() != 1) return false;
+      return group->isChildPresent(now);
+    }
+    if (now < before) return true;
+    if (now > before) return false;
+    element = element->getChildCreating(now);
+  }
+}
+
+InternalElement* StateWalk::placeSegment(ParsePath& path) {
+  const ParseState& target = *path.states.front();
+  const std::vector<int32_t>& way = target.getPath();
+  SegmentMatch& match = *path.entry;
+  iterator = path.entry;
+  InternalElement* node = &message;
+  bool previousRuns = !currentPath.empty() && currentPath.front() != -1;
+  for (size_t step = 0; step + 1 < way.size(); ++step) {
+    const int32_t index = way[step];
+    InternalElement* child = node->getChildCreating(index);
+    const bool sameAsBefore = previousRuns && step < currentPath.size() && currentPath[step] == index;
+    if (child->getNodeType() == qxRepeating) {
+      const int count = child->getElementCount();
+      if (count == 0 || (sameAsBefore && needsNewRepeat(*child, way, step + 1, step + 1))) {
+        child = static_cast<InternalElement*>(child->appendElement(nullptr));
+      } else {
+        child = child->getChildCreating(count - 1);
+      }
+    }
+    if (!sameAsBefore) previousRuns = false;
+    node = child;
+  }
+  const int32_t last = way.empty() ? 0 : way.back();
+  // A segment that opens a list of another set, or any segment at an embedded set's place, starts
+  // an embedded message.
+  const MessageItemDefn* item = target.getItem();
+  if ((match.newSeparators && match.setIndex != messageSetIndex) ||
+      (item && item->getMessageItemType() == MessageItemDefn::kMessageSetItem)) {
+    return placeEmbedded(*node, last, match);
+  }
+  SegmentElement* segment = match.getElement();
+  if (node->attachSegment(segment, last)) {
+    match.release();
+  } else {
+    const SeparatorList& list = *message.getSeparatorList();
+    const EVErrType severity = list.getValidationErrorSetting(verr::kUnexpectedSegment);
+    if (severity != qxVESIgnore) {
+      const std::u16string text =
+          formatWide(u"Segment %S: ", segment->getName()) + kUnexpectedSegment;
+      ValidationLocation at;
+      at.segmentNumber = match.segmentNumber;
+      context.errors.record(&message, ValidationError(at, text, verr::kUnexpectedSegment, severity));
+    }
+    keepUnknown(match, node);
+  }
+  ++iterator;
+  if (!defn.getMatches().empty() && !segmentMatchesHold(*segment)) return nullptr;
+  return node;
+}
+
+bool StateWalk::segmentMatchesHold(SegmentElement& segment) const {
+  const std::string own = plainPathBelow(segment) + "/";
+  for (const auto& entry : defn.getMatches()) {
+    if (!entry->getPattern()) continue;
+    const std::string_view path = entry->getFieldPath().view();
+    if (path.substr(0, own.size()) != own) continue;
+    try {
+      if (!entry->accepts(message.getElementAt(entry->getFieldPath().c_str())->getValue())) return false;
+    } catch (const BadParameter&) {
+      return false;
+    }
+  }
+  return true;
+}
+
+InternalElement* StateWalk::placeEmbedded(InternalElement& parent, int32_t index, SegmentMatch& match) {
+  auto* set = dynamic_cast<MessageSetImpl*>(parent.getChildCreating(index));
+  if (!set) return nullptr;
+  match.newSeparators = false;
+  MessageElement* parsed = MessageParser::parseMessage(*set, context, lookAhead, iterator, stream, callback, location);
+  if (parsed) {
+    if (callback && (*callback)(parsed)) set->removeElementAt(parsed->getElementIndex());
+    return set;
+  }
+  const SeparatorList& list = *message.getSeparatorList();
+  const EVErrType severity = list.getValidationErrorSetting(verr::kEmbeddedParseFailed);
+  const SegmentMatch* at = iterator != lookAhead.end() ? &*iterator : nullptr;
+  if (severity != qxVESIgnore) {
+    const SegmentImplBase* segment = at ? definedSegment(*at) : nullptr;
+    const std::u16string text =
+        segment && segment->getItemDefn()
+            ? formatWide(u"Failed to parse embedded %S message", segment->getItemDefn()->getMessage().getName().c_str())
+            : std::u16string(u"Failed to parse embedded message");
+    ValidationLocation where;
+    where.segmentNumber = at ? at->segmentNumber : -1;
+    message.getRecordedErrors().record(&message, ValidationError(where, text, verr::kEmbeddedParseFailed, severity));
+  }
+  // The embedded text is skipped up to a segment of another set or with a list of its own.
+  while (true) {
+    if (iterator == lookAhead.end() && stream.atEnd()) break;
+    if (iterator == lookAhead.end()) {
+      lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, false));
+      iterator = std::prev(lookAhead.end());
+    }
+    const SegmentMatch& skipped = *iterator;
+    if (!skipped.getElement()) {
+      if (skipped.isDeadEnd()) return nullptr;
+    } else if (skipped.newSeparators || skipped.getElement()->getMessageSetDefn() != set->getMessageSetDefn()) {
+      break;
+    }
+    ++iterator;
+  }
+  return set;
+}
+
+void StateWalk::reportUnplaceable(SegmentMatch& match, bool matchListFailed) {
+  const int32_t number = matchListFailed ? verr::kMatchListFailed : verr::kUnexpectedSegment;
+  const EVErrType severity = message.getSeparatorList()->getValidationErrorSetting(number);
+  SegmentElement* segment = match.getElement();
+  if (severity != qxVESIgnore) {
+    const std::string_view name = segment->getName();
+    std::u16string text = name.empty() ? formatWide(u"Segment [%d]: ", match.segmentNumber)
+                                       : formatWide(u"Segment \"%S\" [%d]: ", std::string(name).c_str(),
+                                                    match.segmentNumber);
+    text += matchListFailed ? kMatchListFailed : kUnexpectedSegment;
+    ValidationLocation at;
+    at.segmentNumber = match.segmentNumber;
+    // Kept under the message, so that a message given up takes its findings along.
+    context.errors.record(&message, ValidationError(at, std::move(text), number, severity));
+  }
+  keepUnknown(match, currentElement);
+}
+
+void StateWalk::keepUnknown(SegmentMatch& match, InternalElement* from) {
+  InternalElement* holder = &message;
+  for (InternalElement* node = from; node && node != &message; node = node->parent) {
+    auto* group = dynamic_cast<SegmentGroupImpl*>(node);
+    if (group && !group->isHidden()) {
+      holder = group;
+      break;
+    }
+  }
+  SegmentElement* segment = match.getElement();
+  match.release();
+  holder->addUnknownSegment(segment);
+}
+
+void StateWalk::reportUnknownText(const SegmentMatch& match) {
+  const EVErrType severity = message.getSeparatorList()->getValidationErrorSetting(verr::kUnknownSegment);
+  if (severity == qxVESIgnore) return;
+  std::u16string skipped = match.tagText;
+  if (skipped.size() > 80) skipped = skipped.substr(0, 77) + u"...";
+  const std::u16string text =
+      formatWide(u"Segment [%d] ", match.segmentNumber) + skipped + u": Unknown segment, ignored";
+  ValidationLocation at;
+  at.segmentNumber = match.segmentNumber;
+  context.errors.record(&message, ValidationError(at, text, verr::kUnknownSegment, severity));
+}
+
+bool StateWalk::messageMatchesHold() const {
+  for (const auto& entry : defn.getMatches()) {
+    try {
+      if (!entry->getPattern()) {
+        if (message.getElementCollection(entry->getFieldPath().c_str()).getCount() == 0) return false;
+      } else if (!entry->accepts(message.getElementAt(entry->getFieldPath().c_str())->getValue())) {
+        return false;
+      }
+    } catch (const BadParameter&) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void StateWalk::cleanUp() {
+  for (auto entry = lookAhead.begin(); entry != iterator;) {
+    if (entry->ownsElement()) {
+      entry->getElement()->forgetParserPositions(context.errors);
+      entry->dropElement();
+    } else if (SegmentElement* kept = entry->getElement()) {
+      kept->setOwnedByTree(true);
+      entry->forgetElement();
+    }
+    entry = lookAhead.erase(entry);
+  }
+}
+
+}  // namespace vantrelia

@@ -1,0 +1,88 @@
+#pragma once
+// Places the segments of one message into its tree by walking the message's state tables like a
+// nondeterministic automaton. A segment that exactly one transition takes goes to its place at
+// once; one that several could take waits in a look-ahead until a later segment settles it; one
+// that none takes is kept as an unknown segment with a finding. The walk never fails on bad
+// content: it answers false only when this message can't be the text's.
+
+#include <cstdint>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "parsing/SegmentMatch.h"
+
+namespace vantrelia {
+
+class InternalElement;
+class MessageDefn;
+class MessageImpl;
+class ParseContext;
+class ParseState;
+class ParserStream;
+class SegmentElement;
+class ValidationLocation;
+struct ParseCallback;
+
+class StateWalk {
+ public:
+  StateWalk(MessageImpl& message, ParseContext& context, LookAheadList& lookAhead, LookAheadList::iterator& iterator,
+            ParserStream& stream, const ParseCallback* callback, ValidationLocation& location);
+
+  bool parseSegments();
+
+ private:
+  // One segment waiting to be settled, and the states it may be in.
+  struct ParsePath {
+    LookAheadList::iterator entry;
+    std::vector<const ParseState*> states;
+    std::vector<char> visited;
+  };
+  using Candidates = std::vector<std::pair<std::string_view, const ParseState*>>;
+
+  bool walk(bool& ended);
+  void gatherCandidates();
+  void readAhead();
+  std::pair<Candidates::const_iterator, Candidates::const_iterator> rangeOf(std::string_view name) const;
+  // Adds the targets of `range` whose match lists hold to the path; true if any had the name.
+  void matchCandidates(ParsePath& path, std::pair<Candidates::const_iterator, Candidates::const_iterator> range,
+                       int& count);
+  // 0: the message fails; 1: go on with the next segment; 2: take the candidates again; 3: the
+  // segment belongs to the next message.
+  int handleUnexpected();
+  bool resolvePending(int32_t target);
+  bool placePending();
+  // Puts the segment of `path` into the tree; null when the message can't take it.
+  InternalElement* placeSegment(ParsePath& path);
+  InternalElement* placeEmbedded(InternalElement& parent, int32_t index, SegmentMatch& match);
+  bool needsNewRepeat(InternalElement& repeat, const std::vector<int32_t>& current, size_t currentAt,
+                      size_t previousAt) const;
+  bool isPathPresent(const std::vector<int32_t>& path) const;
+  void reportUnplaceable(SegmentMatch& match, bool matchListFailed);
+  void keepUnknown(SegmentMatch& match, InternalElement* from);
+  void reportUnknownText(const SegmentMatch& match);
+  bool segmentMatchesHold(SegmentElement& segment) const;
+  bool messageMatchesHold() const;
+  bool belongsHere(const SegmentMatch& match) const;
+  void cleanUp();
+
+  MessageImpl& message;
+  const MessageDefn& defn;
+  ParseContext& context;
+  LookAheadList& lookAhead;
+  LookAheadList::iterator& iterator;
+  ParserStream& stream;
+  const ParseCallback* callback;
+  ValidationLocation& location;
+  int32_t messageSetIndex;
+
+  Candidates candidates;
+  std::vector<char> visited;
+  std::vector<char> firstVisited;
+  std::vector<ParsePath> pending;
+  int32_t currentState = 0;
+  std::vector<int32_t> currentPath{-1};
+  InternalElement* currentElement = nullptr;
+};
+
+}  // namespace vantrelia
