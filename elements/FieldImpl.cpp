@@ -99,6 +99,10 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
   if (settings.truncateFieldsToMaxLength && !measuring && maximum > 0 && text.size() > static_cast<size_t>(maximum)) {
     text.resize(static_cast<size_t>(maximum));
   }
+  // A header field carries separators: what it holds settles them, and the text comes back with
+  // each at its place.
+  const bool carriesSeparators = list.getVariablePending() && list.holdsSeparatorsOf(getFieldPath());
+  if (list.getVariablePending()) text = list.takeFromField(getFieldPath(), text);
   if (text.empty() && !fixed) return false;
 
   const int32_t minimum = getMinLength();
@@ -130,6 +134,8 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
     }
   }
   list.writeData(text);
+  // The separator that follows a header field may already be its last character.
+  if (carriesSeparators) list.setCheckOutputTail(true);
   return true;
 }
 

@@ -297,7 +297,10 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
     }
   };
   if (!fromWire && itemDefn) list.restoreForItem(itemDefn->getMessage(), getName());
-  if ((!itemDefn || !itemDefn->isRequired()) && isEmpty()) {
+  // A segment that carries the separators of the text (a service string advice, say) is written
+  // whenever it is in the tree, even with no field filled: without it the text couldn't be read back.
+  const bool carriesSeparators = list.getVariablePending() && list.carriesSeparators(name);
+  if ((!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
     settle();
     return false;
   }
@@ -306,7 +309,7 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
   list.writeData(segmentDefn->getTag().view());
   list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
   const FieldPathDefn segmentPath = FieldPathDefn::parse(name);
-  if (list.getVariablePending()) list.writeData(list.collectForField(segmentPath));
+  if (list.getVariablePending()) list.writeSeparatorsOf(segmentPath, false);
 
   const int fieldCount = getFieldCount();
   const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
@@ -356,7 +359,7 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
   }
   list.flushPending();
   list.writeSeparator(SeparatorList::kWriteTerminator, kCurrent);
-  if (list.getVariablePending()) list.writeData(list.collectForFieldEnd(segmentPath));
+  if (list.getVariablePending()) list.writeSeparatorsOf(segmentPath, true);
   list.popSeparator();
   list.writeSeparator(SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator, kCurrent);
   settle();

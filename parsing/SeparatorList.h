@@ -148,8 +148,16 @@ class SeparatorList {
   // Takes the separators that a header field's value holds; returns the value completed with the
   // defaults of those it doesn't hold, padded with the filler.
   std::u16string takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text);
+  // Whether a separator is taken from the field at that path.
+  bool holdsSeparatorsOf(const FieldPathDefn& fieldPath) const;
   // The text of a header field for writing, from its separators.
   std::u16string collectForField(const FieldPathDefn& fieldPath) const;
+  // The writer's counterpart of readFromStream: writes the separators that a segment carries right
+  // behind its tag (or, with endPositions, at its end) and settles them, each with the value read
+  // earlier if there is one, else the definition's. What follows may not repeat the last of them.
+  void writeSeparatorsOf(const FieldPathDefn& segmentPath, bool endPositions);
+  // Whether a segment of that name carries separators of its own, behind its tag or at its end.
+  bool carriesSeparators(std::string_view segmentName) const;
   std::u16string collectForFieldEnd(const FieldPathDefn& fieldPath) const;
   // With a separator still to be read: those whose header field lies under path are settled now.
   void markKnownForPath(std::string_view path);

@@ -110,6 +110,13 @@ std::u16string_view SeparatorList::fillerText() const {
   return filler.empty() ? std::u16string_view(u" ") : std::u16string_view(filler).substr(0, 1);
 }
 
+bool SeparatorList::holdsSeparatorsOf(const FieldPathDefn& fieldPath) const {
+  for (const int32_t i : slotsOfField(fieldPath, false, false)) {
+    if (defnOf(i).getFlags() & SeparatorDefn::kFromField) return true;
+  }
+  return false;
+}
+
 std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text) {
   const std::vector<int32_t> ofField = slotsOfField(fieldPath, false, false);
   bool taken = false;
@@ -151,6 +158,37 @@ std::u16string SeparatorList::collectSlots(const FieldPathDefn& fieldPath, bool 
     text += slot.known ? std::u16string_view(slot.value) : slot.defn->getValue().view();
   }
   return text;
+}
+
+bool SeparatorList::carriesSeparators(std::string_view segmentName) const {
+  const FieldPathDefn path = FieldPathDefn::parse(segmentName);
+  return !slotsOfField(path, false, true).empty() || !slotsOfField(path, true, true).empty();
+}
+
+void SeparatorList::writeSeparatorsOf(const FieldPathDefn& segmentPath, bool endPositions) {
+  std::u16string text;
+  bool changed = false;
+  std::optional<int32_t> lastPosition;
+  for (const int32_t i : slotsOfField(segmentPath, endPositions, true)) {
+    SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    if (lastPosition == slot.defn->getPosition()) continue;  // each position once
+    lastPosition = slot.defn->getPosition();
+    if (!slot.known) {
+      // A message parsed with other separators keeps them; a new one takes the definition's.
+      if (slot.value.empty()) slot.takeDefaultValue();
+      slot.known = true;
+      changed = true;
+    }
+    text += slot.value;
+  }
+  if (changed) {
+    takeReplacements();
+    trieDirty = true;
+    updateActive();
+  }
+  if (text.empty()) return;
+  writeData(text);
+  checkOutputTail = true;
 }
 
 std::u16string SeparatorList::collectForField(const FieldPathDefn& fieldPath) const {

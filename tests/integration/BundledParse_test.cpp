@@ -1,0 +1,77 @@
+// The bundled default against messages of its standards, as a host parses them: the right set and
+// message, named fields, separators taken from the message's own header, and the text written back.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "elements/InternalElement.h"
+#include "foundation/MessageFactory.h"
+#include "support/CompilerTesting.h"
+#include "support/ElementTesting.h"
+
+namespace vantrelia::testing {
+namespace {
+
+std::string readSource(const std::string& relative) {
+  std::ifstream file(std::string(VANTRELIA_SOURCE_DIR) + "/" + relative, std::ios::binary);
+  std::stringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+class BundledParseTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    factory = new MessageFactory();
+    compileAndLoad(*factory, readSource("bundled/default.yaml"));
+  }
+  static void TearDownTestSuite() {
+    delete factory;
+    factory = nullptr;
+  }
+  static std::unique_ptr<MessageElement> parse(const std::string& text) { return factory->Parse(wide(text).c_str()); }
+  static std::string value(MessageElement& message, const char* path) {
+    return narrow(message.getElementAt(path)->getValue());
+  }
+
+  static MessageFactory* factory;
+};
+
+MessageFactory* BundledParseTest::factory = nullptr;
+
+TEST_F(BundledParseTest, HL7AdmissionTakesItsNamedFields) {
+  const std::string text = readSource("examples/adt-a04.hl7");
+  auto message = parse(text);
+  ASSERT_NE(message, nullptr);
+  EXPECT_STREQ(message->getName(), "ADT_A04");
+  EXPECT_EQ(value(*message, "PID/PatientName[0]/FamilyName"), "DOE");
+  EXPECT_EQ(value(*message, "PID/PatientName[0]/GivenName"), "JANE");
+  EXPECT_EQ(value(*message, "MSH/MessageType/TriggerEvent"), "A04");
+  EXPECT_EQ(narrow(message->getEncodedValue()), text);
+}
+
+TEST_F(BundledParseTest, X12EligibilityInquiryTakesItsLoops) {
+  std::string text = readSource("examples/eligibility-270.x12");
+  auto message = parse(text);
+  ASSERT_NE(message, nullptr);
+  EXPECT_STREQ(message->getName(), "270");
+  EXPECT_EQ(value(*message, "ISA/SenderId"), "SUBMITTER");
+  EXPECT_EQ(value(*message, "LOOP_2000[1]/LOOP_2100/NM1/LastOrOrganizationName"), "DOE");
+  text.pop_back();  // the line end after the last segment is no part of the message
+  EXPECT_EQ(narrow(message->getEncodedValue()), text);
+}
+
+TEST_F(BundledParseTest, EdifactOrderTakesItsParties) {
+  std::string text = readSource("examples/orders-d96a.edi");
+  auto message = parse(text);
+  ASSERT_NE(message, nullptr);
+  EXPECT_STREQ(message->getName(), "ORDERS");
+  EXPECT_EQ(value(*message, "MESSAGE/PARTY[0]/NAD/PartyQualifier"), "BY");
+  text.pop_back();
+  EXPECT_EQ(narrow(message->getEncodedValue()), text);
+}
+
+}  // namespace
+}  // namespace vantrelia::testing
