@@ -27,6 +27,8 @@ struct WarehouseSettings {
   bool minimizeChanges = false;
   bool forceCountUpdate = false;
   bool ignoreGenericSegments = false;
+  // Untouched parsed text is written back exactly as it was read.
+  bool preserveParsedText = false;
   bool testBool = false;
   int32_t testInt = 0;
   double testDouble = 0.0;

@@ -142,4 +142,6 @@ bool InternalElement::isPlaceholderSegment() { return false; }
 
 bool InternalElement::isMinimizeChanges() { return parent != nullptr && parent->isMinimizeChanges(); }
 
+bool InternalElement::isPreservingParsedText() { return parent != nullptr && parent->isPreservingParsedText(); }
+
 }  // namespace vantrelia

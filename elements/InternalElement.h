@@ -101,6 +101,9 @@ class InternalElement : public MessageElement {
   virtual bool isPlaceholderSegment();
   // Only a message knows the option; everything below asks upward.
   virtual bool isMinimizeChanges();
+  // Whether the message this node lies in writes back the text it was parsed from where it can:
+  // then what the text didn't hold isn't made up on output either.
+  virtual bool isPreservingParsedText();
   // Whether this node is a field, composite or repeat below a segment: a field's owner is the
   // first ancestor that isn't one.
   virtual bool isFieldNode() const { return false; }

@@ -34,6 +34,16 @@ MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent
 
 MessageImpl::~MessageImpl() = default;
 
+bool MessageImpl::isPreservingParsedText() {
+  return !isCreated && FactorySettings::of(&messageDefn->getSet()).preserveParsedText;
+}
+
+void MessageImpl::setSourceText(std::shared_ptr<const std::u16string> text, int32_t start, int32_t end) {
+  sourceText = std::move(text);
+  sourceStart = start;
+  sourceLength = sourceText && start >= 0 && end > start ? end - start : 0;
+}
+
 bool MessageImpl::parseSegments(ParseContext& context, LookAheadList& lookAhead, LookAheadList::iterator& iterator,
                                 ParserStream& stream, const ParseCallback* callback, ValidationLocation& location) {
   return StateWalk(*this, context, lookAhead, iterator, stream, callback, location).parseSegments();
@@ -115,6 +125,7 @@ bool MessageImpl::isChanged() {
 }
 
 void MessageImpl::setChanged(bool flag) {
+  if (flag) sourceLength = 0;
   if (parent) {
     parent->setChanged(true);
   } else {
@@ -134,7 +145,10 @@ std::u16string_view MessageImpl::setEncodedValue(std::u16string_view) {
 }
 
 std::u16string MessageImpl::getEncodedValue() {
+  // Asking for the text is no change of the text.
+  const int32_t intact = sourceLength;
   setChanged(true);
+  sourceLength = intact;
   int32_t counter = 0;
   writeElement(*separators, isMinimizeChanges(), counter);
   return separators->getOutput();
@@ -151,7 +165,13 @@ bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) 
   // wire text began.
   SeparatorList& list = *separators;
   list.reset(true, true, false);
-  const bool keepAbsent = FactorySettings::of(&messageDefn->getSet()).minimizeChanges ? !isCreated : minimize;
+  if (isPreservingParsedText() && sourceLength > 0) {
+    list.writeData(std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart),
+                                                           static_cast<size_t>(sourceLength)));
+    return true;
+  }
+  const bool keepAbsent = isPreservingParsedText() ||
+                          (FactorySettings::of(&messageDefn->getSet()).minimizeChanges ? !isCreated : minimize);
   bool written = false;
   for (int i = 0; i < getItemCount(); ++i) {
     const MessageItemDefn& item = getItem(i);

@@ -67,6 +67,10 @@ class MessageImpl : public ItemListNode, public Message {
   SeparatorList* getSeparatorList() override { return separators.get(); }
   const MessageSetDefn* getMessageSetDefn() override;
   bool isMinimizeChanges() override;
+  bool isPreservingParsedText() override;
+  // The characters of the text the message was parsed from; they are its output while nothing in
+  // it changes and the factory preserves parsed text.
+  void setSourceText(std::shared_ptr<const std::u16string> text, int32_t start, int32_t end);
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;
 
   bool getIsCreated() const { return isCreated; }
@@ -86,6 +90,9 @@ class MessageImpl : public ItemListNode, public Message {
   // Shared: embedded messages and a parse in progress hold it for a time.
   std::shared_ptr<SeparatorList> separators;
   bool isCreated = false;
+  std::shared_ptr<const std::u16string> sourceText;
+  int32_t sourceStart = 0;
+  int32_t sourceLength = 0;
 };
 
 }  // namespace vantrelia

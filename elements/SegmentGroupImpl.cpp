@@ -129,7 +129,7 @@ bool SegmentGroupImpl::writeElement(SeparatorList& list, bool minimize, int32_t&
   bool written = false;
   // A required item that isn't there is written as the definition makes it, then taken away again.
   const auto writeAbsent = [&](int i) {
-    if (!getItem(i).isRequired() || minimize) return;
+    if (!getItem(i).isRequired() || minimize || isPreservingParsedText()) return;
     const bool wasAbsent = children[static_cast<size_t>(i)] == nullptr;
     written |= getChildCreating(i)->writeElement(list, false, counter);
     if (wasAbsent) {

@@ -297,6 +297,16 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
     }
   };
   if (!fromWire && itemDefn) list.restoreForItem(itemDefn->getMessage(), getName());
+  if (FactorySettings::of(getMessageSetDefn()).preserveParsedText) {
+    const std::u16string_view intact = getIntactSource();
+    if (!intact.empty()) {
+      // The separators it carries count as settled, as if its text had been written field by field.
+      list.markKnownForPath(name);
+      list.writeData(intact);
+      if (counter >= 0) segmentNumber = counter++;
+      return true;
+    }
+  }
   // A segment that carries the separators of the text (a service string advice, say) is written
   // whenever it is in the tree, even with no field filled: without it the text couldn't be read back.
   const bool carriesSeparators = list.getVariablePending() && list.carriesSeparators(name);

@@ -251,8 +251,15 @@ bool SegmentImplBase::parseElement(ParserStream& stream, RecordedErrors& errors,
                                    ValidationLocation& location) {
   location.segmentNumber = getSegmentNumber();
   location.segmentID = segmentDefn->getTag().c_str();
+  sourceLength = 0;
+  const char16_t* first = stream.getCursor();
   const bool parsed = parseSegmentFields(stream, errors, status, location);
   if (!parsed) forgetParserPositions(errors);
+  const char16_t* last = stream.getCursor();
+  if (parsed && first && last > first && isInSourceText(std::u16string_view(first, static_cast<size_t>(last - first)))) {
+    sourceStart = static_cast<int32_t>(first - sourceText->data());
+    sourceLength = static_cast<int32_t>(last - first);
+  }
   location.fieldPosition = -1;
   location.fieldRepetition = -1;
   return parsed;
@@ -280,6 +287,16 @@ std::u16string_view SegmentImplBase::parseEncodedValue(std::u16string_view text,
   uint32_t status = 0;
   parseElement(stream, errors, status, location);
   return text.substr(text.size() - static_cast<size_t>(stream.getRemaining()));
+}
+
+void SegmentImplBase::setChanged(bool flag) {
+  sourceLength = 0;
+  SegmentElement::setChanged(flag);
+}
+
+std::u16string_view SegmentImplBase::getIntactSource() const {
+  if (sourceLength == 0 || !sourceText) return {};
+  return std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart), static_cast<size_t>(sourceLength));
 }
 
 std::u16string SegmentImplBase::getEncodedValue() {

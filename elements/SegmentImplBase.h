@@ -91,6 +91,11 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
 
   static constexpr uint32_t kNotThisSegment = 0x80000000u;
 
+  // A change anywhere below means the segment no longer stands as it was read.
+  void setChanged(bool flag) override;
+  // The characters the segment was read from, while nothing in it has changed since; else empty.
+  std::u16string_view getIntactSource() const;
+
  protected:
   // A new field of the class its definition asks for, not stored.
   std::unique_ptr<FieldBase> makeField(int index);
@@ -106,6 +111,9 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   const SegmentDefn* segmentDefn;
   const MessageItemDefn* itemDefn;
   std::shared_ptr<const std::u16string> sourceText;
+  // Where the characters of the segment lie in sourceText; a length of 0 once it has changed.
+  int32_t sourceStart = 0;
+  int32_t sourceLength = 0;
 };
 
 }  // namespace vantrelia

@@ -43,6 +43,7 @@ const OptionEntry kOptions[] = {
     {u"/edi/minimizeChanges", OptionKind::Bool, &WarehouseSettings::minimizeChanges},
     {u"/edi/forceCountUpdate", OptionKind::Bool, &WarehouseSettings::forceCountUpdate},
     {u"/edi/ignoreGenericSegments", OptionKind::Bool, &WarehouseSettings::ignoreGenericSegments},
+    {u"/edi/preserveParsedText", OptionKind::Bool, &WarehouseSettings::preserveParsedText},
 };
 
 // The name up to and including its first "?", or the whole name.

@@ -293,11 +293,13 @@ std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWareho
     }
     if (message) {
       message->setChanged(false);
+      const int32_t end = lookAhead.empty() || lookAhead.front().remainingAtStart < 0
+                              ? offsetOf(*text, stream)
+                              : static_cast<int32_t>(text->size()) - lookAhead.front().remainingAtStart;
+      message->setSourceText(text, start, end);
       if (extent) {
         extent->start = start;
-        extent->end = lookAhead.empty() || lookAhead.front().remainingAtStart < 0
-                          ? offsetOf(*text, stream)
-                          : static_cast<int32_t>(text->size()) - lookAhead.front().remainingAtStart;
+        extent->end = end;
       }
     }
     dropEntries(lookAhead, context, message.get());

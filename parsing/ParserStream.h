@@ -54,6 +54,8 @@ class ParserStream {
   virtual std::unique_ptr<ParserPosition> savePosition() = 0;
   virtual void restorePosition(const ParserPosition& position) = 0;
   virtual bool atEnd() const = 0;
+  // The character the cursor stands on, where the text lies in memory as a whole; else null.
+  virtual const char16_t* getCursor() const { return nullptr; }
 };
 
 }  // namespace vantrelia

@@ -28,6 +28,10 @@ class RecordedErrors {
   void clear() { findings.clear(); }
 
   int count() const { return static_cast<int>(findings.size()); }
+  // Each finding with the element it is kept under, element by element.
+  void forEach(const std::function<void(MessageElement* element, const ValidationError& error)>& visit) const {
+    for (const auto& [element, error] : findings) visit(element, error);
+  }
   bool empty() const { return findings.empty(); }
 
   // The severity of a number in the tree now, and the path of an element (its getPath()).

@@ -1,24 +1,143 @@
+// Parsing whole texts: which message a text is, where each segment goes, what is kept of what
+// doesn't fit, and how the tree writes itself back.
+
 #include <gtest/gtest.h>
 
-#include "elements/InternalElement.h"
+#include <string>
+#include <vector>
+
+#include "elements/MessageImpl.h"
+#include "foundation/MessageFactory.h"
+#include "parsing/MessageReader.h"
+#include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
 
 namespace vantrelia::testing {
 namespace {
 
+// Number and text of each finding the parse recorded, in the order kept.
+std::vector<std::pair<int32_t, std::string>> findingsOf(MessageElement& message) {
+  std::vector<std::pair<int32_t, std::string>> result;
+  static_cast<MessageImpl&>(message).getRecordedErrors().forEach([&](MessageElement*, const ValidationError& error) {
+    result.emplace_back(error.getErrorNumber(), narrow(error.getError()));
+  });
+  return result;
+}
+
 class MessageParseTest : public ElementTreeTest {
  protected:
   std::unique_ptr<MessageElement> parse(const std::string& text) { return factory.Parse(wide(text).c_str()); }
+  std::string value(MessageElement& message, const char* path) { return narrow(message.getElementAt(path)->getValue()); }
 };
 
-TEST_F(MessageParseTest, SmokeAdt) {
-  auto message = parse("MSH|s|ADT\rPID|1|a^b~c^d|n|19700101|M\rNTE|one\rNTE|two\rPV1|I\rOBX|v|u\rPV1|O\r");
+TEST_F(MessageParseTest, SegmentsGoToTheirPlacesAndWriteBack) {
+  const std::string text = "MSH|s|ADT\rPID|1|a^b~c^d|n|19700101|M\rNTE|one\rNTE|two\rPV1|I\rOBX|v|u\rPV1|O\r";
+  auto message = parse(text);
   ASSERT_NE(message, nullptr);
   EXPECT_STREQ(message->getName(), "ADT");
-  EXPECT_EQ(narrow(message->getElementAt("PID/Sex")->getValue()), "M");
-  EXPECT_EQ(narrow(message->getElementAt("NTE[1]/Text")->getValue()), "two");
+  EXPECT_EQ(value(*message, "PID/Sex"), "M");
+  EXPECT_EQ(value(*message, "PID/Ids[1]/Check"), "d");
+  EXPECT_EQ(value(*message, "NTE[1]/Text"), "two");
   EXPECT_EQ(message->getElementAt("VISIT")->getElementCount(), 2);
-  EXPECT_EQ(narrow(message->getEncodedValue()), "MSH|s|ADT\rPID|1|a^b~c^d|n|19700101|M\rNTE|one\rNTE|two\rPV1|I\rOBX|v|u\rPV1|O\r");
+  EXPECT_EQ(value(*message, "VISIT[0]/OBX[0]/Units"), "u");
+  EXPECT_TRUE(findingsOf(*message).empty());
+  EXPECT_EQ(narrow(message->getEncodedValue()), text);
+}
+
+TEST_F(MessageParseTest, MessageTypeChoosesTheMessage) {
+  auto flat = parse("MSH|s|FLAT\rNTE|n\r");
+  ASSERT_NE(flat, nullptr);
+  EXPECT_STREQ(flat->getName(), "FLAT");
+  // A type no message has: nothing takes the text.
+  EXPECT_EQ(parse("MSH|s|ORU\rPID|1\r"), nullptr);
+  EXPECT_EQ(parse("no segment here"), nullptr);
+  EXPECT_EQ(parse(""), nullptr);
+}
+
+TEST_F(MessageParseTest, WhatDoesntFitIsKeptWithItsFinding) {
+  // PV1 is required before OBX; a second PID has no place; "ZZZ" is no segment at all.
+  auto message = parse("MSH|s|ADT\rPID|1\rOBX|v\rZZZ|junk\rPID|2\rPV1|I\r");
+  ASSERT_NE(message, nullptr);
+  const auto findings = findingsOf(*message);
+  std::vector<int32_t> numbers;
+  for (const auto& [number, text] : findings) numbers.push_back(number);
+  EXPECT_NE(std::find(numbers.begin(), numbers.end(), 1003), numbers.end());
+  EXPECT_NE(std::find(numbers.begin(), numbers.end(), 1004), numbers.end());
+  for (const auto& [number, text] : findings) {
+    if (number == 1003) {
+      EXPECT_EQ(text, "Segment [3] ZZZ|junk: Unknown segment, ignored");
+    } else if (number == 1004) {
+      EXPECT_EQ(text, "Segment \"PID\" [4]: Unexpected segment");
+    }
+  }
+  // The unplaced PID is kept, not lost, though no writer writes it.
+  int unknown = message->getUnknownSegmentCount();
+  for (int i = 0; i < message->getElementCount(); ++i) {
+    if (MessageElement* child = message->getElementAt(i); child->getNodeType() == qxRepeating) {
+      for (int j = 0; j < child->getElementCount(); ++j) {
+        try {
+          unknown += child->getElementAt(j)->getUnknownSegmentCount();
+        } catch (const std::exception&) {
+        }
+      }
+    }
+  }
+  EXPECT_EQ(unknown, 1);
+}
+
+TEST_F(MessageParseTest, PreservedTextComesBackUnitForUnit) {
+  // Trailing empty fields, which the tree's own writer drops.
+  const std::string text = "MSH|s|ADT||\rPID|1|||||||\rPV1|I|\r";
+  auto normal = parse(text);
+  ASSERT_NE(normal, nullptr);
+  // The tree's writer drops trailing empties and fills in the required sex's default.
+  EXPECT_EQ(narrow(normal->getEncodedValue()), "MSH|s|ADT\rPID|1||||U\rPV1|I\r");
+
+  factory.SetOption(std::u16string(OptionUriPrefix) + u"/edi/preserveParsedText", Any::any(true));
+  auto preserved = parse(text);
+  ASSERT_NE(preserved, nullptr);
+  EXPECT_EQ(narrow(preserved->getEncodedValue()), text);
+  EXPECT_EQ(narrow(preserved->getEncodedValue()), text) << "writing is no change";
+  // A changed segment is written the tree's way; the others stay as they were read.
+  preserved->getElementAt("VISIT[0]/PV1/Location")->setValue(u"B2");
+  EXPECT_EQ(narrow(preserved->getEncodedValue()), "MSH|s|ADT||\rPID|1|||||||\rPV1|I|B2\r");
+}
+
+TEST_F(MessageParseTest, ReaderYieldsEveryMessageAndTheTextBetween) {
+  // Text before the first message is skipped text of its own; text inside a message is that
+  // message's, with its finding. Segments are numbered by the reads of one parse, the skipped
+  // text's included.
+  const std::string junk = "garbage line\r";
+  const std::string first = "MSH|s|ADT\rPID|1\rPV1|I\rstray text\r";
+  const std::string second = "MSH|t|FLAT\rNTE|x\r";
+  const std::string text = junk + first + second;
+  for (size_t chunk : {size_t{1024}, MessageReader::kDefaultChunk}) {
+    SCOPED_TRACE(chunk);
+    const std::u16string wideText = wide(text);
+    size_t served = 0;
+    MessageReader reader(factory.getWarehouse(), [&](std::u16string& out) {
+      if (served >= wideText.size()) return false;
+      const size_t piece = std::min<size_t>(7, wideText.size() - served);
+      out.append(wideText, served, piece);
+      served += piece;
+      return true;
+    }, chunk);
+    std::vector<std::string> seen;
+    MessageReader::Item item;
+    int64_t covered = 0;
+    while (reader.next(item)) {
+      EXPECT_EQ(item.offset, covered);
+      covered += item.length;
+      seen.push_back(item.message ? std::string(item.message->getName()) : "skipped:" + narrow(item.skipped));
+      if (item.message && seen.back() == "ADT") {
+        EXPECT_EQ(item.length, static_cast<int64_t>(first.size()));
+        EXPECT_EQ(findingsOf(*item.message),
+                  (std::vector<std::pair<int32_t, std::string>>{{1003, "Segment [4] stray text: Unknown segment, ignored"}}));
+      }
+    }
+    EXPECT_EQ(covered, static_cast<int64_t>(text.size()));
+    EXPECT_EQ(seen, (std::vector<std::string>{"skipped:" + junk, "ADT", "FLAT"}));
+  }
 }
 
 }  // namespace

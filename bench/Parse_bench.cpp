@@ -1,0 +1,116 @@
+// Whole texts of many messages read with the message reader into full trees against the bundled
+// definition, and those trees written back. Also reports the memory the parsed trees of a text take
+// for each character of input, text included.
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "bench/BundledTextGenerator.h"
+#include "compiler/DefinitionCompiler.h"
+#include "elements/NodePool.h"
+#include "foundation/MessageFactory.h"
+#include "parsing/MessageReader.h"
+
+namespace vantrelia::bench {
+namespace {
+
+constexpr size_t kTextCharacters = 10 * 1000 * 1000;
+
+MessageFactory& bundledFactory() {
+  static MessageFactory* factory = [] {
+    std::ifstream file(std::string(VANTRELIA_SOURCE_DIR) + "/bundled/default.yaml");
+    std::stringstream source;
+    source << file.rdbuf();
+    const std::vector<uint8_t> bytes = compiler::DefinitionCompiler::compile(source.str());
+    const std::string path = "/tmp/vantrelia_parse_bench.pcf";
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
+                                                static_cast<std::streamsize>(bytes.size()));
+    auto* made = new MessageFactory();
+    made->LoadDefinition(path);
+    std::remove(path.c_str());
+    return made;
+  }();
+  return *factory;
+}
+
+const std::u16string& textOf(BundledTextGenerator::Standard standard) {
+  static std::u16string texts[3];
+  std::u16string& text = texts[static_cast<int>(standard)];
+  if (text.empty()) text = BundledTextGenerator().generate(standard, kTextCharacters);
+  return text;
+}
+
+std::vector<std::unique_ptr<MessageElement>> parseAll(const std::u16string& text, size_t& skipped) {
+  std::vector<std::unique_ptr<MessageElement>> messages;
+  MessageReader reader(bundledFactory().getWarehouse(), text);
+  MessageReader::Item item;
+  skipped = 0;
+  while (reader.next(item)) {
+    if (item.message) {
+      messages.push_back(std::move(item.message));
+    } else {
+      skipped += static_cast<size_t>(item.length);
+    }
+  }
+  return messages;
+}
+
+void parseBenchmark(benchmark::State& state, BundledTextGenerator::Standard standard) {
+  const std::u16string& text = textOf(standard);
+  size_t skipped = 0;
+  size_t count = 0;
+  for (auto _ : state) {
+    std::vector<std::unique_ptr<MessageElement>> messages = parseAll(text, skipped);
+    count = messages.size();
+    benchmark::DoNotOptimize(messages.data());
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
+  state.counters["messages"] = static_cast<double>(count);
+  state.counters["skipped"] = static_cast<double>(skipped);
+  // Memory of the trees of the whole text held at once, text included, per input character.
+  const size_t before = mallinfo2().uordblks + NodePool::bytesInUse();
+  std::vector<std::unique_ptr<MessageElement>> held = parseAll(text, skipped);
+  const size_t after = mallinfo2().uordblks + NodePool::bytesInUse();
+  state.counters["bytesPerInputByte"] = static_cast<double>(after - before) / static_cast<double>(text.size());
+}
+
+void writeBenchmark(benchmark::State& state, BundledTextGenerator::Standard standard) {
+  const std::u16string& text = textOf(standard);
+  size_t skipped = 0;
+  std::vector<std::unique_ptr<MessageElement>> messages = parseAll(text, skipped);
+  size_t written = 0;
+  for (auto _ : state) {
+    written = 0;
+    for (const auto& message : messages) {
+      const std::u16string out = message->getEncodedValue();
+      written += out.size();
+      benchmark::DoNotOptimize(out.data());
+    }
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
+  state.counters["writtenPerInput"] = static_cast<double>(written) / static_cast<double>(text.size());
+}
+
+void BM_Parse_HL7(benchmark::State& state) { parseBenchmark(state, BundledTextGenerator::Standard::Hl7); }
+void BM_Parse_X12(benchmark::State& state) { parseBenchmark(state, BundledTextGenerator::Standard::X12); }
+void BM_Parse_EDIFACT(benchmark::State& state) { parseBenchmark(state, BundledTextGenerator::Standard::Edifact); }
+void BM_Write_HL7(benchmark::State& state) { writeBenchmark(state, BundledTextGenerator::Standard::Hl7); }
+void BM_Write_X12(benchmark::State& state) { writeBenchmark(state, BundledTextGenerator::Standard::X12); }
+void BM_Write_EDIFACT(benchmark::State& state) { writeBenchmark(state, BundledTextGenerator::Standard::Edifact); }
+
+BENCHMARK(BM_Parse_HL7)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Parse_X12)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Parse_EDIFACT)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Write_HL7)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Write_X12)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Write_EDIFACT)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace vantrelia::bench

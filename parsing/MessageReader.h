@@ -1,0 +1,61 @@
+#pragma once
+// Reads the messages of a text one after another: HL7 messages without batch segments, several X12
+// or EDIFACT interchanges in one file. Each comes with where it lies in the text; text between
+// messages that no message set takes is handed over as skipped text with its place, never dropped.
+// A text that comes from a source is read in chunks, so that no more than the message being read
+// and the chunk it lies in are held at once.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "elements/MessageElement.h"
+
+namespace vantrelia {
+
+class MessageWarehouseDefn;
+
+class MessageReader {
+ public:
+  // Appends the next piece of the text to `text`; false when there is no more.
+  using Source = std::function<bool(std::u16string& text)>;
+
+  struct Item {
+    // Null for a stretch of skipped text.
+    std::unique_ptr<MessageElement> message;
+    // Where the message or the skipped text lies, in UTF-16 units from the start of the text.
+    int64_t offset = 0;
+    int64_t length = 0;
+    // The skipped text, when there is no message.
+    std::u16string skipped;
+  };
+
+  MessageReader(const MessageWarehouseDefn& warehouse, std::u16string text);
+  MessageReader(const MessageWarehouseDefn& warehouse, Source source, size_t chunkSize = kDefaultChunk);
+
+  // The next message or stretch of skipped text; false at the end of the text.
+  bool next(Item& item);
+
+  static constexpr size_t kDefaultChunk = size_t{1} << 20;
+
+ private:
+  // Reads more of the source behind what is left; false when the source has ended.
+  bool readMore();
+  void skip(Item& item, size_t end);
+
+  const MessageWarehouseDefn& warehouse;
+  Source source;
+  size_t chunkSize;
+  bool exhausted = false;
+  // The text still to be read begins at `position` of `window`; `windowStart` is where the window
+  // lies in the whole text.
+  std::shared_ptr<const std::u16string> window;
+  size_t position = 0;
+  int64_t windowStart = 0;
+  // A message found behind skipped text waits here while the skipped text goes out first.
+  Item waiting;
+  bool hasWaiting = false;
+};
+
+}  // namespace vantrelia
