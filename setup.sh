@@ -59,5 +59,5 @@ if $build_fuzz; then
   echo "== build/fuzz (clang, libFuzzer, AddressSanitizer+UBSan)"
   CC=clang CXX=clang++ cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVANTRELIA_FUZZ=ON \
     -DVANTRELIA_BENCHMARKS=OFF >/dev/null
-  cmake --build build/fuzz -j "$jobs" --target vantrelia_fuzz_definition
+  cmake --build build/fuzz -j "$jobs" --target vantrelia_fuzz_definition vantrelia_fuzz_messages
 fi

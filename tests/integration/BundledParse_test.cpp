@@ -8,6 +8,7 @@
 
 #include "elements/InternalElement.h"
 #include "foundation/MessageFactory.h"
+#include "parsing/MessageReader.h"
 #include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
 
@@ -71,6 +72,46 @@ TEST_F(BundledParseTest, EdifactOrderTakesItsParties) {
   EXPECT_EQ(value(*message, "MESSAGE/PARTY[0]/NAD/PartyQualifier"), "BY");
   text.pop_back();
   EXPECT_EQ(narrow(message->getEncodedValue()), text);
+}
+
+TEST_F(BundledParseTest, OtherDelimitersAreReadFromTheHeaders) {
+  struct Case {
+    const char* file;
+    const char* message;
+    const char* path;
+    const char* value;
+  };
+  const Case cases[] = {
+      {"fuzz/corpus/messages/x12-other-delimiters.x12", "270", "LOOP_2000[1]/LOOP_2100/NM1/LastOrOrganizationName", "DOE"},
+      {"fuzz/corpus/messages/edifact-other-delimiters.edi", "ORDERS", "MESSAGE/BGM/DocumentMessageNumber", "PO#1"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.file);
+    const std::string text = readSource(c.file);
+    auto message = parse(text);
+    ASSERT_NE(message, nullptr);
+    EXPECT_STREQ(message->getName(), c.message);
+    EXPECT_EQ(value(*message, c.path), c.value);
+    EXPECT_EQ(narrow(message->getEncodedValue()), text);
+  }
+}
+
+TEST_F(BundledParseTest, EachHl7MessageKeepsItsOwnDelimiters) {
+  const std::u16string text = wide(readSource("fuzz/corpus/messages/hl7-two-delimiters.hl7"));
+  MessageReader reader(factory->getWarehouse(), text);
+  MessageReader::Item item;
+  std::vector<std::string> seen;
+  while (reader.next(item)) {
+    if (!item.message) {
+      seen.push_back("skipped");
+      continue;
+    }
+    seen.push_back(std::string(item.message->getName()) + " " + value(*item.message, "PID/PatientName[0]/FamilyName"));
+    // Written back with the delimiters it came with.
+    EXPECT_EQ(narrow(item.message->getEncodedValue()),
+              narrow(text.substr(static_cast<size_t>(item.offset), static_cast<size_t>(item.length))));
+  }
+  EXPECT_EQ(seen, (std::vector<std::string>{"skipped", "ADT_A08 DOE", "ADT_A01 ROE"}));
 }
 
 }  // namespace

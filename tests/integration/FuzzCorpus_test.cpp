@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "fuzz/DefinitionInput.h"
+#include "fuzz/MessageInput.h"
 #include "support/ReadFile.h"
 
 namespace vantrelia {
@@ -33,6 +34,17 @@ TEST(FuzzCorpusTest, SeedsAndSavedCrashesLoadOrAreRefusedCleanly) {
   for (const fs::path& input : all) {
     const std::string bytes = testing::readFile(input);
     EXPECT_EQ(fuzz::loadAndInspect(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()), "") << input.filename();
+  }
+}
+
+TEST(FuzzCorpusTest, MessageSeedsAndSavedCrashesReadAndWriteCleanly) {
+  std::vector<fs::path> all = inputsIn("fuzz/corpus/messages");
+  // The examples of every bundled set and texts with other delimiters; none means a wrong folder.
+  ASSERT_GE(all.size(), 6u);
+  for (const fs::path& crash : inputsIn("fuzz/crashes/messages")) all.push_back(crash);
+  for (const fs::path& input : all) {
+    const std::string bytes = testing::readFile(input);
+    EXPECT_EQ(fuzz::parseAndWrite(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()), "") << input.filename();
   }
 }
 
