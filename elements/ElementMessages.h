@@ -71,7 +71,4 @@ inline constexpr const char* kSetBinaryOnPrimitiveBinaryOnly =
 inline constexpr const char* kNegativeBinaryLength = "The length of the binary field data may not be negative";
 inline constexpr const char* kBinaryValueOfComposite = "Cannot set the binary value of a composite field";
 
-// Whole-message text is read by the message parser, which this build doesn't have yet.
-inline constexpr const char* kMessageParsingUnavailable = "Parsing the text of a whole message isn't available yet";
-
 }  // namespace vantrelia::messages

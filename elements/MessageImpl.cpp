@@ -1,10 +1,9 @@
 #include "elements/MessageImpl.h"
 
-#include "parsing/StateWalk.h"
-
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageSetDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentGroupDefn.h"
 #include "elements/ElementMessages.h"
@@ -12,7 +11,12 @@
 #include "elements/FactorySettings.h"
 #include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
+#include "parsing/ParseContext.h"
+#include "parsing/SegmentReader.h"
 #include "parsing/SeparatorList.h"
+#include "parsing/StateWalk.h"
+#include "parsing/StringParserStream.h"
+#include "validation/ValidationLocation.h"
 #include "validation/ValidationErrorList.h"
 
 namespace vantrelia {
@@ -140,8 +144,29 @@ bool MessageImpl::isMinimizeChanges() {
 
 // ----- text
 
-std::u16string_view MessageImpl::setEncodedValue(std::u16string_view) {
-  throw IllegalOperation(messages::kMessageParsingUnavailable);
+std::u16string_view MessageImpl::setEncodedValue(std::u16string_view text) {
+  setEmpty();
+  const MessageWarehouseDefn* warehouse = messageDefn->getSet().getWarehouse();
+  if (!text.empty() && warehouse) {
+    // The tree's separators stay in force; the fields may point into this one copy of the text.
+    auto source = std::make_shared<const std::u16string>(text);
+    ParseContext context(*warehouse, source, separators);
+    separators->reset(true, true, true);
+    StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
+    ValidationLocation location(true);
+    LookAheadList lookAhead;
+    lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, false));
+    LookAheadList::iterator iterator = lookAhead.begin();
+    // A text that doesn't fit leaves what was placed.
+    parseSegments(context, lookAhead, iterator, stream, nullptr, location);
+    for (SegmentMatch& entry : lookAhead) entry.dropElement();
+    const int32_t remaining = stream.getRemaining();
+    separators->finishWalk();
+    setChanged(true);
+    return text.substr(text.size() - static_cast<size_t>(remaining));
+  }
+  setChanged(true);
+  return text;
 }
 
 std::u16string MessageImpl::getEncodedValue() {

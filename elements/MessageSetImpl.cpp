@@ -14,7 +14,11 @@
 #include "foundation/CheckIndex.h"
 #include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
+#include "parsing/MessageParser.h"
+#include "parsing/ParseContext.h"
 #include "parsing/SeparatorList.h"
+#include "parsing/StringParserStream.h"
+#include "validation/ValidationLocation.h"
 #include "validation/RecordedErrors.h"
 
 namespace vantrelia {
@@ -119,8 +123,41 @@ void MessageSetImpl::appendPath(std::string& text) {
   text += getName();
 }
 
-std::u16string_view MessageSetImpl::setEncodedValue(std::u16string_view) {
-  throw IllegalOperation(messages::kMessageParsingUnavailable);
+std::u16string_view MessageSetImpl::setEncodedValue(std::u16string_view text) {
+  setChanged(true);
+  setEmpty();
+  if (text.empty()) return text;
+  for (InternalElement* node = parent; node; node = node->parent) {
+    if (auto* message = dynamic_cast<MessageImpl*>(node)) {
+      message->getSeparatorList()->settleHeadersBefore(&message->getMessageDefn().getSet(), nullptr, -1);
+      break;
+    }
+  }
+  RecordedErrors errors;
+  return parseEncodedValue(text, errors);
+}
+
+std::u16string_view MessageSetImpl::parseEncodedValue(std::u16string_view text, RecordedErrors&) {
+  setEmpty();
+  InternalElement* enclosing = parent;
+  while (enclosing && !dynamic_cast<MessageImpl*>(enclosing)) enclosing = enclosing->parent;
+  if (!enclosing || !setDefn->getWarehouse()) return text;
+  auto source = std::make_shared<const std::u16string>(text);
+  StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
+  ParseContext context = ParseContext::buildContextFrom(*enclosing, source);
+  ValidationLocation location;
+  LookAheadList lookAhead;
+  LookAheadList::iterator iterator = lookAhead.end();
+  // A set takes as many messages as the text holds.
+  while (MessageParser::parseMessage(*this, context, lookAhead, iterator, stream, nullptr, location)) {
+    if (iterator == lookAhead.end() && stream.atEnd()) break;
+  }
+  size_t remaining = static_cast<size_t>(stream.getRemaining());
+  if (!lookAhead.empty() && lookAhead.front().remainingAtStart >= 0) {
+    remaining = static_cast<size_t>(lookAhead.front().remainingAtStart);
+  }
+  for (SegmentMatch& entry : lookAhead) entry.dropElement();
+  return text.substr(text.size() - remaining);
 }
 
 std::u16string MessageSetImpl::getEncodedValue() {

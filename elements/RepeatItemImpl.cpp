@@ -136,8 +136,29 @@ void RepeatItemImpl::appendPath(std::string& text) {
   text += getName();
 }
 
-std::u16string_view RepeatItemImpl::setEncodedValue(std::u16string_view) {
-  throw IllegalOperation(messages::kMessageParsingUnavailable);
+std::u16string_view RepeatItemImpl::setEncodedValue(std::u16string_view text) {
+  setChanged(true);
+  setEmpty();
+  if (text.empty()) return text;
+  const SegmentDefn* start =
+      itemDefn->getMessageItemType() == MessageItemDefn::kSegmentItem ? itemDefn->getSegment() : nullptr;
+  separators->settleHeadersBefore(&messageDefn->getSet(), start, -1);
+  RecordedErrors errors;
+  return parseEncodedValue(text, errors);
+}
+
+std::u16string_view RepeatItemImpl::parseEncodedValue(std::u16string_view text, RecordedErrors& errors) {
+  setEmpty();
+  std::u16string_view current = text;
+  while (true) {
+    items.push_back(makeItem(static_cast<int32_t>(items.size())));
+    const std::u16string_view rest = items.back()->parseEncodedValue(current, errors);
+    if (rest.size() == current.size()) break;
+    current = rest;
+  }
+  // The last one took nothing.
+  items.pop_back();
+  return current;
 }
 
 std::u16string RepeatItemImpl::getEncodedValue() {

@@ -32,6 +32,7 @@ class RepeatItemImpl : public InternalElement {
   ENodeType getNodeType() const override { return qxRepeating; }
   const char* getName() const override;
   std::u16string_view setEncodedValue(std::u16string_view text) override;
+  std::u16string_view parseEncodedValue(std::u16string_view text, RecordedErrors& errors) override;
   std::u16string getEncodedValue() override;
   ElementCollection getElementCollection(const char* spec) override;
   int getElementIndex() override;

@@ -104,8 +104,35 @@ const char* SegmentGroupImpl::definitionName() const { return itemDefn->getGroup
 
 // ----- text
 
-std::u16string_view SegmentGroupImpl::setEncodedValue(std::u16string_view) {
-  throw IllegalOperation(messages::kMessageParsingUnavailable);
+std::u16string_view SegmentGroupImpl::setEncodedValue(std::u16string_view text) {
+  setChanged(true);
+  setEmpty();
+  if (text.empty()) return text;
+  const MessageItemDefn& first = getItem(0);
+  const SegmentDefn* start = first.getMessageItemType() == MessageItemDefn::kSegmentItem ? first.getSegment() : nullptr;
+  separators->settleHeadersBefore(&messageDefn->getSet(), start, -1);
+  // What the parse finds is dropped: a host that sets a group's text gets no findings for it.
+  RecordedErrors errors;
+  return parseEncodedValue(text, errors);
+}
+
+std::u16string_view SegmentGroupImpl::parseEncodedValue(std::u16string_view text, RecordedErrors& errors) {
+  setEmpty();
+  std::u16string_view current = text;
+  for (int i = 0; i < getItemCount(); ++i) {
+    InternalElement* child = getChildCreating(i);
+    const std::u16string_view rest = child->parseEncodedValue(current, errors);
+    if (rest.size() == current.size()) {
+      // Nothing was taken: the child goes again, and a required one ends the group here.
+      childRemoved(child);
+      children[static_cast<size_t>(i)].reset();
+      if (getItem(i).isRequired()) return current;
+      continue;
+    }
+    current = rest;
+    if (itemDefn->getGroup()->isChoiceGroup()) return current;
+  }
+  return current;
 }
 
 std::u16string SegmentGroupImpl::getEncodedValue() {

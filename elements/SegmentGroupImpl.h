@@ -25,6 +25,7 @@ class SegmentGroupImpl : public ItemListNode {
   ENodeType getNodeType() const override { return qxComposite; }
   const char* getName() const override;
   std::u16string_view setEncodedValue(std::u16string_view text) override;
+  std::u16string_view parseEncodedValue(std::u16string_view text, RecordedErrors& errors) override;
   std::u16string getEncodedValue() override;
   int getElementIndex() override;
   MetaDataRecord* getMetaData() override;

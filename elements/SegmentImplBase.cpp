@@ -285,7 +285,8 @@ std::u16string_view SegmentImplBase::parseEncodedValue(std::u16string_view text,
   StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
   ValidationLocation location;
   uint32_t status = 0;
-  parseElement(stream, errors, status, location);
+  // A text that isn't this segment's leaves it all to whoever comes next.
+  if (!parseElement(stream, errors, status, location)) return text;
   return text.substr(text.size() - static_cast<size_t>(stream.getRemaining()));
 }
 

@@ -103,6 +103,33 @@ TEST_F(MessageParseTest, PreservedTextComesBackUnitForUnit) {
   EXPECT_EQ(narrow(preserved->getEncodedValue()), "MSH|s|ADT||\rPID|1|||||||\rPV1|I|B2\r");
 }
 
+TEST_F(MessageParseTest, NodesOfATreeTakeTextOfTheirOwn) {
+  auto message = create("ADT");
+  // A whole message: what it holds is replaced, and the rest of the text comes back.
+  EXPECT_EQ(narrow(message->setEncodedValue(u"MSH|s|ADT\rPID|1||||F\rPV1|I\r")), "");
+  EXPECT_EQ(value(*message, "PID/Sex"), "F");
+  EXPECT_EQ(value(*message, "VISIT[0]/PV1/Class"), "I");
+
+  // A repeat takes as many as the text holds and leaves the rest; a fourth try that takes nothing
+  // leaves no empty element behind.
+  MessageElement* notes = message->getElementAt("NTE");
+  EXPECT_EQ(narrow(notes->setEncodedValue(u"NTE|a\rNTE|b\rNTE|c\rPV1|O\r")), "PV1|O\r");
+  ASSERT_EQ(notes->getElementCount(), 3);
+  EXPECT_EQ(value(*notes->getElementAt(2), "Text"), "c");
+
+  // A group stops at a required child that takes nothing.
+  MessageElement* visit = message->getElementAt("VISIT")->appendElement(nullptr);
+  EXPECT_EQ(narrow(visit->setEncodedValue(u"OBX|v\r")), "OBX|v\r");
+  EXPECT_EQ(narrow(visit->setEncodedValue(u"PV1|E\rOBX|v|u\rAL1|x\r")), "AL1|x\r");
+  EXPECT_EQ(value(*visit, "OBX[0]/Units"), "u");
+
+  // A choice keeps only the first alternative that takes the text.
+  MessageElement* either = message->getElementAt("EITHER");
+  EXPECT_EQ(narrow(either->setEncodedValue(u"DG1|d\rAL1|a\r")), "AL1|a\r");
+  EXPECT_TRUE(either->getElementAt(0)->isEmpty());
+  EXPECT_EQ(value(*either, "DG1:2/Diagnosis"), "d");
+}
+
 TEST_F(MessageParseTest, ReaderYieldsEveryMessageAndTheTextBetween) {
   // Text before the first message is skipped text of its own; text inside a message is that
   // message's, with its finding. Segments are numbered by the reads of one parse, the skipped
