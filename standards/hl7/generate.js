@@ -154,16 +154,22 @@ function segmentLines(name) {
 
 // ----- message structures and their trigger events
 
+const codeOf = (structure) => structure.split('_')[0];
+
+// The table lists an event under a structure of several events and under one named after it too
+// (RPI_I01 and RPI_I04 both claim I04); the structure named after the event keeps it.
 function eventsOf(structure) {
   const entry = tables[kStructureTable].values[structure];
   if (entry === undefined) return undefined;
   return entry
     .split(',')
     .map((event) => event.trim())
-    .filter((event) => /^[A-Z0-9]{3}$/.test(event));
+    .filter((event) => /^[A-Z0-9]{3}$/.test(event))
+    .filter((event) => {
+      const own = `${codeOf(structure)}_${event}`;
+      return own === structure || !(own in tables[kStructureTable].values && own in definition.messages);
+    });
 }
-
-const codeOf = (structure) => structure.split('_')[0];
 
 // Events that a structure of table 0354 serves, by message code, so that a message of the package
 // named after such an event (ADT_A04, served by ADT_A01) is not written a second time.
