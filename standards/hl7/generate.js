@@ -22,9 +22,6 @@ const packageVersion = require('hl7-dictionary/package.json').version;
 
 // Table 0354 names the trigger events that each message structure carries.
 const kStructureTable = '354';
-// Where the set finds the message code and trigger event of a message: MSH-9.1 and MSH-9.2.
-const kMessageCodePath = 'MSH/MessageType/MessageCode';
-const kTriggerEventPath = 'MSH/MessageType/TriggerEvent';
 
 // ----- names
 
@@ -154,6 +151,18 @@ function segmentLines(name) {
 
 // ----- message structures and their trigger events
 
+// Where the set finds the message code and trigger event of a message: MSH-9.1 and MSH-9.2, by
+// the names this version gives them ("MessageType/MessageCode" in 2.5, "MessageType/MessageType"
+// before 2.5).
+function messageTypePaths() {
+  const fields = definition.segments.MSH.fields;
+  const type = fields[8];
+  const fieldName = uniqueNames(fields.slice(kLeadingSeparatorFields.MSH).map((field) => field.desc), 'MSH')[6];
+  const components = uniqueNames(definition.fields[type.datatype].subfields.map((component) => component.desc));
+  return [`MSH/${fieldName}/${components[0]}`, `MSH/${fieldName}/${components[1]}`];
+}
+const [kMessageCodePath, kTriggerEventPath] = messageTypePaths();
+
 const codeOf = (structure) => structure.split('_')[0];
 
 // The table lists an event under a structure of several events and under one named after it too
@@ -210,15 +219,19 @@ function itemLines(items, indent, missingSegments) {
     seen.set(name, count);
     return count > 1 ? `${name}:${count}` : name;
   };
-  for (const item of items) {
+  // Some versions of the package hold items without a name (2.7.1's CCM_I21): they name nothing
+  // that a message could hold, and a group left without items goes with them.
+  for (const item of items.filter((each) => each.name)) {
     if (item.children || item.compounds) {
+      const inner = itemLines(item.children || item.compounds, indent + 4, missingSegments);
+      if (inner.length === 0) continue;
       // A compound item is a choice of one segment among several.
       const name = item.children ? item.name : nameOf(item.desc).toUpperCase();
       lines.push(`${pad}- group: ${itemName(name)}`);
       if (item.compounds) lines.push(`${pad}  choice: true`);
       for (const key of repeatKeys(item)) lines.push(`${pad}  ${key}`);
       lines.push(`${pad}  items:`);
-      lines.push(...itemLines(item.children || item.compounds, indent + 4, missingSegments));
+      lines.push(...inner);
       continue;
     }
     if (!definition.segments[item.name]) missingSegments.add(item.name);
