@@ -78,18 +78,16 @@ for (const type of typeNames) {
       needsSubcomponentForm.add(component.datatype);
 }
 
-// The code tables a field can carry: those with values. Fields of the HL7 table type ID are checked
-// against theirs; user-defined tables (IS, coded composites) only suggest values, so those fields
-// name their table in user data instead.
+// The code tables that the version's fields name and that have values become validation tables.
+// Fields of the HL7 table type ID are checked against theirs; user-defined tables (IS, coded
+// composites) only suggest values, so those fields name their table in user data instead.
 const usedTables = new Set();
 function tableKeys(element) {
   if (element.table === undefined) return [];
   const table = tables[String(element.table)];
   if (!table || Object.keys(table.values || {}).length === 0) return [];
-  if (element.datatype === 'ID') {
-    usedTables.add(String(element.table));
-    return [`table: ${tableName(element.table)}`];
-  }
+  usedTables.add(String(element.table));
+  if (element.datatype === 'ID') return [`table: ${tableName(element.table)}`];
   return [`userData: {Table: ${tableName(element.table)}}`];
 }
 

@@ -245,14 +245,14 @@ TEST(StandardHl7Test, CodeTablesHoldTheirValues) {
   struct Case {
     const char* table;
     std::vector<std::u16string> values;
-    const char* description;
   };
   const Case cases[] = {
-      {"HL70003", {u"A01", u"A04", u"R01", u"O01"}, "Event type"},
-      {"HL70076", {u"ADT", u"ORU", u"ACK"}, "Message type"},
-      {"HL70354", {u"ADT_A01", u"ORU_R01"}, "Message structure"},
-      {"HL70103", {u"D", u"P", u"T"}, "Processing ID"},
-      {"HL70136", {u"Y", u"N"}, "Yes/no indicator"},
+      {"HL70003", {u"A01", u"A04", u"R01", u"O01"}},
+      {"HL70076", {u"ADT", u"ORU", u"ACK"}},
+      {"HL70354", {u"ADT_A01", u"ORU_R01"}},
+      {"HL70103", {u"D", u"P", u"T"}},
+      {"HL70136", {u"Y", u"N"}},
+      {"HL70001", {u"F", u"M", u"U"}},
   };
   for (const Case& c : cases) {
     const ValidationTableDefn* table = hl7().findValidationTable(c.table);
@@ -264,6 +264,13 @@ TEST(StandardHl7Test, CodeTablesHoldTheirValues) {
   for (const auto& entry : hl7().findValidationTable("HL70136")->getEntries())
     yesNo[entry.getValue().str()] = entry.getDescription().str();
   EXPECT_EQ(yesNo, (std::map<std::u16string, std::u16string>{{u"N", u"No"}, {u"Y", u"Yes"}}));
+  // PID-8 is of the user-defined type IS: its table only suggests values, so the field names it
+  // and isn't checked against it.
+  const FieldDefn& sex = segment("PID").getField(7);
+  EXPECT_EQ(sex.getValidationTable(), nullptr);
+  const int tableKey = testing::standardDefinition(kSource).getWarehouse().getUserDataKeyIndex(u"Table");
+  ASSERT_GE(tableKey, 0);
+  EXPECT_EQ(sex.getUserData().at(tableKey).str(), u"HL70001");
   // MSH-11.1, the processing ID, is checked against table 0103.
   const FieldDefn& processing = segment("MSH").getField(8);
   ASSERT_EQ(processing.getName().str(), "ProcessingId");
