@@ -91,12 +91,13 @@ function tableKeys(element) {
   return [`userData: {Table: ${tableName(element.table)}}`];
 }
 
-// One field of a segment or composite, as a flow mapping. `flat` keeps a composite as its text.
-function fieldLine(name, element, flat) {
+// One field of a segment or composite, as a flow mapping: of the composite named `composite`, or
+// with none, of its primitive type (a composite type then kept as its text).
+function fieldLine(name, element, composite) {
   const keys = [`name: ${name}`];
   const type = element.datatype;
-  if (isComposite(type) && !flat) {
-    keys.push(`composite: ${type}`);
+  if (composite) {
+    keys.push(`composite: ${composite}`);
   } else {
     keys.push(`dataType: ${isPrimitive(type) ? type : 'string'}`);
     keys.push(...tableKeys(element));
@@ -108,23 +109,24 @@ function fieldLine(name, element, flat) {
   return `{${keys.join(', ')}}`;
 }
 
-// Inside a composite each component is one level down; `asComponent` is the second form above.
-function compositeLines(type, asComponent) {
+// A segment's field of a composite type refers to the composite as it is.
+const asField = (type) => (isComposite(type) ? type : undefined);
+
+// A composite's component of a composite type stands one level down: in the second form of a
+// composite it is text, elsewhere it refers to the composite's second form where there is one.
+function asComponentOf(type, secondForm) {
+  if (!isComposite(type) || secondForm) return undefined;
+  return needsSubcomponentForm.has(type) ? type + kSubcomponentSuffix : type;
+}
+
+function compositeLines(type, secondForm) {
   const composite = definition.fields[type];
   const names = uniqueNames(composite.subfields.map((component) => component.desc));
-  const lines = [`      - name: ${asComponent ? type + kSubcomponentSuffix : type}`];
+  const lines = [`      - name: ${secondForm ? type + kSubcomponentSuffix : type}`];
   lines.push(`        userData: {Description: ${quoted(composite.desc)}}`);
   lines.push('        fields:');
-  composite.subfields.forEach((component, index) => {
-    const inner = component.datatype;
-    if (asComponent || !isComposite(inner) || !needsSubcomponentForm.has(inner)) {
-      lines.push(`          - ${fieldLine(names[index], component, asComponent)}`);
-      return;
-    }
-    // The component's own components are subcomponents here: its second form.
-    const line = fieldLine(names[index], component, false);
-    lines.push(`          - ${line.replace(`composite: ${inner}`, `composite: ${inner}${kSubcomponentSuffix}`)}`);
-  });
+  composite.subfields.forEach((component, index) =>
+    lines.push(`          - ${fieldLine(names[index], component, asComponentOf(component.datatype, secondForm))}`));
   return lines;
 }
 
@@ -143,7 +145,7 @@ function segmentLines(name) {
   const lines = [`      - name: ${name}`, `        userData: {Description: ${quoted(segment.desc)}}`];
   if (fields.length === 0) return lines;
   lines.push('        fields:');
-  fields.forEach((field, index) => lines.push(`          - ${fieldLine(names[index], field, false)}`));
+  fields.forEach((field, index) => lines.push(`          - ${fieldLine(names[index], field, asField(field.datatype))}`));
   return lines;
 }
 
