@@ -99,7 +99,7 @@ function fieldLine(name, element, composite) {
   if (composite) {
     keys.push(`composite: ${composite}`);
   } else {
-    keys.push(`dataType: ${isPrimitive(type) ? type : 'string'}`);
+    keys.push(`dataType: ${isPrimitive(type) || type === kEncodingCharactersType ? type : 'string'}`);
     keys.push(...tableKeys(element));
   }
   if (element.opt === 2) keys.push('required: true');
@@ -138,14 +138,23 @@ function compositeLines(type, secondForm) {
 // the field separator itself, is dropped.
 const kLeadingSeparatorFields = { MSH: 2, FHS: 1, BHS: 1 };
 
+// Their encoding characters are then an ordinary field, whose value is made of separators that
+// must stand as they are rather than be written as escapes.
+const kEncodingCharactersType = 'EncodingCharacters';
+
 function segmentLines(name) {
   const segment = definition.segments[name];
-  const fields = segment.fields.slice(kLeadingSeparatorFields[name] || 0);
+  const leading = kLeadingSeparatorFields[name] || 0;
+  const fields = segment.fields.slice(leading);
   const names = uniqueNames(fields.map((field) => field.desc), name);
   const lines = [`      - name: ${name}`, `        userData: {Description: ${quoted(segment.desc)}}`];
   if (fields.length === 0) return lines;
   lines.push('        fields:');
-  fields.forEach((field, index) => lines.push(`          - ${fieldLine(names[index], field, asField(field.datatype))}`));
+  fields.forEach((field, index) => {
+    const encodingCharacters = leading === 1 && index === 0;
+    const element = encodingCharacters ? { ...field, datatype: kEncodingCharactersType } : field;
+    lines.push(`          - ${fieldLine(names[index], element, asField(element.datatype))}`);
+  });
   return lines;
 }
 
@@ -313,6 +322,7 @@ const out = [
   `  Source: ${quoted(`hl7-dictionary ${packageVersion} (MIT)`)}`,
   'primitiveTypes:',
   ...typeNames.filter(isPrimitive).map((type) => `  - {name: ${type}, baseType: string, plainAlias: true}`),
+  `  - {name: ${kEncodingCharactersType}, baseType: string, allowedSeparators: [field2, repeat, user1, field3]}`,
   'messageSets:',
   `  - name: ${setName}`,
   '    trimSegments: true',

@@ -18,6 +18,7 @@
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
+#include "definitions/PrimitiveTypeDefn.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentGroupDefn.h"
@@ -308,6 +309,15 @@ TEST(StandardHl7Test, SeparatorsAreReadRightBehindMsh) {
   EXPECT_TRUE(type.getComposite()->getField(0).isRequired());
   EXPECT_TRUE(type.getComposite()->getField(1).isRequired());
   EXPECT_FALSE(type.getComposite()->getField(2).isRequired());
+
+  // The batch headers open with their encoding characters, which stand as they are when written.
+  for (const char* header : {"FHS", "BHS"}) {
+    const PrimitiveTypeDefn* encoding = segment(header).getField(0).getCustomType();
+    ASSERT_NE(encoding, nullptr) << header;
+    for (ESeparatorType allowed : {qxSepField2, qxSepRepeat, qxSepUser1, qxSepField3})
+      EXPECT_TRUE(encoding->isSeparatorAllowed(allowed)) << header << " " << allowed;
+    EXPECT_FALSE(encoding->isSeparatorAllowed(qxSepField1)) << header;
+  }
 }
 
 // A created message writes the separators it reads behind MSH, and every other segment opens its
