@@ -32,6 +32,8 @@ import definition_yaml  # noqa: E402
 
 HIPAA_005010 = ["270", "271", "277", "277CA", "820", "834", "835", "837P", "837I", "999"]
 TRADE = ["850", "810", "855", "856"]
+# The functional identifier code (GS01) of each trade set.
+TRADE_FUNCTIONAL_IDS = {"850": "PO", "810": "IN", "855": "PR", "856": "SH"}
 
 # Elements of the trade sets that the guides' dictionary doesn't carry: name, type, min, max,
 # as the X12 data element dictionary gives them.
@@ -162,10 +164,10 @@ def max_repeats(repeat):
     return 0 if repeat == ">1" else int(repeat)
 
 
-def data_type(x12_type, maximum):
+def data_type(x12_type):
     # Numbers keep their text: the strict types check digits and sign and count no sign or point,
-    # as X12 counts lengths. Wider integers than 32 bits stay text.
-    if x12_type.startswith("N") and maximum <= 9:
+    # as X12 counts lengths. N0, N2: implied decimals are digits on the wire all the same.
+    if x12_type.startswith("N"):
         return "strictInteger"
     if x12_type == "R":
         return "strictReal"
@@ -194,7 +196,7 @@ class Dictionary:
     def field(self, name, number, repeat=1):
         element = self.elements[number]
         field = {"name": name}
-        kind = data_type(element["type"], element["max"])
+        kind = data_type(element["type"])
         if kind:
             field["dataType"] = kind
         if element["min"] > 1:
@@ -477,7 +479,25 @@ def trade_structure(dictionary, nodes):
     return result
 
 
-def envelope_sets(dictionary, envelope, version, inner_name, external):
+def widen_group_codes(gs, transactions, version):
+    """GS01 and GS08 of the control data list the guides it knew; the groups here may carry every
+    transaction set of the file, so each one's functional identifier and version code is added."""
+    extra = {"GS01": [], "GS08": [version]}
+    for data in transactions:
+        if data["id"] in TRADE_FUNCTIONAL_IDS:
+            extra["GS01"].append(TRADE_FUNCTIONAL_IDS[data["id"]])
+        elif data.get("functional_id"):
+            extra["GS01"].append(data["functional_id"])
+        else:
+            extra["GS01"] += data.get("gs01") or []
+        extra["GS08"] += [data["guide"]] if data.get("guide") else []
+    for element in gs["elements"]:
+        if element["ref"] in extra and "codes" in element:
+            element["codes"] = element["codes"] + [c for c in dict.fromkeys(extra[element["ref"]])
+                                                   if c and c not in element["codes"]]
+
+
+def envelope_sets(dictionary, envelope, version, inner_name, external, transactions):
     """The interchange set of one version: ISA, TA1, GS, the embedded transaction sets, GE, IEA."""
     isa_loop = envelope["structure"][0]
     tables = TableBook(external)
@@ -486,6 +506,7 @@ def envelope_sets(dictionary, envelope, version, inner_name, external):
     children = {(c.get("segment") or c.get("loop")): c for c in isa_loop["children"]}
     gs_loop = children["GS_LOOP"]
     gs, ge = gs_loop["children"][0], gs_loop["children"][-1]
+    widen_group_codes(gs, transactions, version)
     embed = gs_loop["children"][1]
     assert "embed" in embed
     isa = builder.segment_item(children["ISA"], {}, True)
@@ -578,8 +599,9 @@ def main(argv):
     sources = set()
     for version, guides in (("005010", hipaa), ("004010", acks)):
         envelope = load(os.path.join(x12, version, "envelope.json"))
-        sets.append(envelope_sets(dictionary, envelope, version, f"X12_{version}", external))
-        sets.append(transaction_set(dictionary, version, guides + trade_transactions(dictionary, version), external))
+        transactions = guides + trade_transactions(dictionary, version)
+        sets.append(envelope_sets(dictionary, envelope, version, f"X12_{version}", external, transactions))
+        sets.append(transaction_set(dictionary, version, transactions, external))
         for record in [envelope] + guides:
             source = record["source"]
             for s in (source if isinstance(source, list) else [source]):
