@@ -396,6 +396,23 @@ def sibling_matches(children):
     return result
 
 
+def hierarchy(children, items):
+    """Hierarchical levels that stand side by side (2000A, 2000B, ... in 270, 271 and 277) follow
+    each other on the wire in the order of the tree their HL segments describe, not in the order
+    of the guide: a second information source comes after the first one's subscribers. They are
+    put in one repeating choice, so that any level may follow any other; HL01 and HL02 link them."""
+    levels = [i for i, child in enumerate(children) if "loop" in child and opening_segment(child)["segment"] == "HL"]
+    if len(levels) < 2 or levels != list(range(levels[0], levels[-1] + 1)):
+        return items
+    first, last = levels[0], levels[-1]
+    group = {"group": "HIERARCHY", "choice": True, "maxRepeats": 0}
+    if any(items[i].get("required") for i in levels):
+        group["required"] = True
+    group["userData"] = {"Name": "Hierarchical levels"}
+    group["items"] = items[first:last + 1]
+    return items[:first] + [group] + items[last + 1:]
+
+
 class TransactionBuilder:
     """Turns the structure of one transaction set into message items."""
 
@@ -417,7 +434,7 @@ class TransactionBuilder:
                 opener = item if "segment" in item else item["items"][0]
                 opener["matches"] = matches[index]
             result.append(item)
-        return result
+        return hierarchy(children, result)
 
     def segment_item(self, segment, names, opens_loop):
         self.segments.note_use(segment)

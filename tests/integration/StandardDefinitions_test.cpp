@@ -222,6 +222,31 @@ TEST(StandardDefinitionsTest, X12ProfessionalClaimLoopsAndQualifiers) {
   EXPECT_EQ(distinct.size(), dates.size()) << "every DTP of 2300 has a match list of its own";
 }
 
+// Where a guide lists its hierarchical levels side by side, they come on the wire in the order
+// of the tree (a second information source after the first one's subscribers): one repeating
+// choice holds them, each level opening with its own HL03. Guides that nest their levels keep
+// the nesting.
+TEST(StandardDefinitionsTest, X12SideBySideLevelsFollowEachOtherInAnyOrder) {
+  const MessageSetDefn& set = setNamed(x12(), "X12_005010");
+  for (const char* name : {"270", "271"}) {
+    SCOPED_TRACE(name);
+    const MessageItemDefn& levels = itemAt(messageNamed(set, name).getItems(), "HIERARCHY");
+    ASSERT_NE(levels.getGroup(), nullptr);
+    EXPECT_TRUE(levels.getGroup()->isChoiceGroup());
+    EXPECT_EQ(levels.getMaxRepeats(), 0);
+    std::vector<std::string> names;
+    std::vector<Matches> openers;
+    for (const auto& level : childrenOf(levels)) {
+      names.push_back(level->getName().str());
+      openers.push_back(matchesOf(childrenOf(*level).at(0)->getMatches()));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"2000A", "2000B", "2000C", "2000D"}));
+    EXPECT_EQ(openers, (std::vector<Matches>{{{"HL03", u"20"}}, {{"HL03", u"21"}}, {{"HL03", u"22"}}, {{"HL03", u"23"}}}));
+  }
+  EXPECT_THROW(itemAt(messageNamed(set, "837P").getItems(), "HIERARCHY"), std::runtime_error);
+  EXPECT_EQ(itemAt(messageNamed(set, "837P").getItems(), "2000A/2000B/2000C/2300").getName().str(), "2300");
+}
+
 // Siblings that begin with the same segment must be told apart by their match lists, in every
 // transaction set: at most one of them may do without one, and no two may have the same list.
 void expectSiblingsDistinct(const Items& items, const std::string& where, int& groupsChecked) {
