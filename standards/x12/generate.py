@@ -27,6 +27,8 @@ import os
 import re
 import sys
 
+# The shared writer lives one folder up; running a generator leaves no compiled files behind.
+sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
 import definition_yaml  # noqa: E402
 
