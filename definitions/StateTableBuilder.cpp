@@ -1,6 +1,8 @@
 #include "definitions/StateTableBuilder.h"
 
 #include <algorithm>
+#include <unordered_set>
+#include <utility>
 
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageItemDefn.h"
@@ -15,20 +17,26 @@ namespace {
 
 // A set of states without duplicates, kept in the order they joined so that the transitions come
 // out in the same order on every build.
+// States in the order they were added, each once. Large messages gather hundreds of states in
+// one set, so membership is looked up, not searched.
 class StateSet {
  public:
   void add(ParseState* state) {
-    if (std::find(states.begin(), states.end(), state) == states.end()) states.push_back(state);
+    if (members.insert(state).second) states.push_back(state);
   }
   void add(const StateSet& other) {
     for (ParseState* state : other.states) add(state);
   }
-  void clear() { states.clear(); }
+  void clear() {
+    states.clear();
+    members.clear();
+  }
   auto begin() const { return states.begin(); }
   auto end() const { return states.end(); }
 
  private:
   std::vector<ParseState*> states;
+  std::unordered_set<const ParseState*> members;
 };
 
 bool isEmbeddedSet(const MessageItemDefn& item) { return item.getMessageItemType() == MessageItemDefn::kMessageSetItem; }
@@ -64,15 +72,21 @@ class Builder {
     for (ParseState* state : open) state->addTransition(StateTableBuilder::kEndKey, 0, last);
   }
 
+  // The strict table leaves the distances of the top of a message unworked.
+  static int32_t distanceAt(Place place) { return place == Place::Top ? ParseTransition::kNoDistance : 0; }
+
   static void link(ParseState* from, std::string_view name, const ParseState* to, Place place) {
-    from->addTransition(StateTableBuilder::keyFor(name), place == Place::Top ? ParseTransition::kNoDistance : 0, to);
+    from->addTransition(StateTableBuilder::keyFor(name), distanceAt(place), to);
   }
 
   // Every state of `from` to every state of `to` but embedded set items, under the item's name.
   static void linkAll(const StateSet& from, const StateSet& to, Place place) {
+    // Each target's key is cut once, not once for every state that links to it.
+    std::vector<std::pair<std::string, const ParseState*>> targets;
+    for (ParseState* target : to)
+      if (!isEmbeddedSet(*target->getItem())) targets.emplace_back(StateTableBuilder::keyFor(target->getItem()->getName().view()), target);
     for (ParseState* source : from)
-      for (ParseState* target : to)
-        if (!isEmbeddedSet(*target->getItem())) link(source, target->getItem()->getName().view(), target, place);
+      for (const auto& [key, target] : targets) source->addTransition(key, distanceAt(place), target);
   }
 
   static void refuseInUnordered(const SegmentGroupDefn& group, const MessageItemDefn& item) {
@@ -249,21 +263,47 @@ void StateTableBuilder::workOutDistances(StateTable& relaxed, const StateTable& 
   // A walk that comes round to a state it has left can't end by itself; no walk that ends takes
   // more steps than there are states.
   const int32_t longest = static_cast<int32_t>(strict.size());
+  // Where a walk goes next depends on where it stands, its target and its direction alone, so a
+  // walk that steps on takes as many more steps as the walk from there. The steps from each state
+  // are thus worked out once for each target and direction, not once for each jump: large messages
+  // have a jump from every state to every later one.
+  constexpr int32_t kUnknown = -1;
+  constexpr int32_t kOnPath = -2;
+  // Indexed by target, twice: going back, then going forward; each made at its first use.
+  std::vector<std::vector<int32_t>> stepsFrom(2 * static_cast<size_t>(longest));
+  std::vector<int32_t> path;
   for (const auto& state : relaxed) {
     const int32_t from = state->getIndex();
     for (size_t t = 0; t < state->getTransitions().size(); ++t) {
       const int32_t target = state->getTransitions()[t].target->getIndex();
       const bool forward = from < target;
-      int32_t steps = 0;
-      int32_t current = from;
-      while (current >= 0 && current < longest && steps <= longest) {
+      std::vector<int32_t>& known = stepsFrom.at(2 * static_cast<size_t>(target) + (forward ? 1 : 0));
+      if (known.empty()) known.assign(static_cast<size_t>(longest), kUnknown);
+      // Walk until a state whose steps are known, keeping the states passed; then each of them
+      // takes one step more than the one after it.
+      int32_t beyond = 0;
+      path.clear();
+      for (int32_t current = from; current >= 0 && current < longest;) {
+        int32_t& steps = known[static_cast<size_t>(current)];
+        if (steps >= 0) {
+          beyond = steps;
+          break;
+        }
+        if (steps == kOnPath) {
+          beyond = longest + 1;
+          break;
+        }
+        steps = kOnPath;
+        path.push_back(current);
         const int32_t best = stepTowards(*strict[static_cast<size_t>(current)], target, forward);
-        ++steps;
-        if (best == current) break;
+        if (best == current || best == target) break;
         current = best;
-        if (current == target) break;
       }
-      state->setDistance(t, steps);
+      for (auto place = path.rbegin(); place != path.rend(); ++place) {
+        beyond = std::min(beyond + 1, longest + 1);
+        known[static_cast<size_t>(*place)] = beyond;
+      }
+      state->setDistance(t, beyond);
     }
   }
 }
