@@ -8,6 +8,7 @@
 #include "definitions/SegmentDefn.h"
 #include "elements/BinaryEncoding.h"
 #include "elements/FactorySettings.h"
+#include "elements/FormattedValue.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/TextCompare.h"
 #include "parsing/SeparatorList.h"
@@ -100,6 +101,7 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
     text.resize(static_cast<size_t>(maximum));
   }
   if (text.empty() && !fixed) return false;
+  if (Formatter* formatter = text.empty() ? nullptr : getFormatter()) FormattedValue::toWire(*formatter, base, text);
 
   const int32_t minimum = getMinLength();
   const int32_t alignment = fieldDefn->getAlignment();

@@ -9,6 +9,7 @@
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/VariableFieldDefn.h"
+#include "elements/SectionedNumberFormatter.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
 #include "support/DefinitionSetup.h"
@@ -139,7 +140,9 @@ TEST(FieldDefnTest, PatternFormatsFromVersion519) {
   const auto newer = load(record, 519);
   EXPECT_EQ(newer->field.getFormat().str(), u"99.99");
   EXPECT_TRUE(newer->field.getDefaultValue().empty());
-  EXPECT_EQ(newer->field.getFormatter(), nullptr);  // number pictures aren't built yet
+  const auto* picture = dynamic_cast<const SectionedNumberFormatter*>(newer->field.getFormatter());
+  ASSERT_NE(picture, nullptr);
+  EXPECT_EQ(picture->getFormat(), u"99.99");
 
   const auto older = load(record, 518);
   EXPECT_EQ(older->field.getFormat().str(), u"@99.99");
