@@ -109,6 +109,7 @@ TEST_F(FieldFormat, AValueReadFromTheWireIsTheNumberThePictureReads) {
       {"Grouped", "1,234", "1,234"},  // no formatter at this place: the text as it came
       {"Upper", "abc", "abc"},        // an expression doesn't change a value
       {"Counted", "0042", "42"},
+      {"Counted", "", ""},  // nothing to read: an empty value stays empty, not a zero
       {"Strict", "00042", "00042"},  // strict types take no picture: their zeros are validation's
   };
   for (const Case& c : cases) {
@@ -138,6 +139,8 @@ TEST_F(FieldFormat, AValueIsWrittenInThePicturesForm) {
       {"Grouped", "1234567", "1234567"},
       {"Upper", "abc", "abc"},
       {"Counted", "42", "0042"},
+      {"Counted", "", ""},  // an empty value writes nothing, not a zero in the picture's form
+      {"Implied", "", ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.field) + " " + c.value);
