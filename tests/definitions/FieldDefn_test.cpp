@@ -10,6 +10,7 @@
 #include "definitions/PcfMessages.h"
 #include "definitions/VariableFieldDefn.h"
 #include "elements/SectionedNumberFormatter.h"
+#include "elements/StringValidator.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
 #include "support/DefinitionSetup.h"
@@ -118,6 +119,23 @@ TEST(FieldDefnTest, SpecialDefaults) {
     const bool special = c.version >= 769 && c.given.starts_with(u"#") && c.dataType != 2 && c.dataType != 4;
     EXPECT_EQ(field.getFormat().str(), special ? u"" : u"9.9");
   }
+}
+
+// A pattern is built while the field loads: a number picture without a section to go by fails
+// the load, and so does an expression that doesn't compile, with the plain integer 0 that the
+// warehouse turns into its failure of an unexpected error.
+TEST(FieldDefnTest, PatternsThatCantBeBuiltFailTheLoad) {
+  auto record = stringField();
+  record.dataType = 1;
+  for (const char16_t* format : {u"@", u"@;0", u"@0;;"}) {
+    record.format = format;
+    EXPECT_EQ(loadFailure(record, 883), messages::kEmptyNumberFormatSection);
+  }
+  record.dataType = 4;
+  record.format = u"@[A-";
+  EXPECT_THROW(load(record, 883), int);
+  record.format = u"@[A-Z]";
+  EXPECT_NE(dynamic_cast<const StringValidator*>(load(record, 883)->field.getFormatter()), nullptr);
 }
 
 // The text the compiler writes for a count is read back as the same count.

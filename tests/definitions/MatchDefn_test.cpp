@@ -91,6 +91,11 @@ TEST(MatchDefnTest, PathAndValueMakeAPatternThatTestsTheWholeValue) {
     readExactly(compiler::PcfWriter().text8(path).textv(value, 883).bytes(), [&](DefinitionFile& file) { match.load(file, 883); });
     EXPECT_EQ(match.getPattern(), nullptr) << path;
   }
+  // A value that doesn't compile fails the record with the plain integer 0.
+  MatchDefn broken;
+  EXPECT_THROW(readExactly(compiler::PcfWriter().text8("MSH.9").textv(u"(ADT", 883).bytes(),
+                           [&](DefinitionFile& file) { broken.load(file, 883); }),
+               int);
 }
 
 }  // namespace
