@@ -54,6 +54,7 @@ FieldOverrideValues primitiveValuesOf(const SourceNode& entry, const SourceNode&
     if (!format.empty() && format.front() == u'@' && (values.flags & kDefaultValue))
       entry.failAt(defaultKey, "'" + std::string(defaultKey) + "' of " + entry.what() +
                                    " is lost: a pattern format (\"@...\") replaces the default");
+    FieldWriter::checkPattern(entry, format, type.baseType);
     values.format = format;
   }
   if (entry.has("table")) {

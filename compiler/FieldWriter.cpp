@@ -251,6 +251,7 @@ void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& 
     }
     checkValueText(field, defaultKey, defaultText, version);
     checkValueText(field, "format", format, version);
+    if (version >= pcf::kFormatPatterns) checkPattern(field, format, type->baseType);
   }
   out.textv(defaultText, version);
 
@@ -291,6 +292,18 @@ void FieldWriter::write(const SourceNode& field, const std::vector<SourceNode>& 
   const bool presence = field.flag("fieldPresenceIndicator", false);
   field.requireVersion("fieldPresenceIndicator", presence, pcf::kSpecialRecords, version);
   if (version >= pcf::kSpecialRecords) out.boolean(presence);
+}
+
+void FieldWriter::checkPattern(const SourceNode& owner, std::u16string_view format, int32_t baseType) {
+  if (format.empty() || format.front() != u'@') return;
+  // The engine's own builder judges it, so that the compiler and the loader can't disagree.
+  try {
+    buildFieldFormatter(formatterKindFor(baseType, false), format.substr(1));
+  } catch (const InvalidFile& e) {
+    owner.failAt("format", "'format' of " + owner.what() + " can't be loaded: " + e.message);
+  } catch (int) {
+    owner.failAt("format", "'format' of " + owner.what() + " is a regular expression that doesn't compile");
+  }
 }
 
 }  // namespace vantrelia::compiler

@@ -60,6 +60,10 @@ class FieldWriter {
   // Refuses, naming the line of `key`, a default that begins with "#" whose count item the engine
   // would refuse, on a field of a count base type (short, long, strictInteger).
   static void checkCountDefault(const SourceNode& owner, std::string_view key, std::u16string_view text);
+  // Refuses, naming the line of `format`, a pattern format ("@...") that the engine would refuse
+  // to build when it loads the file: a number picture with an empty section, or a regular
+  // expression that doesn't compile. `baseType` is the field's base type.
+  static void checkPattern(const SourceNode& owner, std::u16string_view format, int32_t baseType);
 };
 
 }  // namespace vantrelia::compiler

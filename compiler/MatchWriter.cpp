@@ -2,6 +2,7 @@
 
 #include "compiler/CompileContext.h"
 #include "compiler/PcfWriter.h"
+#include "definitions/MatchDefn.h"
 #include "definitions/PcfVersion.h"
 
 namespace vantrelia::compiler {
@@ -22,6 +23,14 @@ void MatchWriter::write(const SourceNode& match, const CompileContext& context, 
   if (version < pcf::kWideValueTexts && !PcfWriter::fitsText8w(value))
     match.failAt("value", "the value of " + match.what() + " has a character that a byte can't carry; files before "
                           "version 832 hold match values as bytes");
+  // The engine builds the value into a regular expression when it loads the file.
+  if (!value.empty()) {
+    try {
+      buildMatchPattern(value);
+    } catch (int) {
+      match.failAt("value", "the value of " + match.what() + " is a regular expression that doesn't compile");
+    }
+  }
   out.text8(path).textv(value, version);
 }
 

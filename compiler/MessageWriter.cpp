@@ -150,6 +150,7 @@ class SituationalWriter {
       entry.allowOnly({"default", "format", "table", "required", "hidden", "minLength", "maxLength"});
       const FieldOverrideValues own = values(entry, true);
       if (own.flags == 0) entry.fail(entry.what() + " overrides nothing");
+      FieldWriter::checkPattern(entry, own.format.view(), FieldWriter::dataTypeOf(target, context).baseType);
       FieldOverrideWriter::writeFlags(out, own.flags, version);
       if (own.flags & kDefaultValue) out.textv(own.DefaultValue.view(), version);
       if (own.flags & kFormatter) out.textv(own.format.view(), version);

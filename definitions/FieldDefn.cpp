@@ -15,6 +15,8 @@
 #include "definitions/UpdateCompositeFieldInstances.h"
 #include "definitions/ValidationTableDefn.h"
 #include "definitions/VariableFieldDefn.h"
+#include "elements/SectionedNumberFormatter.h"
+#include "elements/StringValidator.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/TextConversion.h"
 
@@ -52,9 +54,15 @@ FormatterKind formatterKindFor(int32_t baseType, bool compositeField) {
   return FormatterKind::None;
 }
 
-std::shared_ptr<Formatter> buildFieldFormatter(FormatterKind, std::u16string_view) {
-  // Field formatting plugs in here: a number picture for NumberPicture, a regular expression for
-  // RegularExpression. Until then every field is without a formatter.
+std::shared_ptr<Formatter> buildFieldFormatter(FormatterKind kind, std::u16string_view pattern) {
+  switch (kind) {
+    case FormatterKind::NumberPicture:
+      return std::make_shared<SectionedNumberFormatter>(pattern);
+    case FormatterKind::RegularExpression:
+      return std::make_shared<StringValidator>(pattern);
+    case FormatterKind::None:
+      break;
+  }
   return nullptr;
 }
 

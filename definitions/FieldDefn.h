@@ -34,9 +34,9 @@ void readUserData(InputStream& stream, UserDataMap& userData);
 // The formatter a format pattern stands for, by the base type of the field.
 enum class FormatterKind { None, NumberPicture, RegularExpression };
 FormatterKind formatterKindFor(int32_t baseType, bool compositeField);
-// The seam where field formatting plugs in: the formatter of a pattern (without its "@"). Number
-// pictures and regular expressions aren't built yet, so for now this gives null and fields keep
-// only the pattern text.
+// The formatter of a pattern (without its "@"): a number picture, a regular expression, or null
+// for a kind without one. Throws InvalidFile for a picture with an empty section, and the plain
+// integer 0 for an expression that doesn't compile.
 std::shared_ptr<Formatter> buildFieldFormatter(FormatterKind kind, std::u16string_view pattern);
 
 class FieldDefn {

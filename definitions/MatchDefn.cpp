@@ -4,13 +4,13 @@
 
 #include "definitions/InputStream.h"
 #include "definitions/PcfMessages.h"
+#include "elements/StringValidator.h"
 #include "foundation/InvalidFile.h"
 
 namespace vantrelia {
 
-std::shared_ptr<StringValidator> buildMatchPattern(std::u16string_view) {
-  // A regular expression over the value plugs in here. Until then no match has a pattern.
-  return nullptr;
+std::shared_ptr<StringValidator> buildMatchPattern(std::u16string_view value) {
+  return std::make_shared<StringValidator>(value);
 }
 
 MatchDefn::MatchDefn() = default;

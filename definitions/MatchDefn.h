@@ -13,8 +13,9 @@ namespace vantrelia {
 class InputStream;
 class StringValidator;
 
-// The seam where match patterns plug in: the regular expression that a match's value stands for.
-// Regular expressions aren't built yet, so for now this gives null and a match keeps only its text.
+// The regular expression that a match's value stands for: the whole value must match it, and a
+// value beginning with "!" turns the answer round. Throws the plain integer 0 for a value that
+// doesn't compile.
 std::shared_ptr<StringValidator> buildMatchPattern(std::u16string_view value);
 
 class MatchDefn {
@@ -35,7 +36,7 @@ class MatchDefn {
   // Steps joined by "/", whichever of "." or "/" the file used.
   const kestrel::TRVString<char>& getFieldPath() const { return FieldPath; }
   const WideText& getValue() const { return value; }
-  // Null when the path or the value is empty, and for now always.
+  // Null when the path or the value is empty: the field must then only be there.
   const StringValidator* getPattern() const { return pattern.get(); }
   // Whether a value found at the field path holds for this entry.
   bool accepts(std::u16string_view found) const;

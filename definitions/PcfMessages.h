@@ -94,3 +94,10 @@ inline constexpr const char* kFirstTypeFieldNotComposite =
     "Expected the first field of an indexed message type field to be a composite";
 
 }  // namespace vantrelia::messages
+
+namespace vantrelia::messages {
+
+// A field's number picture, or one of its sections, that has no character to go by.
+inline constexpr const char* kEmptyNumberFormatSection = "Number format has an empty section";
+
+}  // namespace vantrelia::messages

@@ -5,6 +5,7 @@
 #include "definitions/InputStream.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
+#include "elements/StringValidator.h"
 #include "foundation/IllegalOperation.h"
 #include "foundation/InvalidFile.h"
 
@@ -32,6 +33,7 @@ void PrimitiveTypeDefn::load(InputStream& stream, int version) {
   }
   flags = static_cast<uint32_t>(stream.readInt());
   stream.readWide(RegularExpression);
+  compileExpression();
   if (std::any_of(separatorAllowed.begin(), separatorAllowed.end(), [](uint8_t entry) { return entry != 0; }))
     flags |= kSomeSeparatorAllowed;
 
@@ -72,6 +74,15 @@ ESeparatorType PrimitiveTypeDefn::getStartEscapeCharacter() const {
 ESeparatorType PrimitiveTypeDefn::getEndEscapeCharacter() const {
   checkEscapeCharacters();
   return static_cast<ESeparatorType>(EndEscapeCharacter);
+}
+
+void PrimitiveTypeDefn::compileExpression() {
+  if (!hasRegularExpression()) return;
+  try {
+    compiledExpression = std::make_shared<const StringValidator>(RegularExpression.view());
+  } catch (int) {
+    // Only values of the type are checked against it: the definition is good without it.
+  }
 }
 
 }  // namespace vantrelia

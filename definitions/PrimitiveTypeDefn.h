@@ -66,14 +66,14 @@ class PrimitiveTypeDefn {
   const CharacterRanges* getCharacterRanges() const { return characterRanges.get(); }
   int getCharacterRangeCount() const { return characterRanges ? characterRanges->getCharacterRangeCount() : 0; }
 
-  // The compiled form of RegularExpression. Compiling it belongs to field validation, which attaches
-  // it here so that a type's expression is compiled once; until then it stays null and only the
-  // text is known.
+  // The compiled form of RegularExpression, made once at load for field validation to check
+  // values with. Null without an expression, and for one that doesn't compile: such a type still
+  // loads, and what its check does is validation's to say.
   const StringValidator* getCompiledExpression() const { return compiledExpression.get(); }
-  void setCompiledExpression(std::shared_ptr<const StringValidator> validator) { compiledExpression = std::move(validator); }
 
  private:
   void checkEscapeCharacters() const;
+  void compileExpression();
 
   kestrel::TRVString<char> Name;
   int32_t id = 0;

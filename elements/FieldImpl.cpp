@@ -8,6 +8,7 @@
 #include "definitions/SegmentDefn.h"
 #include "elements/BinaryEncoding.h"
 #include "elements/FactorySettings.h"
+#include "elements/FormattedValue.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/TextCompare.h"
 #include "parsing/SeparatorList.h"
@@ -104,6 +105,7 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
   const bool carriesSeparators = list.getVariablePending() && list.holdsSeparatorsOf(getFieldPath());
   if (list.getVariablePending()) text = list.takeFromField(getFieldPath(), text);
   if (text.empty() && !fixed) return false;
+  if (Formatter* formatter = text.empty() ? nullptr : getFormatter()) FormattedValue::toWire(*formatter, base, text);
 
   const int32_t minimum = getMinLength();
   const int32_t alignment = fieldDefn->getAlignment();

@@ -7,6 +7,7 @@
 #include "elements/BinaryEncoding.h"
 #include "elements/ElementPath.h"
 #include "elements/FactorySettings.h"
+#include "elements/FormattedValue.h"
 #include "elements/PositionedWrite.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/BadParameter.h"
@@ -215,8 +216,10 @@ std::vector<unsigned char> FieldImplBase::getBinaryValue() {
 // ----- giving the value
 
 void FieldImplBase::normalizeFormatted() {
-  // Number pictures aren't built yet: there is no formatter to normalise with.
   flags &= static_cast<uint16_t>(~kAwaitsFormatter);
+  Formatter* formatter = value.empty() ? nullptr : getFormatter();
+  std::u16string number;
+  if (formatter && FormattedValue::fromWire(*formatter, getBaseType(), value.view(), number)) value.assign(number);
 }
 
 std::u16string FieldImplBase::currentValue() {

@@ -9,6 +9,8 @@
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/VariableFieldDefn.h"
+#include "elements/SectionedNumberFormatter.h"
+#include "elements/StringValidator.h"
 #include "support/DefinitionBytes.h"
 #include "support/DefinitionRecords.h"
 #include "support/DefinitionSetup.h"
@@ -119,6 +121,23 @@ TEST(FieldDefnTest, SpecialDefaults) {
   }
 }
 
+// A pattern is built while the field loads: a number picture without a section to go by fails
+// the load, and so does an expression that doesn't compile, with the plain integer 0 that the
+// warehouse turns into its failure of an unexpected error.
+TEST(FieldDefnTest, PatternsThatCantBeBuiltFailTheLoad) {
+  auto record = stringField();
+  record.dataType = 1;
+  for (const char16_t* format : {u"@", u"@;0", u"@0;;"}) {
+    record.format = format;
+    EXPECT_EQ(loadFailure(record, 883), messages::kEmptyNumberFormatSection);
+  }
+  record.dataType = 4;
+  record.format = u"@[A-";
+  EXPECT_THROW(load(record, 883), int);
+  record.format = u"@[A-Z]";
+  EXPECT_NE(dynamic_cast<const StringValidator*>(load(record, 883)->field.getFormatter()), nullptr);
+}
+
 // The text the compiler writes for a count is read back as the same count.
 TEST(FieldDefnTest, CountTextReadsBackAsItsCount) {
   for (const int32_t kind : {FieldDefn::kCountRepeats, FieldDefn::kCountSegments, FieldDefn::kCountGroups, FieldDefn::kCountMessages})
@@ -139,7 +158,9 @@ TEST(FieldDefnTest, PatternFormatsFromVersion519) {
   const auto newer = load(record, 519);
   EXPECT_EQ(newer->field.getFormat().str(), u"99.99");
   EXPECT_TRUE(newer->field.getDefaultValue().empty());
-  EXPECT_EQ(newer->field.getFormatter(), nullptr);  // number pictures aren't built yet
+  const auto* picture = dynamic_cast<const SectionedNumberFormatter*>(newer->field.getFormatter());
+  ASSERT_NE(picture, nullptr);
+  EXPECT_EQ(picture->getFormat(), u"99.99");
 
   const auto older = load(record, 518);
   EXPECT_EQ(older->field.getFormat().str(), u"@99.99");

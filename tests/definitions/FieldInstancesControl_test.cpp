@@ -190,6 +190,7 @@ TEST(FieldInstancesControlTest, AppliedTreeAndItsLookUps) {
   const auto* b = dynamic_cast<const FieldInstance*>(control.getEntry(2));
   ASSERT_NE(b, nullptr);
   EXPECT_EQ(b->getFormat().str(), u"99");
+  EXPECT_NE(b->getFormatterObject(), nullptr);
   EXPECT_EQ(control.getDefaultValue(Path{2}).str(), u"");
   // Without an entry, the definition: B's own default is its counted path "L".
   EXPECT_EQ(controlOfO(*loadSet(kEmptyBlock)).getDefaultValue(Path{2}).str(), u"L");

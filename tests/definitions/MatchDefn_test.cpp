@@ -5,6 +5,7 @@
 #include "compiler/PcfWriter.h"
 #include "definitions/MatchDefn.h"
 #include "definitions/PcfMessages.h"
+#include "elements/StringValidator.h"
 #include "support/DefinitionBytes.h"
 
 namespace vantrelia {
@@ -57,6 +58,44 @@ TEST(MatchDefnTest, ListsReadTheirCountOfRecords) {
       EXPECT_EQ(matches.back()->getFieldPath().str(), "PID/" + std::to_string(c.records));
     }
   }
+}
+
+// A match with both a path and a value tests the field's value against the value as a regular
+// expression; without either it has no pattern, and the field need only be there.
+TEST(MatchDefnTest, PathAndValueMakeAPatternThatTestsTheWholeValue) {
+  struct Case {
+    const char* path;
+    std::u16string value;
+    std::u16string text;
+    bool matches;
+  } cases[] = {
+      {"MSH.9.1", u"ADT", u"ADT", true},
+      {"MSH.9.1", u"ADT", u"ADTX", false},
+      {"MSH.9.1", u"ADT", u"adt", false},
+      {"MSH.9.2", u"A0[1-4]", u"A03", true},
+      {"MSH.9.2", u"A0[1-4]", u"A05", false},
+      {"MSH.9.2", u"A01|A04", u"A04", true},
+      {"MSH.9.1", u"!ACK", u"ADT", true},
+      {"MSH.9.1", u"!ACK", u"ACK", false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.value.begin(), c.value.end()) + " " + std::string(c.text.begin(), c.text.end()));
+    MatchDefn match;
+    readExactly(compiler::PcfWriter().text8(c.path).textv(c.value, 883).bytes(),
+                [&](DefinitionFile& file) { match.load(file, 883); });
+    ASSERT_NE(match.getPattern(), nullptr);
+    EXPECT_EQ(match.getPattern()->matches(c.text), c.matches);
+  }
+  for (const auto& [path, value] : {std::pair{"MSH.9", u""}, std::pair{"", u"X"}}) {
+    MatchDefn match;
+    readExactly(compiler::PcfWriter().text8(path).textv(value, 883).bytes(), [&](DefinitionFile& file) { match.load(file, 883); });
+    EXPECT_EQ(match.getPattern(), nullptr) << path;
+  }
+  // A value that doesn't compile fails the record with the plain integer 0.
+  MatchDefn broken;
+  EXPECT_THROW(readExactly(compiler::PcfWriter().text8("MSH.9").textv(u"(ADT", 883).bytes(),
+                           [&](DefinitionFile& file) { broken.load(file, 883); }),
+               int);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "definitions/InputStream.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
+#include "definitions/PrimitiveTypeDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SeparatorDefn.h"
 
@@ -37,6 +38,8 @@ template <class T>
 concept TakesSets = requires(T& warehouse, std::unique_ptr<MessageSetDefn> set) { warehouse.addMessageSet(std::move(set)); };
 template <class T>
 concept Renumbers = requires(T& set) { set.setId(1); };
+template <class T>
+concept CompilesExpression = requires(T& type) { type.compileExpression(); };
 // The control: a public member is seen through the same kind of check.
 template <class T>
 concept Loads = requires(T& separator, InputStream& stream) { separator.load(stream, 0); };
@@ -48,6 +51,7 @@ static_assert(!MarksRequired<CompositeDefn> && !WorksOutQuotedText<CompositeDefn
 static_assert(!SetsFlags<SeparatorDefn>);
 static_assert(!TakesSegments<MessageSetDefn> && !Renumbers<MessageSetDefn>);
 static_assert(!TakesSets<MessageWarehouseDefn>);
+static_assert(!CompilesExpression<PrimitiveTypeDefn>);
 // A set comes from a warehouse's load or the tests' set-up, never from nothing.
 static_assert(!std::is_default_constructible_v<MessageSetDefn>);
 

@@ -1,0 +1,7 @@
+#include "elements/Formatter.h"
+
+namespace vantrelia {
+
+Formatter::~Formatter() = default;
+
+}  // namespace vantrelia
