@@ -40,9 +40,9 @@ std::vector<std::unique_ptr<MatchDefn>> MatchDefn::loadList(InputStream& stream,
 }
 
 bool MatchDefn::accepts(std::u16string_view found) const {
-  // Until values are compiled into patterns, a value is taken as the literal text it must equal.
+  // Without a value to match, the field need only hold something.
   if (!pattern) return !found.empty();
-  return found == value.view();
+  return pattern->matches(found);
 }
 
 }  // namespace vantrelia
