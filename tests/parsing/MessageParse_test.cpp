@@ -167,5 +167,83 @@ TEST_F(MessageParseTest, ReaderYieldsEveryMessageAndTheTextBetween) {
   }
 }
 
+// A set whose segments of one tag are told apart by a qualifier, in the item and in the segment
+// definitions, and whose loops repeat and can stay undecided until a later segment.
+const char* const kQualifierDefinition = R"(
+messageSets:
+  - name: Q
+    trimSegments: true
+    separators:
+      segment: {value: "~", style: terminator}
+      field1: {value: '*', style: initiator}
+    segments:
+      - {name: HD, fields: [{name: Kind}]}
+      - {name: NM1, fields: [{name: Role}, {name: Name}]}
+      - {name: REF, fields: [{name: Code}]}
+      - {name: END, fields: [{name: Count}]}
+    messages:
+      - name: M
+        items:
+          - {segment: HD, required: true}
+          - {segment: NM1, name: PAYER, matches: [{path: Role, value: "PR"}]}
+          - group: PATIENT
+            maxRepeats: 0
+            items:
+              - {segment: NM1, required: true, matches: [{path: Role, value: "IL|QC"}]}
+              - {segment: REF, maxRepeats: 2}
+          - group: TAIL
+            items:
+              - {segment: REF, required: true}
+              - {segment: END, required: true}
+)";
+
+TEST(MessageParseWalkTest, QualifiersLookAheadAndRelaxedPlacesDecideWhereSegmentsGo) {
+  MessageFactory factory;
+  compileAndLoad(factory, kQualifierDefinition);
+  struct Case {
+    const char* text;
+    std::vector<std::pair<const char*, const char*>> values;  // path, value
+    int findings;
+  };
+  // A text whose required first segment is missing isn't taken for the message at all.
+  EXPECT_EQ(factory.Parse(u"NM1*PR*ACME~REF*t~END*0~"), nullptr);
+  const Case cases[] = {
+      // The qualifier sends each NM1 to its item.
+      {"HD*x~NM1*PR*ACME~NM1*IL*DOE~REF*a~NM1*QC*ROE~END*3~",
+       {{"PAYER/Name", "ACME"}, {"PATIENT[0]/NM1/Name", "DOE"}, {"PATIENT[1]/NM1/Name", "ROE"}}, 0},
+      // REF could close a patient or open the tail: END, which only the tail's REF leads to,
+      // settles it there.
+      {"HD*x~NM1*IL*DOE~REF*a~END*1~", {{"TAIL/REF/Code", "a"}, {"PATIENT[0]/NM1/Name", "DOE"}}, 0},
+      // Three REFs wait undecided; END settles them backwards: the last is the tail's, the ones
+      // before it the patient's.
+      {"HD*x~NM1*IL*DOE~REF*a~REF*b~REF*c~END*1~",
+       {{"PATIENT[0]/REF[1]/Code", "b"}, {"TAIL/REF/Code", "c"}, {"TAIL/END/Count", "1"}}, 0},
+      // The tail's REF is required but missing: the relaxed table takes END all the same.
+      {"HD*x~NM1*PR*ACME~END*0~", {{"PAYER/Name", "ACME"}, {"TAIL/END/Count", "0"}}, 0},
+      // A qualifier no item takes: the segment is kept as unknown with finding 1023.
+      {"HD*x~NM1*ZZ*WHO~REF*t~END*0~", {{"TAIL/REF/Code", "t"}}, 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    auto message = factory.Parse(wide(c.text).c_str());
+    ASSERT_NE(message, nullptr);
+    for (const auto& [path, expected] : c.values) {
+      std::string found;
+      try {
+        found = narrow(message->getElementAt(path)->getValue());
+      } catch (const std::exception& refused) {
+        found = std::string("refused: ") + refused.what();
+      }
+      EXPECT_EQ(found, expected) << path;
+    }
+    const auto findings = findingsOf(*message);
+    EXPECT_EQ(static_cast<int>(findings.size()), c.findings);
+    if (c.findings == 1) {
+      EXPECT_EQ(findings.front(), (std::pair<int32_t, std::string>{1023, "Segment \"NM1\" [1]: Message Item Match-List failed to match correctly"}));
+      EXPECT_EQ(message->getUnknownSegmentCount(), 1);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vantrelia::testing
