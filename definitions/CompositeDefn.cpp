@@ -20,6 +20,7 @@ void CompositeDefn::load(const MessageSetDefn& set, InputStream& stream, int ver
   readFields(set, stream, version, updates);
 
   readRulesAndFlags(stream, version);
+  if (flags & kHasVariableField) workOutVariableKeys(false);
   if (version >= pcf::kSpecialRecords) {
     bool presenceIndicator = false;
     stream.read(presenceIndicator);

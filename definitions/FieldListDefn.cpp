@@ -4,6 +4,7 @@
 #include "definitions/InputStream.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
+#include "definitions/VariableFieldDefn.h"
 #include "foundation/CheckIndex.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/TextCompare.h"
@@ -65,6 +66,27 @@ void FieldListDefn::readRulesAndFlags(InputStream& stream, int version) {
     for (const auto& field : fields) {
       if (field->getDataType() == FieldDefn::kVariable) flags |= kHasVariableField;
     }
+  }
+}
+
+void FieldListDefn::workOutVariableKeys(bool keyRequired) {
+  auto& keys = variableKeys.emplace();
+  const int32_t count = getFieldCount();
+  for (int32_t j = 0; j < count; ++j) {
+    FieldDefn& field = *fields[static_cast<size_t>(j)];
+    if (field.getDataType() != FieldDefn::kVariable) continue;
+    // A type 11 field from before variable records existed has no key at all.
+    const int32_t k = field.getVariableDefn() ? field.getVariableDefn()->getKeyFieldIndex() : -1;
+    if (k < 0 || k >= count) {
+      if (keyRequired) throw InvalidFile(messages::kVariableTypeFieldInvalid);
+      continue;
+    }
+    // The first field that a key rules is the one recorded.
+    keys.emplace(k, j);
+    FieldDefn& key = *fields[static_cast<size_t>(k)];
+    key.addFlags(FieldDefn::kIsVariableTypeField);
+    if (k > j) field.addFlags(FieldDefn::kKeyBehind);
+    if (key.getMaxRepeats() != 1 && field.getMaxRepeats() != 1) field.addFlags(FieldDefn::kRepeatsWithKey);
   }
 }
 

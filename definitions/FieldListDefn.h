@@ -4,7 +4,9 @@
 // the one they share.
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -37,6 +39,9 @@ class FieldListDefn {
   bool hasEquations() const { return !equations.empty(); }
   const UserDataMap& getUserData() const { return userData; }
   uint32_t getFlags() const { return flags; }
+  // Each variable field's key index to the index of the field it rules (the first one a key
+  // rules); null without variable fields.
+  const std::map<int32_t, int32_t>* getVariableKeys() const { return variableKeys ? &*variableKeys : nullptr; }
 
  protected:
   FieldListDefn();
@@ -47,6 +52,11 @@ class FieldListDefn {
   // equations, which this engine refuses with InvalidFile when a file has them, then user data and
   // the flag word; files without a flag word have kHasVariableField worked out from the fields.
   void readRulesAndFlags(InputStream& stream, int version);
+  // Done at load rather than by the first tree: marks the keys (flag 0x02), a variable field whose
+  // key comes after it (0x04) and one that repeats with its key (0x20), and fills variableKeys. A
+  // key outside the fields throws InvalidFile "Variable type field is invalid" with `keyRequired`,
+  // and is passed over without: such a field keeps the type of an empty key.
+  void workOutVariableKeys(bool keyRequired);
 
   std::vector<std::unique_ptr<FieldDefn>> fields;
   std::shared_ptr<SyntaxRuleSet> SyntaxRules;
@@ -54,6 +64,7 @@ class FieldListDefn {
   std::vector<std::shared_ptr<ValidationEquation>> equations;
   UserDataMap userData;
   uint32_t flags = 0;
+  std::optional<std::map<int32_t, int32_t>> variableKeys;
 
  private:
   friend class MessageSetDefn;  // marks its message type fields

@@ -5,7 +5,6 @@
 #include "definitions/InputStream.h"
 #include "definitions/PcfMessages.h"
 #include "definitions/PcfVersion.h"
-#include "definitions/VariableFieldDefn.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/TextConversion.h"
 
@@ -38,7 +37,7 @@ void SegmentDefn::load(MessageSetDefn& owner, InputStream& stream, int version, 
 
   readRulesAndFlags(stream, version);
   readSpecialRecords(stream, version);
-  if (flags & kHasVariableField) workOutVariableKeys();
+  if (flags & kHasVariableField) workOutVariableKeys(true);
 }
 
 void SegmentDefn::readSpecialRecords(InputStream& stream, int version) {
@@ -62,24 +61,6 @@ void SegmentDefn::readSpecialRecords(InputStream& stream, int version) {
       // Unlike the indicator's, this text is there only for a separator given as a string.
       if (separator.SpecialSeparatorType == qxSepString) stream.readWide(separator.SpecialSeparatorString);
     }
-  }
-}
-
-void SegmentDefn::workOutVariableKeys() {
-  auto& keys = variableKeys.emplace();
-  const int32_t count = getFieldCount();
-  for (int32_t j = 0; j < count; ++j) {
-    FieldDefn& field = *fields[static_cast<size_t>(j)];
-    if (field.getDataType() != FieldDefn::kVariable) continue;
-    // A type 11 field from before variable records existed has no key at all.
-    const int32_t k = field.getVariableDefn() ? field.getVariableDefn()->getKeyFieldIndex() : -1;
-    if (k < 0 || k >= count) throw InvalidFile(messages::kVariableTypeFieldInvalid);
-    // The first field that a key rules is the one recorded.
-    keys.emplace(k, j);
-    FieldDefn& key = *fields[static_cast<size_t>(k)];
-    key.addFlags(FieldDefn::kIsVariableTypeField);
-    if (k > j) field.addFlags(FieldDefn::kKeyBehind);
-    if (key.getMaxRepeats() != 1 && field.getMaxRepeats() != 1) field.addFlags(FieldDefn::kRepeatsWithKey);
   }
 }
 

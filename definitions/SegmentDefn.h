@@ -61,7 +61,6 @@ class SegmentDefn : public FieldListDefn {
   const SpecialSeparator* getSpecialSeparator() const;
   // From the index of a key field to the first variable field whose type it rules; null without
   // flag 0x01.
-  const std::map<int32_t, int32_t>* getVariableKeys() const { return variableKeys ? &*variableKeys : nullptr; }
 
   // The field names, widened, longest first and by code unit among names of one length, so that a
   // name that begins another comes after it. Made once, on first use, under the segment's lock;
@@ -74,7 +73,6 @@ class SegmentDefn : public FieldListDefn {
   void addFlags(uint32_t bits) { flags |= bits; }
 
   void readSpecialRecords(InputStream& stream, int version);
-  void workOutVariableKeys();
 
   kestrel::TRVString<char> Name;
   WideText Tag;
@@ -85,7 +83,6 @@ class SegmentDefn : public FieldListDefn {
   std::vector<std::unique_ptr<MatchDefn>> matches;
   const MessageSetDefn* set = nullptr;
   std::optional<SpecialSeparator> presenceSeparator;
-  std::optional<std::map<int32_t, int32_t>> variableKeys;
   std::optional<SpecialSeparator> nameValueSeparator;
 
   // Written after the load, by the first reader: the list, and the pointer that other readers test

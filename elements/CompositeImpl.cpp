@@ -11,7 +11,9 @@
 #include "elements/ElementPath.h"
 #include "elements/FactorySettings.h"
 #include "elements/ParseFindings.h"
-#include "elements/FieldImpl.h"
+#include "elements/FieldFactory.h"
+#include "elements/FieldImplBase.h"
+#include "elements/TypedFieldReader.h"
 #include "elements/PositionedWrite.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/BadParameter.h"
@@ -76,13 +78,26 @@ bool CompositeImpl::isChildPresent(int index) { return childAt(index) != nullptr
 
 std::unique_ptr<FieldBase> CompositeImpl::makeChild(int index) {
   const FieldDefn& defn = compositeDefn->getField(index);
+  std::unique_ptr<VariableFieldType> type;
+  if (defn.getDataType() == FieldDefn::kVariable) type = FieldFactory::typeFromKey(*this, defn);
   // A component doesn't repeat, whatever its definition says.
-  if (defn.isComposite()) return std::make_unique<CompositeImpl>(defn, this, index, childSeparator);
-  return std::make_unique<FieldImpl>(defn, this, index, childSeparator);
+  return FieldFactory::makeValue(defn, this, index, childSeparator, std::move(type));
+}
+
+void CompositeImpl::typeChanged() {
+  // A variable field made as a composite takes the composite its key chose, and no children yet.
+  const VariableFieldType* type = getVariableType();
+  compositeDefn = fieldDefn->isComposite() ? fieldDefn->getComposite() : (type ? type->getComposite() : nullptr);
+  childSeparator = childSeparatorOf(compositeDefn, parentSeparator);
+  children.clear();
 }
 
 InternalElement* CompositeImpl::getChildCreating(int index) {
-  if (FieldBase* existing = childAt(index)) return existing;
+  if (FieldBase* existing = childAt(index)) {
+    if (existing->getFieldDefn().getDataType() != FieldDefn::kVariable || !FieldFactory::isStale(*this, *existing)) {
+      return existing;
+    }
+  }
   if (children.size() <= static_cast<size_t>(index)) children.resize(static_cast<size_t>(getFieldCount()));
   children[static_cast<size_t>(index)] = makeChild(index);
   setTreeChanged(true);
@@ -199,39 +214,48 @@ void CompositeImpl::setValue(const unsigned char* bytes, int length) {
   getChildCreating(0)->setValue(bytes, length);
 }
 
+const FieldInstancesControl* CompositeImpl::childOverrides() {
+  // A composite that a variable field's key chose has no place in the item's overrides.
+  return fieldDefn->isComposite() ? overrideControl() : nullptr;
+}
+
 bool CompositeImpl::childRequired(int index) {
   if (FieldBase* child = childAt(index)) return child->isRequired();
-  const FieldDefn& defn = compositeDefn->getField(index);
-  SegmentImplBase* owner = getOwner();
-  if (getFieldDefn().getHasOverrides() && owner && owner->getItemDefn() && owner->getItemDefn()->getFieldInstances()) {
-    return owner->getItemDefn()->getFieldInstances()->isRequired(getLocationValues(), index);
-  }
-  return defn.isRequired();
+  if (const FieldInstancesControl* control = childOverrides()) return control->isRequired(getLocationValues(), index);
+  return compositeDefn->getField(index).isRequired();
 }
 
 bool CompositeImpl::childHasDefault(int index) {
   if (FieldBase* child = childAt(index)) return child->hasDefaultValue();
-  SegmentImplBase* owner = getOwner();
-  if (getFieldDefn().getHasOverrides() && owner && owner->getItemDefn() && owner->getItemDefn()->getFieldInstances()) {
-    return !owner->getItemDefn()->getFieldInstances()->getDefaultValue(getLocationValues(), index).empty();
+  if (const FieldInstancesControl* control = childOverrides()) {
+    return !control->getDefaultValue(getLocationValues(), index).empty();
   }
   return !compositeDefn->getField(index).getDefaultValue().empty();
 }
 
 void CompositeImpl::onFieldValueChanged(int fieldIndex, int, bool) {
-  // A key inside the composite rules a field outside it; the composite as a key tells its owner.
+  // The composite as a key tells its owner.
   if (fieldIndex == -1) {
     if (fieldDefn->isVariableTypeField() && parent) parent->onFieldValueChanged(index, -1, false);
     return;
   }
   FieldBase* child = childAt(fieldIndex);
-  if (child && child->getFieldDefn().isVariableTypeField() && parent) parent->onFieldValueChanged(index, -1, false);
+  if (!child || !child->getFieldDefn().isVariableTypeField()) return;
+  const auto* keys = compositeDefn ? compositeDefn->getVariableKeys() : nullptr;
+  if (!keys || !keys->contains(fieldIndex)) {
+    // A key that rules nothing here rules something outside.
+    if (parent) parent->onFieldValueChanged(index, -1, false);
+    return;
+  }
+  const int32_t ruled = keys->at(fieldIndex);
+  if (static_cast<size_t>(ruled) < children.size()) FieldFactory::retype(*this, children[static_cast<size_t>(ruled)], ruled);
 }
 
 // ----- copies
 
 std::unique_ptr<InternalElement> CompositeImpl::cloneWithParent(InternalElement* newParent) {
   auto copy = std::make_unique<CompositeImpl>(*fieldDefn, newParent, index, parentSeparator);
+  copyVariableTypeInto(*copy);
   copy->children.resize(children.size());
   for (size_t i = 0; i < children.size(); ++i) {
     if (children[i]) copy->children[i] = children[i]->cloneWithParent(copy.get());
@@ -270,6 +294,12 @@ void CompositeImpl::readChildToken(int i, ParserStream& stream, ParserToken& tok
   SeparatorTrieNode& plain = list.getTrie();
   SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : plain;
   readDirectly = false;
+  if (defn.getFlags() & FieldDefn::kNotPlain) {
+    auto* child = static_cast<FieldBase*>(getChildCreating(i));
+    readDirectly = TypedFieldReader::read(*child, stream, token, list, separatorInUse, defn.getMaxLength(), useGeneric,
+                                          errors, location);
+    return;
+  }
   if (defn.isComposite()) {
     const CompositeDefn* inner = defn.getComposite();
     const bool readsItself = inner && (inner->getFlags() & CompositeDefn::kHoldsQuotedText);
@@ -333,16 +363,7 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
     if (readDirectly) {
       childFilled = childAt(i) && !childAt(i)->isEmpty();
     } else if (!token.characters().empty()) {
-      const std::u16string_view text = token.characters();
-      InternalElement* child = getChildCreating(i);
-      if (child->getNodeType() == qxPrimitive) {
-        SegmentImplBase* owner = getOwner();
-        static_cast<FieldImplBase*>(child)->readValue(text, token.useView && owner && owner->isInSourceText(text));
-      } else {
-        StringParserStream childStream(text.data(), static_cast<int32_t>(text.size()));
-        uint32_t childMore = 0;
-        child->parseElement(childStream, errors, childMore, location);
-      }
+      TypedFieldReader::give(*static_cast<FieldBase*>(getChildCreating(i)), token, errors, location);
       childFilled = true;
     }
     if (separatorInUse) {

@@ -14,6 +14,7 @@
 namespace vantrelia {
 
 class CompositeDefn;
+class FieldInstancesControl;
 struct ParserToken;
 
 class CompositeImpl : public FieldBase, public FieldContainer, public ElementContainer {
@@ -55,6 +56,7 @@ class CompositeImpl : public FieldBase, public FieldContainer, public ElementCon
   void forgetParserPositions(RecordedErrors& errors) override;
   void onFieldValueChanged(int fieldIndex, int repeatIndex, bool onlyFollowing) override;
   InternalElement* getChildCreating(int index) override;
+  void typeChanged() override;
 
   int getChildCount() override { return getFieldCount(); }
   std::span<const std::unique_ptr<InternalElement>> getChildArray() override;
@@ -69,6 +71,8 @@ class CompositeImpl : public FieldBase, public FieldContainer, public ElementCon
   std::unique_ptr<FieldBase> makeChild(int index);
   void readChildToken(int index, ParserStream& stream, ParserToken& token, bool separatorInUse, bool useGeneric,
                       RecordedErrors& errors, ValidationLocation& location, bool& readDirectly);
+  // The item's overrides of this composite's children, null where there are none.
+  const FieldInstancesControl* childOverrides();
   bool childRequired(int index);
   bool childHasDefault(int index);
 

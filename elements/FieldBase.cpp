@@ -9,6 +9,7 @@
 #include "elements/ElementMessages.h"
 #include "elements/ElementUserData.h"
 #include "elements/SegmentImplBase.h"
+#include "elements/VariableFieldType.h"
 #include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
 #include "parsing/SeparatorList.h"
@@ -32,6 +33,10 @@ void FieldBase::findOwner() {
     const auto* above = static_cast<const FieldBase*>(parent);
     ownerSegment = above->ownerSegment;
     ownerFieldIndex = above->ownerFieldIndex;
+    // Overrides follow the definition's composites; a composite that a key chose isn't one of them.
+    if (above->getFlag(kBelowVariable) || (above->getNodeType() == qxComposite && !above->fieldDefn->isComposite())) {
+      flags |= kBelowVariable;
+    }
   } else {
     ownerSegment = static_cast<SegmentImplBase*>(parent);
     ownerFieldIndex = static_cast<int16_t>(index);
@@ -71,7 +76,9 @@ const MessageSetDefn* FieldBase::getMessageSetDefn() {
 // ----- attributes at this place
 
 const FieldInstancesControl* FieldBase::overrideControl() {
-  if (!fieldDefn->getHasOverrides() || !getOwner() || !ownerSegment->getItemDefn()) return nullptr;
+  if (!fieldDefn->getHasOverrides() || getFlag(kBelowVariable) || !getOwner() || !ownerSegment->getItemDefn()) {
+    return nullptr;
+  }
   return ownerSegment->getItemDefn()->getFieldInstances();
 }
 
@@ -88,6 +95,28 @@ FieldBase::InstValues& FieldBase::instances() {
     std::reverse(location.begin(), location.end());
   }
   return *instValues;
+}
+
+const VariableFieldType* FieldBase::getVariableType() const {
+  if (fieldDefn->getDataType() != FieldDefn::kVariable) return nullptr;
+  if (instValues && instValues->variableType) return instValues->variableType.get();
+  // The items of a variable array are of the array's type and hold none of their own.
+  if (parent && parent->isFieldNode()) {
+    const auto* list = static_cast<const FieldBase*>(parent);
+    if (list->fieldDefn == fieldDefn) return list->getVariableType();
+  }
+  return nullptr;
+}
+
+void FieldBase::setVariableType(std::unique_ptr<VariableFieldType> type) {
+  instances().variableType = std::move(type);
+  typeChanged();
+}
+
+void FieldBase::copyVariableTypeInto(FieldBase& copy) const {
+  if (instValues && instValues->variableType) {
+    copy.setVariableType(std::make_unique<VariableFieldType>(*instValues->variableType));
+  }
 }
 
 const std::vector<int32_t>& FieldBase::getLocationValues() {

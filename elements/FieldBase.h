@@ -10,6 +10,7 @@
 
 #include "elements/FieldLocation.h"
 #include "elements/InternalElement.h"
+#include "elements/VariableFieldType.h"
 #include "foundation/TRVString.h"
 
 namespace vantrelia {
@@ -36,6 +37,9 @@ class FieldBase : public InternalElement, public FieldLocation {
   static constexpr uint16_t kPathFinal = 0x0400;
   static constexpr uint16_t kNull = 0x0800;
   static constexpr uint16_t kAwaitsFormatter = 0x1000;
+  // Set at construction: the field stands inside the node of a variable field's type, below which
+  // the message item has no overrides.
+  static constexpr uint16_t kBelowVariable = 0x2000;
 
   FieldBase(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index);
   ~FieldBase() override;
@@ -75,6 +79,11 @@ class FieldBase : public InternalElement, public FieldLocation {
   virtual void propagateSeparatorList(SeparatorList*) {}
   // The field's variable type was set or changed.
   virtual void typeChanged() {}
+  // The type a variable field took from its key: its own, or for an item of an array, the array's.
+  // Null for a field that isn't variable.
+  const VariableFieldType* getVariableType() const;
+  // Takes over the type (a variable field's node is made for its type) and tells typeChanged.
+  void setVariableType(std::unique_ptr<VariableFieldType> type);
   virtual void appendFieldPath(std::string& text);
 
   // The attributes at this place: the message item's overrides where the definition allows them,
@@ -107,6 +116,7 @@ class FieldBase : public InternalElement, public FieldLocation {
     Formatter* formatter = nullptr;
     const ValidationTableDefn* validationTable = nullptr;
     int32_t countKind = 0;
+    std::unique_ptr<VariableFieldType> variableType;
   };
 
   InstValues& instances();
@@ -117,6 +127,8 @@ class FieldBase : public InternalElement, public FieldLocation {
   // The item's override control when this field's definition may be overridden at its place.
   const FieldInstancesControl* overrideControl();
   void findOwner();
+  // For clones: the copy takes a copy of this field's own variable type.
+  void copyVariableTypeInto(FieldBase& copy) const;
 
   const FieldDefn* fieldDefn;
   SegmentImplBase* ownerSegment = nullptr;

@@ -82,7 +82,7 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
     if (required) text = messageTypeValue(*this);
     if (text.empty() && (required || (settings.flags & qxOutputDefaultValuesForOptionalFields))) {
       const WideText& defaultText = getDefaultValue();
-      if (!defaultText.empty()) text = list.encodeValue(defaultText.view(), base);
+      if (!defaultText.empty()) text = encodeForWire(defaultText.view(), list, base);
     }
     // A value that the definition writes with its own separators follows the message's.
     if (!text.empty()) text = list.translateValue(text);
@@ -92,7 +92,7 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
     } else {
       const bool recount = settings.forceCountUpdate && getCountKind() != 0;
       text = minimize && !recount ? getEncodedValueNoTouch() : currentValue();
-      if (base != FieldDefn::kRawBinary) text = list.encodeValue(text, base);
+      if (base != FieldDefn::kRawBinary) text = encodeForWire(text, list, base);
     }
   }
 

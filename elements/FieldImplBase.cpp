@@ -1,6 +1,7 @@
 #include "elements/FieldImplBase.h"
 
 #include "definitions/ArrayTypeDefn.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "elements/ElementMessages.h"
@@ -69,9 +70,16 @@ FieldImplBase::FieldImplBase(const FieldDefn& fieldDefn, InternalElement* parent
 
 FieldImplBase::~FieldImplBase() = default;
 
-int32_t FieldImplBase::getBaseType() const { return fieldDefn->getBaseType(); }
+int32_t FieldImplBase::getBaseType() const {
+  // A variable field is of the type its key chose; an array's items of the array's item type.
+  if (const VariableFieldType* type = getVariableType()) return type->getBaseType();
+  return fieldDefn->getEffectiveType();
+}
 
-bool FieldImplBase::isBinaryField() const { return fieldDefn->getIsBinary(); }
+bool FieldImplBase::isBinaryField() const {
+  return fieldDefn->getDataType() == FieldDefn::kVariable ? DataTypeCodes::isBinary(getBaseType())
+                                                          : fieldDefn->getIsBinary();
+}
 
 bool FieldImplBase::isEncodedBinary() const { return isBinaryField() && getBaseType() != FieldDefn::kRawBinary; }
 
@@ -92,10 +100,23 @@ int32_t FieldImplBase::lengthFromSibling(InternalElement& owner, const std::vect
 
 // ----- the separators a value holds
 
-const PrimitiveTypeDefn* FieldImplBase::getCustomType() const { return fieldDefn->getCustomType(); }
+const PrimitiveTypeDefn* FieldImplBase::getCustomType() const {
+  if (fieldDefn->getDataType() == FieldDefn::kVariable) {
+    const VariableFieldType* type = getVariableType();
+    return type ? type->getCustomType() : nullptr;
+  }
+  if (fieldDefn->getDataType() == FieldDefn::kArray) {
+    return fieldDefn->getArrayType() ? fieldDefn->getArrayType()->getCustomType() : nullptr;
+  }
+  return fieldDefn->getCustomType();
+}
+
+std::u16string FieldImplBase::encodeForWire(std::u16string_view text, const SeparatorList& list, int32_t base) const {
+  return list.encodeValue(text, base);
+}
 
 bool FieldImplBase::isSeparatorAllowed(int32_t separator) const {
-  const PrimitiveTypeDefn* type = fieldDefn->getCustomType();
+  const PrimitiveTypeDefn* type = getCustomType();
   return type && separator >= 0 && separator < kSeparatorCount &&
          type->isSeparatorAllowed(static_cast<ESeparatorType>(separator));
 }
@@ -387,6 +408,7 @@ void FieldImplBase::copyValueInto(FieldImplBase& copy) const {
   copy.value.assign(value.view());
   copy.flags = static_cast<uint16_t>(copy.flags | (flags & (kNull | kAwaitsFormatter)));
   if (binaryValue) copy.binaryValue = std::make_unique<std::vector<unsigned char>>(*binaryValue);
+  copyVariableTypeInto(copy);
 }
 
 }  // namespace vantrelia

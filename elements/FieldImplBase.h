@@ -50,8 +50,11 @@ class FieldImplBase : public FieldBase, public SeparatorField {
   bool isBinaryField() const;
   // A binary field whose wire form is an encoding (Base64, uuencode, hex), not raw units.
   bool isEncodedBinary() const;
-  // The data type that decides the value's form: for a variable field, the type chosen at run time.
+  // The data type that decides the value's form: for a variable field, the type chosen at run time;
+  // for an item of an array, the array's item type.
   virtual int32_t getBaseType() const;
+  // The value's wire form, as the writer hands it out: separators in it replaced or quoted.
+  virtual std::u16string encodeForWire(std::u16string_view text, const SeparatorList& list, int32_t base) const;
 
   // The length that a raw binary field at `index` of `owner` reads: the value of the last sibling
   // before it that its definition names, 0 without one.

@@ -3,16 +3,14 @@
 #include "definitions/CompositeDefn.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/MessageSetDefn.h"
+#include "definitions/VariableFieldDefn.h"
 #include "elements/CompositeImpl.h"
-#include "elements/ElementMessages.h"
-#include "elements/ElementPath.h"
 #include "elements/FactorySettings.h"
+#include "elements/FieldFactory.h"
 #include "elements/FieldImpl.h"
-#include "elements/PositionedWrite.h"
 #include "elements/SegmentImplBase.h"
+#include "elements/TypedFieldReader.h"
 #include "foundation/CheckIndex.h"
-#include "foundation/Format.h"
-#include "foundation/IllegalOperation.h"
 #include "parsing/ParserToken.h"
 #include "parsing/SeparatorList.h"
 #include "parsing/SeparatorTrieNode.h"
@@ -26,69 +24,54 @@ namespace {
 const std::u16string kCarriageReturnLineFeed = u"\r\n";
 }
 
-RepeatFieldImpl::RepeatFieldImpl(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index,
-                                 ESeparatorType fieldSeparator)
-    : FieldBase(fieldDefn, parent, index), fieldSeparator(fieldSeparator) {}
-
-RepeatFieldImpl::~RepeatFieldImpl() = default;
-
-std::unique_ptr<FieldBase> RepeatFieldImpl::makeItem(int32_t itemIndex) {
-  if (fieldDefn->isComposite()) return std::make_unique<CompositeImpl>(*fieldDefn, this, itemIndex, fieldSeparator);
-  return std::make_unique<FieldImpl>(*fieldDefn, this, itemIndex, fieldSeparator);
+std::unique_ptr<RepeatingFieldBase> RepeatFieldImpl::makeEmptyCopy(InternalElement* newParent) const {
+  return std::make_unique<RepeatFieldImpl>(*fieldDefn, newParent, index, fieldSeparator);
 }
 
-// ----- the list
+std::unique_ptr<VariableFieldType> RepeatFieldImpl::repeatType(int32_t repeat) {
+  const VariableFieldDefn* variable = fieldDefn->getVariableDefn();
+  const int32_t key = variable ? variable->getKeyFieldIndex() : -1;
+  if (!parent || key < 0 || key >= parent->getElementCount()) return FieldFactory::typeFor(*fieldDefn, {});
+  InternalElement* keyField = parent->getChildCreating(key);
+  // A repeating key gives each repeat the text of its own repeat at the same place.
+  if (keyField->getNodeType() == qxRepeating) {
+    const bool present = repeat < keyField->getElementCount();
+    return FieldFactory::typeFor(*fieldDefn, present ? keyField->getElementAt(repeat)->getValue() : std::u16string());
+  }
+  return FieldFactory::typeFor(*fieldDefn, keyField->getValue());
+}
 
-MessageElement* RepeatFieldImpl::appendElement(const char*) {
-  items.push_back(makeItem(static_cast<int32_t>(items.size())));
-  setChanged(true);
-  return items.back().get();
+std::unique_ptr<FieldBase> RepeatFieldImpl::makeItem(int32_t itemIndex) {
+  if (fieldDefn->getDataType() != FieldDefn::kVariable) {
+    return FieldFactory::makeValue(*fieldDefn, this, itemIndex, fieldSeparator, nullptr);
+  }
+  std::unique_ptr<VariableFieldType> type;
+  if (fieldDefn->getFlags() & FieldDefn::kRepeatsWithKey) {
+    type = repeatType(itemIndex);
+  } else if (const VariableFieldType* shared = getVariableType()) {
+    type = std::make_unique<VariableFieldType>(*shared);
+  }
+  return FieldFactory::makeValue(*fieldDefn, this, itemIndex, fieldSeparator, std::move(type));
+}
+
+void RepeatFieldImpl::retypeRepeat(int repeat) {
+  if (repeat < 0 || static_cast<size_t>(repeat) >= items.size()) return;
+  auto& slot = items[static_cast<size_t>(repeat)];
+  const std::u16string text = slot->getValue();
+  slot.reset();
+  slot = makeItem(repeat);
+  if (!text.empty()) slot->setValue(std::u16string_view(text));
 }
 
 void RepeatFieldImpl::removeElementAt(int at) {
   checkIndex(at, getElementCount());
-  items.erase(items.begin() + at);
-  for (size_t i = static_cast<size_t>(at); i < items.size(); ++i) items[i]->index = static_cast<int32_t>(i);
+  eraseItem(at);
   onFieldValueChanged(at, 1, false);
-  setChanged(true);
-}
-
-void RepeatFieldImpl::removeAllElements() {
-  items.clear();
-  items.shrink_to_fit();
-  setChanged(true);
-  onFieldValueChanged(-1, -1, false);
-}
-
-void RepeatFieldImpl::setEmpty() {
-  removeAllElements();
-  setChanged(true);
-  onFieldValueChanged(-1, -1, false);
-}
-
-bool RepeatFieldImpl::isEmpty() {
-  for (const auto& item : items) {
-    if (!item->isEmpty()) return false;
+  // Each repeat behind the gap now stands beside another repeat of its key.
+  if (fieldDefn->getFlags() & FieldDefn::kRepeatsWithKey) {
+    for (int i = at; i < getElementCount(); ++i) retypeRepeat(i);
   }
-  return true;
-}
-
-bool RepeatFieldImpl::isNull() { return items.size() == 1 && items.front()->isNull(); }
-
-void RepeatFieldImpl::setNull() {
-  removeAllElements();
-  appendElement(nullptr);
-  items.front()->setNull();
   setChanged(true);
-  onFieldValueChanged(-1, -1, false);
-}
-
-void RepeatFieldImpl::setValue(const unsigned char*, int) {
-  throw IllegalOperation(messages::kSetBinaryPrimitiveValuesOnly);
-}
-
-void RepeatFieldImpl::onFieldValueChanged(int fieldIndex, int, bool) {
-  if (fieldDefn->isVariableTypeField() && parent) parent->onFieldValueChanged(index, fieldIndex, false);
 }
 
 // The owner segment answers for the equations of its fields, repeated or not.
@@ -104,78 +87,39 @@ std::u16string RepeatFieldImpl::getCalculatedText(int fieldIndex) {
   return getOwner() ? getOwner()->getCalculatedText(fieldIndex) : std::u16string();
 }
 
-// ----- paths
-
-MessageElement* RepeatFieldImpl::getElementAt(int at) {
-  checkIndex(at, getElementCount());
-  return items[static_cast<size_t>(at)].get();
-}
-
-MessageElement* RepeatFieldImpl::getElementAt(const char* path) { return ElementPath::walkIndexed(*this, path, parent); }
-
-ElementCollection RepeatFieldImpl::getElementCollection(const char* spec) {
-  return ElementPath::collectIndexed(*this, spec);
-}
-
-void RepeatFieldImpl::appendNumericPath(std::string& text) {
-  if (parent) parent->appendNumericPath(text);
-  if (!text.empty()) text += '.';
-  text += std::to_string(index + 1);
-}
-
-// ----- copies
-
-std::unique_ptr<InternalElement> RepeatFieldImpl::cloneWithParent(InternalElement* newParent) {
-  auto copy = std::make_unique<RepeatFieldImpl>(*fieldDefn, newParent, index, fieldSeparator);
-  copy->items.reserve(items.size());
-  for (const auto& item : items) copy->items.push_back(item->cloneWithParent(copy.get()));
-  return copy;
-}
-
-std::unique_ptr<MessageElement> RepeatFieldImpl::clone() { return cloneWithParent(parent); }
-
-void RepeatFieldImpl::validateInto(SeparatorList&, ValidationErrorList&, bool, ValidationLocation&, bool) {}
-
-void RepeatFieldImpl::forgetParserPositions(RecordedErrors& errors) {
-  errors.forget(this);
-  for (const auto& item : items) item->forgetParserPositions(errors);
-}
-
 // ----- reading
 
 void RepeatFieldImpl::readItem(ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
                                bool fieldSeparatorActive, bool useGeneric) {
   SeparatorList& list = *getSeparatorList();
-  if (list.isTrieDirty()) list.buildTrie();
-  SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : list.getTrie();
   ParserToken token;
   token.useView = true;
-  const bool composite = fieldDefn->isComposite();
-  if (!fieldSeparatorActive) {
-    stream.readToken(trie, token, getMaxLength(), !composite);
-  } else if (composite && fieldDefn->getComposite() &&
-             (fieldDefn->getComposite()->getFlags() & CompositeDefn::kHoldsQuotedText)) {
-    auto* item = static_cast<InternalElement*>(appendElement(nullptr));
-    uint32_t moreFollows = 0;
-    item->parseElement(stream, errors, moreFollows, location);
-    return;
-  } else if (!composite && fieldDefn->getBaseType() == FieldDefn::kQuotedText) {
-    list.readToken(stream, token, 0, true, useGeneric, nullptr);
+  auto* item = static_cast<FieldBase*>(appendElement(nullptr));
+  if (fieldDefn->getFlags() & FieldDefn::kNotPlain) {
+    // Custom, array and variable items cut their text by their class.
+    if (TypedFieldReader::read(*item, stream, token, list, fieldSeparatorActive, getMaxLength(), useGeneric, errors,
+                               location)) {
+      return;
+    }
   } else {
-    stream.readToken(trie, token, 0, !composite);
+    if (list.isTrieDirty()) list.buildTrie();
+    SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : list.getTrie();
+    const bool composite = fieldDefn->isComposite();
+    if (!fieldSeparatorActive) {
+      stream.readToken(trie, token, getMaxLength(), !composite);
+    } else if (composite && fieldDefn->getComposite() &&
+               (fieldDefn->getComposite()->getFlags() & CompositeDefn::kHoldsQuotedText)) {
+      uint32_t moreFollows = 0;
+      item->parseElement(stream, errors, moreFollows, location);
+      return;
+    } else if (!composite && fieldDefn->getBaseType() == FieldDefn::kQuotedText) {
+      list.readToken(stream, token, 0, true, useGeneric, nullptr);
+    } else {
+      stream.readToken(trie, token, 0, !composite);
+    }
   }
   // An empty token makes an item too, which stays empty.
-  auto* item = static_cast<InternalElement*>(appendElement(nullptr));
-  const std::u16string_view text = token.characters();
-  if (text.empty()) return;
-  if (item->getNodeType() == qxPrimitive) {
-    SegmentImplBase* owner = getOwner();
-    static_cast<FieldImplBase*>(item)->readValue(text, token.useView && owner && owner->isInSourceText(text));
-    return;
-  }
-  StringParserStream itemStream(text.data(), static_cast<int32_t>(text.size()));
-  uint32_t moreFollows = 0;
-  item->parseElement(itemStream, errors, moreFollows, location);
+  TypedFieldReader::give(*item, token, errors, location);
 }
 
 bool RepeatFieldImpl::parseElement(ParserStream& stream, RecordedErrors& errors, uint32_t& moreFollows,
@@ -212,19 +156,7 @@ bool RepeatFieldImpl::parseElement(ParserStream& stream, RecordedErrors& errors,
   return !isEmpty();
 }
 
-std::u16string_view RepeatFieldImpl::setEncodedValue(std::u16string_view text) {
-  setChanged(true);
-  setEmpty();
-  return readOwnText(text, fieldSeparator);
-}
-
 // ----- writing
-
-std::u16string RepeatFieldImpl::getEncodedValue() { return PositionedWrite::field(*this, items.size() == 1, false); }
-
-std::u16string RepeatFieldImpl::getEncodedValueNoTouch() {
-  return PositionedWrite::field(*this, items.size() == 1, true);
-}
 
 bool RepeatFieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize, int32_t& counter) {
   if (isNull() && list.isInUse(qxSepNull)) {
@@ -246,9 +178,9 @@ bool RepeatFieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool min
   }
   if (isEmpty() && !minimize &&
       (isRequired() || FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields))) {
-    const WideText& defaultText = getDefaultValue();
-    list.writeData(defaultText.view());
-    return !defaultText.empty();
+    const WideText& text = defaultText();
+    list.writeData(text.view());
+    return !text.empty();
   }
   list.writeSeparator(SeparatorList::kWriteInitiator, qxSepRepeat);
   const bool flag = items.size() == 1 && mayOmitFill;

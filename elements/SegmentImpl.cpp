@@ -3,6 +3,7 @@
 #include <string>
 
 #include "definitions/CompositeDefn.h"
+#include "definitions/DataTypeCodes.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/FieldInstancesControl.h"
 #include "definitions/SegmentFieldInstancesControl.h"
@@ -15,6 +16,7 @@
 #include "elements/CompositeImpl.h"
 #include "elements/FactorySettings.h"
 #include "elements/ParseFindings.h"
+#include "elements/TypedFieldReader.h"
 #include "foundation/TextCompare.h"
 #include "elements/FieldBase.h"
 #include "elements/FieldImplBase.h"
@@ -95,6 +97,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
   const bool useGeneric = getMessageSetDefn() && getMessageSetDefn()->getGenericParsing();
   const int fieldCount = getFieldCount();
   bool popped = false;
+  DeferredFields deferred;
   for (int i = 0; i < fieldCount; ++i) {
     if (stream.atEnd()) break;
     location.fieldPosition = i + 1;
@@ -108,7 +111,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
         popped = true;
       }
     }
-    parseField(i, stream, errors, location, useGeneric, lastFieldFilled);
+    parseField(i, stream, errors, location, useGeneric, lastFieldFilled, deferred);
     if (delimited && !consumeFieldSeparator(i, stream, errors, location, useGeneric, lastFieldFilled)) break;
     if (list.atOuterSeparator(stream, popped ? 0 : 1)) break;
     location.fieldPosition = -1;
@@ -124,7 +127,25 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
     return false;
   }
   finishSegmentParse(stream, endMask, useGeneric, status, errors, location);
+  readDeferredFields(deferred, errors, location);
   return true;
+}
+
+void SegmentImpl::readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors,
+                                     ValidationLocation& location) {
+  for (const auto& [index, text] : deferred) {
+    // Its key has been read by now: the field is made of the type the key chose.
+    FieldBase* field = getField(index);
+    const VariableFieldType* type = field->getVariableType();
+    // A composite reads the text as it came; any other value is cut already and only decoded.
+    const std::u16string value =
+        type && type->getKind() == qxVarComposite ? text : separators->decodeValue(text, DataTypeCodes::kString);
+    location.fieldPosition = index + 1;
+    StringParserStream fieldStream(value.data(), static_cast<int32_t>(value.size()));
+    uint32_t moreFollows = 0;
+    field->parseElement(fieldStream, errors, moreFollows, location);
+  }
+  location.fieldPosition = -1;
 }
 
 void SegmentImpl::readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
@@ -136,18 +157,38 @@ void SegmentImpl::readPlainToken(ParserStream& stream, ParserToken& token, int32
 }
 
 void SegmentImpl::parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
-                             bool useGeneric, bool& lastFieldFilled) {
+                             bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred) {
   SeparatorList& list = *separators;
   const FieldDefn& defn = segmentDefn->getField(index);
   const bool active = list.isSeparatorActive(fieldSeparator);
   ParserToken token;
   token.useView = true;
+  constexpr uint32_t kVariableKeyBehind = FieldDefn::kNotPlain | FieldDefn::kKeyBehind;
+  if ((defn.getFlags() & kVariableKeyBehind) == kVariableKeyBehind) {
+    // The key that types this field comes later: its text waits, uncut, until the segment is read.
+    readPlainToken(stream, token, active ? 0 : defn.getMaxLength(), false, false);
+    lastFieldFilled = !token.characters().empty();
+    if (lastFieldFilled) deferred.emplace_back(index, std::u16string(token.characters()));
+    return;
+  }
   if (defn.getMaxRepeats() != 1) {
     // A repeat cuts its own items.
     FieldBase* field = getField(index);
     uint32_t moreFollows = 0;
     lastFieldFilled = field->parseElement(stream, errors, moreFollows, location);
     if (field->isEmpty()) destroyField(index);
+    return;
+  }
+  if (defn.getFlags() & FieldDefn::kNotPlain) {
+    // Custom, array and variable fields are cut by the class they were made as.
+    FieldBase* field = getField(index);
+    if (TypedFieldReader::read(*field, stream, token, list, active, defn.getMaxLength(), useGeneric, errors,
+                               location)) {
+      lastFieldFilled = !field->isEmpty();
+      return;
+    }
+    lastFieldFilled = !token.characters().empty();
+    parseFieldValue(index, token, errors, location);
     return;
   }
   if (defn.isComposite()) {
@@ -191,15 +232,7 @@ void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedE
     destroyField(index);
     return;
   }
-  FieldBase* field = getField(index);
-  // Every primitive node of a segment is a FieldImplBase.
-  if (field->getNodeType() == qxPrimitive) {
-    static_cast<FieldImplBase*>(field)->readValue(text, isInSourceText(text));
-    return;
-  }
-  StringParserStream fieldStream(text.data(), static_cast<int32_t>(text.size()));
-  uint32_t moreFollows = 0;
-  field->parseElement(fieldStream, errors, moreFollows, location);
+  TypedFieldReader::give(*getField(index), token, errors, location);
 }
 
 int32_t SegmentImpl::linkedLength(int index) {

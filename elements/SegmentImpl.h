@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "elements/SegmentImplBase.h"
 
@@ -21,9 +24,13 @@ class SegmentImpl : public SegmentImplBase {
 
  private:
   std::unique_ptr<SegmentImpl> copyWithParent(InternalElement* newParent) const;
+  // Texts of variable fields whose key comes after them, by index, read once the segment is.
+  using DeferredFields = std::vector<std::pair<int, std::u16string>>;
+
   // Cuts field `index` from the stream by its kind and hands it its text.
   void parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
-                  bool useGeneric, bool& lastFieldFilled);
+                  bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
+  void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
   void parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors, ValidationLocation& location);
   void readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
                       bool useGeneric);

@@ -4,12 +4,11 @@
 #include "definitions/MessageItemDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentFieldInstancesControl.h"
-#include "elements/CompositeImpl.h"
 #include "elements/ElementMessages.h"
 #include "foundation/FoundationMessages.h"
 #include "elements/ElementPath.h"
 #include "elements/ElementUserData.h"
-#include "elements/FieldImpl.h"
+#include "elements/FieldFactory.h"
 #include "elements/ItemListNode.h"
 #include "elements/PositionedWrite.h"
 #include "elements/RepeatFieldImpl.h"
@@ -77,9 +76,17 @@ FieldBase* SegmentImplBase::fieldAt(int index) const {
 
 std::unique_ptr<FieldBase> SegmentImplBase::makeField(int index) {
   const FieldDefn& defn = segmentDefn->getField(index);
-  if (defn.getMaxRepeats() != 1) return std::make_unique<RepeatFieldImpl>(defn, this, index, fieldSeparator);
-  if (defn.isComposite()) return std::make_unique<CompositeImpl>(defn, this, index, fieldSeparator);
-  return std::make_unique<FieldImpl>(defn, this, index, fieldSeparator);
+  std::unique_ptr<VariableFieldType> type;
+  // Repeats that each follow the key's repeat beside them are typed one by one, not here.
+  if (defn.getDataType() == FieldDefn::kVariable && !(defn.getFlags() & FieldDefn::kRepeatsWithKey)) {
+    type = FieldFactory::typeFromKey(*this, defn);
+  }
+  if (defn.getMaxRepeats() != 1) {
+    auto repeat = std::make_unique<RepeatFieldImpl>(defn, this, index, fieldSeparator);
+    if (type) repeat->setVariableType(std::move(type));
+    return repeat;
+  }
+  return FieldFactory::makeValue(defn, this, index, fieldSeparator, std::move(type));
 }
 
 void SegmentImplBase::storeField(int index, std::unique_ptr<FieldBase> field) {
@@ -95,7 +102,14 @@ void SegmentImplBase::destroyField(int index) {
 InternalElement* SegmentImplBase::getChildCreating(int index) { return getField(index); }
 
 FieldBase* SegmentImplBase::getField(int index) {
-  if (FieldBase* existing = fieldAt(index)) return existing;
+  if (FieldBase* existing = fieldAt(index)) {
+    // A variable field always matches its key when fetched; one whose key changed without telling
+    // it is made anew, and its value is lost.
+    if (existing->getFieldDefn().getDataType() != FieldDefn::kVariable || !FieldFactory::isStale(*this, *existing)) {
+      return existing;
+    }
+    destroyField(index);
+  }
   storeField(index, makeField(index));
   return fieldAt(index);
 }
@@ -116,17 +130,24 @@ bool SegmentImplBase::isChildRepeating(int index) {
   return segmentDefn->getField(index).getMaxRepeats() != 1;
 }
 
-void SegmentImplBase::onFieldValueChanged(int fieldIndex, int, bool) {
+void SegmentImplBase::onFieldValueChanged(int fieldIndex, int repeatIndex, bool onlyFollowing) {
   const auto* keys = segmentDefn->getVariableKeys();
   if (!keys) return;
   const auto ruled = keys->find(fieldIndex);
   if (ruled == keys->end()) return;
   FieldBase* field = fieldAt(ruled->second);
   if (!field) return;
+  if (repeatIndex != -1 && (field->getFieldDefn().getFlags() & FieldDefn::kRepeatsWithKey)) {
+    // One repeat of the key changed: the ruled repeat beside it (and, asked for, those after it).
+    auto* repeats = static_cast<RepeatFieldImpl*>(field);
+    for (int i = repeatIndex; i < repeats->getElementCount(); ++i) {
+      repeats->retypeRepeat(i);
+      if (!onlyFollowing) break;
+    }
+    return;
+  }
   // The ruled field takes the type its key names now; its text survives the change.
-  const std::u16string text = field->getValue();
-  destroyField(ruled->second);
-  if (!text.empty()) getField(ruled->second)->setValue(std::u16string_view(text));
+  FieldFactory::retype(*this, fields[static_cast<size_t>(ruled->second)], ruled->second);
 }
 
 void SegmentImplBase::copyFieldsInto(SegmentImplBase& copy) const {

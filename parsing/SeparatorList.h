@@ -115,6 +115,9 @@ class SeparatorList {
   ESeparatorType popSeparator();
   void saveLevels() { savedLevels = levels; }
   void restoreLevels();
+  // Saves the levels, then lets the separators that a value of the custom type may hold stand in
+  // data: their levels stop ending tokens until restoreLevels.
+  void saveLevelsAllowing(const PrimitiveTypeDefn& type);
   // Pops down to the nearest level of that separator (or the bottom), keeping what it popped so
   // that restorePopped can push it back.
   void saveAndPopTo(ESeparatorType index);
@@ -203,6 +206,10 @@ class SeparatorList {
 
   std::u16string encodeValue(std::u16string_view text, int32_t fieldType) const;
   std::u16string decodeValue(std::u16string_view text, int32_t fieldType) const;
+  // encodeValue for a value of a custom type: separators that the type allows stand as they are,
+  // and with escape characters in force nothing between a start and an end escape is replaced. An
+  // escape left open goes out with its start in replaced form. `fieldType` is the type's base.
+  std::u16string encodeCustomValue(std::u16string_view text, const PrimitiveTypeDefn& type, int32_t fieldType) const;
   // A text written with the definition's separators, in this message's separators.
   std::u16string translateValue(std::u16string_view text) const;
   // The inverse: each separator's current text in `text` becomes its definition's text, so that a
@@ -288,6 +295,9 @@ class SeparatorList {
   void rebuildCharacterSets();
   std::u16string_view entryText(const ReplaceEntry& entry) const;
   std::u16string_view entryReplacement(const ReplaceEntry& entry) const;
+  // encodeValue and encodeCustomValue past the check for watched characters; `type` null for a
+  // value of no custom type.
+  std::u16string encodeWith(std::u16string_view text, int32_t fieldType, const PrimitiveTypeDefn* type) const;
   // The text of the slot a type names for an escape mark, empty when it names none.
   std::u16string_view escapeText(int32_t index) const;
 

@@ -131,14 +131,36 @@ std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fiel
   const bool quotedType = fieldType == DataTypeCodes::kQuotedText;
   const std::u16string_view watched = quotedType ? mustQuoteCharacters : mustEncodeCharacters;
   if (text.find_first_of(watched) == std::u16string_view::npos) return std::u16string(text);
+  return encodeWith(text, fieldType, nullptr);
+}
 
+std::u16string SeparatorList::encodeCustomValue(std::u16string_view text, const PrimitiveTypeDefn& type,
+                                                int32_t fieldType) const {
+  return encodeWith(text, fieldType, &type);
+}
+
+std::u16string SeparatorList::encodeWith(std::u16string_view text, int32_t fieldType,
+                                         const PrimitiveTypeDefn* type) const {
+  const bool quotedType = fieldType == DataTypeCodes::kQuotedText;
+  const int32_t start = type ? type->rawStartEscapeCharacter() : PrimitiveTypeDefn::kNoEscape;
+  const int32_t end = type ? type->rawEndEscapeCharacter() : PrimitiveTypeDefn::kNoEscape;
+  const auto allowed = [type](int32_t index) {
+    return type && index >= 0 && index < kSeparatorSlots && type->isSeparatorAllowed(static_cast<ESeparatorType>(index));
+  };
+  // With escapes in force, the escapes decide what stays as it is; a type that allows both escape
+  // separators in its values has nothing to mark, and its allow-list decides.
+  const bool escaping = type && type->getUsingSpecialEscapeCharacters() && !(allowed(start) && allowed(end));
+  // A custom value that its allow-list governs only doubles its quotes; the others are quoted too.
+  const bool quoteNeedsQuotes = !type || escaping;
   std::u16string result;
   result.reserve(text.size() + 8);
   bool needsQuotes = false;
+  bool inEscape = false;
+  size_t escapeStart = 0;
   for (size_t at = 0; at < text.size();) {
     if (quotedType && text[at] == kQuote.front()) {
       result += kDoubledQuote;
-      needsQuotes = true;
+      if (quoteNeedsQuotes) needsQuotes = true;
       ++at;
       continue;
     }
@@ -147,11 +169,28 @@ std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fiel
       const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
       if (!slot.active) continue;
       const std::u16string_view separator = entryText(entry);
-      if (!startsWithAt(text, at, separator)) continue;
-      if (!slot.replacementValue.empty()) {
+      const bool here = startsWithAt(text, at, separator);
+      if (escaping) {
+        // The escape marks go out as they are; between them nothing is replaced.
+        const bool opens = !inEscape && entry.index == start && !entry.isTerminator && here;
+        const bool closes = inEscape && entry.index == end && !entry.isTerminator && here;
+        if (opens || closes) {
+          if (opens) escapeStart = result.size();
+          inEscape = opens;
+          result += separator;
+          at += separator.size();
+          taken = true;
+          break;
+        }
+        if (inEscape) continue;
+      } else if (allowed(entry.index)) {
+        continue;
+      }
+      if (!here) continue;
+      if (!entryReplacement(entry).empty()) {
         result += entryReplacement(entry);
         at += separator.size();
-        needsQuotes = needsQuotes || quotedType;
+        needsQuotes = true;
         taken = true;
         break;
       }
@@ -159,7 +198,12 @@ std::u16string SeparatorList::encodeValue(std::u16string_view text, int32_t fiel
     }
     if (!taken) result += text[at++];
   }
-  if (needsQuotes) return std::u16string(kQuote) + result + std::u16string(kQuote);
+  // An escape left open goes out with its start in replaced form.
+  if (inEscape) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(start)];
+    if (!slot.replacementValue.empty()) result.replace(escapeStart, slot.value.size(), slot.replacementValue);
+  }
+  if (quotedType && needsQuotes) return std::u16string(kQuote) + result + std::u16string(kQuote);
   return result;
 }
 

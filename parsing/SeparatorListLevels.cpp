@@ -4,6 +4,8 @@
 
 #include "parsing/SeparatorList.h"
 
+#include "definitions/PrimitiveTypeDefn.h"
+
 #include "definitions/SeparatorDefn.h"
 
 namespace vantrelia {
@@ -78,6 +80,15 @@ void SeparatorList::flushOutOfForce() {
 void SeparatorList::restoreLevels() {
   levels = savedLevels;
   currentSeparator = levels.empty() ? qxSepSegment : levels.back();
+  trieDirty = true;
+}
+
+void SeparatorList::saveLevelsAllowing(const PrimitiveTypeDefn& type) {
+  saveLevels();
+  // A string level keeps its place, since the k-th of them owns the k-th pushed string.
+  for (ESeparatorType& level : levels) {
+    if (level != qxSepString && level != qxSepNone && type.isSeparatorAllowed(level)) level = qxSepNone;
+  }
   trieDirty = true;
 }
 

@@ -40,6 +40,11 @@ TEST(CompositeWriterTest, RecordsIdsAndForwardReferences) {
     // The flag word from 857 says what the engine works out by itself before it.
     EXPECT_EQ(outer.getFlags(), CompositeDefn::kHasVariableField);
     EXPECT_EQ(compiled->composite("Inner").getFlags(), 0u);
+    // The key and the field it rules are marked at load, as in a segment.
+    ASSERT_NE(outer.getVariableKeys(), nullptr);
+    EXPECT_EQ(*outer.getVariableKeys(), (std::map<int32_t, int32_t>{{1, 2}}));
+    EXPECT_TRUE(outer.getField(1).isVariableTypeField());
+    EXPECT_EQ(compiled->composite("Inner").getVariableKeys(), nullptr);
     EXPECT_EQ(outer.getCompositeType(), version >= 865 ? qxCompTypeFieldPresenceIndicator : qxCompTypeNormal);
     if (version >= 865) {
       EXPECT_EQ(outer.getSpecialSeparatorType(), qxSepUser2);
