@@ -38,6 +38,8 @@ class ParseContext {
     separators = saved.separators;
     fixedSeparators = saved.fixedSeparators;
     separatorStack = saved.separatorStack;
+    // The sets set aside run parallel to their lists: a list given back takes its set along.
+    if (setStack.size() > separatorStack.size()) setStack.resize(separatorStack.size());
   }
 
   const MessageWarehouseDefn& warehouse;

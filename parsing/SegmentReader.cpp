@@ -419,7 +419,7 @@ void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* s
       const auto onStack = std::find(context.setStack.begin(), context.setStack.end(), match.setIndex);
       if (onStack != context.setStack.end()) {
         // Back to an enclosing set: every list in between ends.
-        while (!context.setStack.empty()) {
+        while (!context.setStack.empty() && !context.separatorStack.empty()) {
           const int32_t popped = context.setStack.back();
           context.separators = context.separatorStack.back();
           context.setStack.pop_back();
