@@ -189,14 +189,14 @@ class SetBuilder:
 # terminator from its end (position -1). The release character is user1.
 SEPARATORS = {
     "segment": {"value": "'", "style": "terminator", "replacement": "?'", "fromField": "UNA", "position": -1},
-    "field1": {"value": "+", "replacement": "?+", "fromField": "UNA", "position": 2},
+    "field1": {"value": "+", "style": "initiator", "replacement": "?+", "fromField": "UNA", "position": 2},
     "field2": {"value": ":", "replacement": "?:", "fromField": "UNA", "position": 1},
     "decimal": {"value": ".", "fromField": "UNA", "position": 3},
     "user1": {"value": "?", "replacement": "??", "fromField": "UNA", "position": 4},
 }
 MESSAGE_SEPARATORS = {
     "segment": {"value": "'", "style": "terminator", "replacement": "?'"},
-    "field1": {"value": "+", "replacement": "?+"},
+    "field1": {"value": "+", "style": "initiator", "replacement": "?+"},
     "field2": {"value": ":", "replacement": "?:"},
     "decimal": ".",
     "user1": {"value": "?", "replacement": "??"},
@@ -211,7 +211,8 @@ def interchange_set(directory, message_set_name):
     # UNA has no fields of the directory: its separators are read by the set, and the reserved
     # place is its one field.
     parts["segments"].insert(0, {"name": "UNA", "separator": "none", "fixedWidth": True,
-                                 "fields": [{"name": "Reserved", "maxLength": 1}]})
+                                 # Required, so that the reserved place is written back as a filler.
+                                 "fields": [{"name": "Reserved", "required": True, "maxLength": 1}]})
     messages = {"embeddedSet": message_set_name, "name": "MESSAGE", "maxRepeats": 0}
     return {
         "name": "EDIFACT_INTERCHANGE",

@@ -547,7 +547,7 @@ def envelope_sets(dictionary, envelope, version, inner_name, external, transacti
     # separator in ISA16, and the segment terminator right behind ISA16.
     separators = {
         "segment": {"value": "~", "style": "terminator", "fromField": "ISA", "position": -1},
-        "field1": {"value": "*", "fromField": "ISA", "position": 1},
+        "field1": {"value": "*", "style": "initiator", "fromField": "ISA", "position": 1},
         "field2": {"value": ":", "fromField": "ISA.ISA16", "position": 0},
     }
     if version == "005010":
@@ -584,7 +584,7 @@ def transaction_set(dictionary, version, transactions, external):
         "name": f"X12_{version}",
         # Transaction sets use the separators their interchange read from ISA.
         "initializeSeparatorsFromParent": True,
-        "separators": {"segment": {"value": "~", "style": "terminator"}, "field1": "*", "field2": ":",
+        "separators": {"segment": {"value": "~", "style": "terminator"}, "field1": {"value": "*", "style": "initiator"}, "field2": ":",
                        **({"repeat": "^"} if version == "005010" else {})},
         "messageTypeFields": ["ST/1"],
         "validationTables": tables.tables,
