@@ -54,13 +54,15 @@ void dropEntries(LookAheadList& lookAhead, ParseContext& context, MessageImpl* m
 // The value of one message type field, looked for in the look-ahead and read on for when needed.
 // Null when the text ends first.
 std::optional<std::u16string> typeValue(const FieldPathDefn& field, ParseContext& context, LookAheadList& lookAhead,
-                                        ParserStream& stream, ValidationLocation& location) {
+                                        LookAheadList::iterator from, ParserStream& stream,
+                                        ValidationLocation& location) {
   const std::string_view whole = field.getName().view();
   const size_t slash = whole.find('/');
   const std::string_view segmentName = whole.substr(0, slash);
   const std::string fieldPath(slash == std::string_view::npos ? std::string_view() : whole.substr(slash + 1));
 
-  auto entry = std::find_if(lookAhead.begin(), lookAhead.end(), [&](const SegmentMatch& match) {
+  // Entries before `from` belong to messages placed already (an embedded message leaves its own).
+  auto entry = std::find_if(from, lookAhead.end(), [&](const SegmentMatch& match) {
     return match.getElement() && segmentName == match.getElement()->getName();
   });
   while (entry == lookAhead.end()) {
@@ -136,7 +138,8 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
   const auto& typeFields = setDefn.getMessageTypeFields();
   std::vector<std::u16string> typeValues;
   for (const FieldPathDefn& field : typeFields) {
-    std::optional<std::u16string> value = typeValue(field, context, lookAhead, stream, location);
+    std::optional<std::u16string> value =
+        typeValue(field, context, lookAhead, iterator == lookAhead.end() ? lookAhead.begin() : iterator, stream, location);
     if (!value) return nullptr;
     typeValues.push_back(std::move(*value));
   }

@@ -551,14 +551,23 @@ bool StateWalk::messageMatchesHold() const {
 }
 
 void StateWalk::cleanUp() {
+  // An embedded message leaves its segments in the look-ahead: should the enclosing message be
+  // given up, they go back to their entries with the rest of it and are offered to the next
+  // candidate, instead of dying with the failed message. The outermost message clears them.
+  const bool embedded = message.parent != nullptr;
   for (auto entry = lookAhead.begin(); entry != iterator;) {
     if (entry->ownsElement()) {
       entry->getElement()->forgetParserPositions(context.errors);
       entry->dropElement();
-    } else if (SegmentElement* kept = entry->getElement()) {
-      kept->setOwnedByTree(true);
-      entry->forgetElement();
+      entry = lookAhead.erase(entry);
+      continue;
     }
+    if (SegmentElement* kept = entry->getElement()) kept->setOwnedByTree(true);
+    if (embedded) {
+      ++entry;
+      continue;
+    }
+    entry->forgetElement();
     entry = lookAhead.erase(entry);
   }
 }

@@ -245,5 +245,49 @@ TEST(MessageParseWalkTest, QualifiersLookAheadAndRelaxedPlacesDecideWhereSegment
   }
 }
 
+// Two messages of one set around an embedded set: the first is given up only after its embedded
+// message was finished, at the message's own match list.
+const char* const kEmbeddingDefinition = R"(
+messageSets:
+  - name: OUT
+    trimSegments: true
+    separators: &separators
+      segment: {value: "~", style: terminator}
+      field1: {value: '*', style: initiator}
+    segments:
+      - {name: H, fields: [{name: Kind}]}
+      - {name: T, fields: [{name: Kind}]}
+    messages:
+      - name: FIRST
+        matches: [{path: T/Kind, value: "one"}]
+        items: &items
+          - {segment: H, required: true}
+          - {embeddedSet: IN, name: INNER, maxRepeats: 0}
+          - {segment: T, required: true}
+      - {name: SECOND, items: *items}
+  - name: IN
+    trimSegments: true
+    separators: *separators
+    segments:
+      - {name: S, fields: [{name: Value}]}
+    messages:
+      - name: INNER_MESSAGE
+        items: [{segment: S, required: true, maxRepeats: 0}]
+)";
+
+TEST(MessageParseEmbeddingTest, EmbeddedMessagesSurviveTheirEnclosingCandidateBeingGivenUp) {
+  MessageFactory factory;
+  compileAndLoad(factory, kEmbeddingDefinition);
+  const std::u16string text = u"H*x~S*a~S*b~T*two~";
+  auto message = factory.Parse(text.c_str());
+  ASSERT_NE(message, nullptr);
+  EXPECT_STREQ(message->getName(), "SECOND");
+  MessageElement* inner = message->getElementAt("INNER");
+  ASSERT_EQ(inner->getElementCount(), 1);
+  EXPECT_EQ(narrow(inner->getElementAt(0)->getElementAt("S[1]/Value")->getValue()), "b");
+  EXPECT_TRUE(findingsOf(*message).empty());
+  EXPECT_EQ(message->getEncodedValue(), text);
+}
+
 }  // namespace
 }  // namespace vantrelia::testing
