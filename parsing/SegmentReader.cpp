@@ -55,8 +55,9 @@ const MessageItemDefn& headerItem(const MessageSetDefn& set, int32_t index) {
   return set.getMessages().front()->getItem(index);
 }
 
-std::shared_ptr<SeparatorList> newList(const MessageSetDefn& set, const SeparatorList* parent) {
-  auto list = std::make_shared<SeparatorList>(set, set.isFixedWidth(), parent);
+std::shared_ptr<SeparatorList> newList(const MessageSetDefn& set, std::shared_ptr<SeparatorList> parent) {
+  auto list = std::make_shared<SeparatorList>(set, set.isFixedWidth(), parent.get());
+  list->holdParent(std::move(parent));
   list->reset(true, true, true);
   return list;
 }
@@ -407,7 +408,7 @@ void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* s
       context.separatorStack.push_back(context.separators);
       context.setStack.push_back(context.setIndex);
     }
-    context.separators = newList(set, context.separators.get());
+    context.separators = newList(set, context.separators);
     match.newSeparators = true;
   };
 
@@ -434,8 +435,8 @@ void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* s
         enterNested();
       } else if (place <= context.headerIndex) {
         // A header seen again: a new interchange with separators of its own.
-        const SeparatorList* parent = context.separatorStack.empty() ? nullptr : context.separatorStack.back().get();
-        context.separators = newList(set, parent);
+        context.separators =
+            newList(set, context.separatorStack.empty() ? nullptr : context.separatorStack.back());
         match.newSeparators = true;
       }
       context.headerIndex = -1;
@@ -444,8 +445,7 @@ void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* s
   }
 
   if (!context.separators) {
-    const SeparatorList* parent = context.separatorStack.empty() ? nullptr : context.separatorStack.back().get();
-    context.separators = newList(set, parent);
+    context.separators = newList(set, context.separatorStack.empty() ? nullptr : context.separatorStack.back());
   }
   ++context.headerIndex;
   while (context.headerIndex < place) {

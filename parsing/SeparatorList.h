@@ -102,6 +102,9 @@ class SeparatorList {
   bool isLevelFixedWidth() const { return !levelFixedWidth.empty() && levelFixedWidth.back() != 0; }
   const MessageSetDefn& getMessageSet() const { return *messageSet; }
   const SeparatorList* getParent() const { return parent; }
+  // Keeps the parent alive for as long as this list lives: a list made during a parse may outlive
+  // the parse that made its parent.
+  void holdParent(std::shared_ptr<const SeparatorList> owner) { parentHold = std::move(owner); }
   std::u16string_view getMustQuoteCharacters() const { return mustQuoteCharacters; }
   std::u16string_view getMustEncodeCharacters() const { return mustEncodeCharacters; }
 
@@ -308,6 +311,7 @@ class SeparatorList {
   bool fixedWidth = false;
   bool checkOutputTail = false;
   const SeparatorList* parent;
+  std::shared_ptr<const SeparatorList> parentHold;
   std::array<SeparatorImpl, kSeparatorSlots> slots;
   std::array<SeparatorImpl, kSeparatorSlots> savedSlots;
   int32_t currentSeparator = qxSepSegment;

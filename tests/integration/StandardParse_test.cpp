@@ -1,0 +1,37 @@
+// Messages of the real standards parsed against their generated definitions: the right interchange
+// and message, named fields, and the text written back.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "elements/MessageElement.h"
+#include "support/ElementTesting.h"
+#include "support/StandardDefinition.h"
+
+namespace vantrelia::testing {
+namespace {
+
+std::string readSource(const std::string& relative) {
+  std::ifstream file(std::string(VANTRELIA_SOURCE_DIR) + "/" + relative, std::ios::binary);
+  std::stringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+TEST(StandardParseTest, EdifactOrderInItsInterchange) {
+  MessageFactory& factory = standardDefinition("edifact/edifact_d96a.yaml");
+  std::string text = readSource("examples/orders-d96a.edi");
+  text.pop_back();  // the line end after the last segment is no part of the interchange
+  auto interchange = factory.Parse(wide(text).c_str());
+  ASSERT_NE(interchange, nullptr);
+  EXPECT_STREQ(interchange->getName(), "INTERCHANGE");
+  MessageElement* order = interchange->getElementAt("MESSAGE[0]");
+  EXPECT_STREQ(order->getName(), "ORDERS");
+  EXPECT_EQ(narrow(order->getElementAt("SG2[1]/NAD/PartyQualifier")->getValue()), "SU");
+  EXPECT_EQ(narrow(interchange->getEncodedValue()), text);
+}
+
+}  // namespace
+}  // namespace vantrelia::testing
