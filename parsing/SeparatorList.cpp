@@ -38,6 +38,7 @@ SeparatorList::SeparatorList(const SeparatorList& other)
       fixedWidth(other.fixedWidth),
       checkOutputTail(other.checkOutputTail),
       parent(other.parent),
+      parentHold(other.parentHold),
       slots(other.slots),
       savedSlots(other.savedSlots),
       currentSeparator(other.currentSeparator),
