@@ -74,6 +74,11 @@ class Reader {
 
  private:
   int32_t rotated(int32_t start, int32_t turn) const { return (start + turn) % setCount; }
+  // The sets whose tag maps are searched, in turn: the current set, then the sets enclosing it
+  // from the innermost out, then the rest in order after the current one. A segment that closes
+  // an embedded message (an X12 GE) belongs to the interchange around it, even when another set
+  // (the interchange of another version) has a segment of that tag too.
+  std::vector<int32_t> setOrder() const;
   const MessageSetDefn& set(int32_t index) const { return *sets[static_cast<size_t>(index)]; }
   bool excluded(int32_t index) const { return context.excludedSets.count(index) != 0; }
 
@@ -109,6 +114,20 @@ class Reader {
   // The context's setIndex when the read began.
   int32_t startSet = -1;
 };
+
+std::vector<int32_t> Reader::setOrder() const {
+  std::vector<int32_t> order;
+  order.reserve(static_cast<size_t>(setCount));
+  const auto add = [&](int32_t index) {
+    if (index >= 0 && index < setCount && std::find(order.begin(), order.end(), index) == order.end())
+      order.push_back(index);
+  };
+  const int32_t first = startSet < 0 ? 0 : startSet;
+  add(first);
+  for (auto enclosing = context.setStack.rbegin(); enclosing != context.setStack.rend(); ++enclosing) add(*enclosing);
+  for (int32_t turn = 1; turn < setCount; ++turn) add(rotated(first, turn));
+  return order;
+}
 
 const Entry* Reader::tagEntry(int32_t setIndex) {
   const MessageSetDefn& candidate = set(setIndex);
@@ -344,18 +363,17 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   if (currentStates && relaxedTable) relaxed = relaxedSegments(*currentStates, *relaxedTable);
   const std::vector<const SegmentDefn*>* relaxedList = currentStates && relaxedTable ? &relaxed : nullptr;
 
-  const int32_t first = startSet < 0 ? 0 : startSet;
+  const std::vector<int32_t> order = setOrder();
   int32_t tagged = -1;
   const Entry* entry = nullptr;
-  for (int32_t turn = 0; turn < setCount && !entry; ++turn) {
-    tagged = rotated(first, turn);
+  for (size_t turn = 0; turn < order.size() && !entry; ++turn) {
+    tagged = order[turn];
     entry = tagEntry(tagged);
   }
   if (entry) {
     match.position = stream.savePosition();
     if (workOnSet(tagged, *entry, startSet, expected, relaxedList)) return std::move(match);
-    for (int32_t turn = 1; turn < setCount; ++turn) {
-      const int32_t index = rotated(first, turn);
+    for (const int32_t index : order) {
       if (index == tagged || excluded(index)) continue;
       const Entry* other = tagEntry(index);
       if (other && workOnSet(index, *other, startSet, expected, relaxedList)) return std::move(match);
