@@ -289,8 +289,28 @@ void Reader::skipText(bool plainConsume) {
   if (list.isTrieDirty()) list.buildTrie();
   ParserToken token;
   token.useView = true;
+  const std::unique_ptr<ParserPosition> start = stream.savePosition();
   stream.readToken(list.getTrie(), token, 0, true);
-  match.tagText.assign(token.characters());
+  // The skipping ends where a message of some set may begin: text of another standard behind
+  // the junk is read with its own separators, not swallowed with the wrong ones.
+  const std::u16string_view skipped = token.characters();
+  size_t header = skipped.size();
+  if (!context.headerTagsFound) {
+    context.headerTags = SegmentReader::headerTags(context.warehouse);
+    context.headerTagsFound = true;
+  }
+  for (const std::u16string& tag : context.headerTags) {
+    const size_t at = skipped.find(tag, 1);
+    if (at < header) header = at;
+  }
+  if (header < skipped.size()) {
+    match.tagText.assign(skipped.substr(0, header));
+    stream.restorePosition(*start);
+    stream.consume(match.tagText);
+    match.endKind = 0;
+    return;
+  }
+  match.tagText.assign(skipped);
   match.endKind = SegmentMatch::kEndedBySeparator;
   if (token.separator == qxSepSegment) match.endKind |= SegmentMatch::kEndSegment;
   if (token.separator == qxSepGroup) match.endKind |= SegmentMatch::kEndGroup;
@@ -392,6 +412,19 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
 }
 
 }  // namespace
+
+std::vector<std::u16string> SegmentReader::headerTags(const MessageWarehouseDefn& warehouse) {
+  std::vector<std::u16string> tags;
+  for (const auto& set : warehouse.getMessageSets()) {
+    for (int32_t i = 0; i < headerCount(*set); ++i) {
+      const SegmentDefn* segment = headerItem(*set, i).getSegment();
+      if (!segment || segment->getTag().empty()) continue;
+      std::u16string tag = segment->getTag().str();
+      if (std::find(tags.begin(), tags.end(), tag) == tags.end()) tags.push_back(std::move(tag));
+    }
+  }
+  return tags;
+}
 
 SegmentMatch SegmentReader::readNextSegment(ParseContext& context, ParserStream& stream, ValidationLocation& location,
                                             const std::vector<const SegmentDefn*>* expected,
