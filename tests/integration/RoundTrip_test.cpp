@@ -128,6 +128,28 @@ TEST(RoundTripMixedTest, MixedBatchWithJunkIsReadCompletely) {
   EXPECT_EQ(mixed.messages.size(), alone);
 }
 
+// Required items the text lacked: the tree's writer makes them up, unless the host asks for the
+// fewest changes, which a parsed message then keeps; a message the host built gets them anyway.
+TEST(RoundTripMixedTest, MinimizeChangesKeepsAbsentItemsOfParsedMessagesAbsent) {
+  MessageFactory factory;
+  compileAndLoad(factory, readFile(std::string(VANTRELIA_SOURCE_DIR) + "/bundled/default.yaml"));
+  const std::u16string minimize = std::u16string(OptionUriPrefix) + u"/edi/minimizeChanges";
+  const std::string text = "MSH|^~\\&|A|B|C|D|20261123||ADT^A04|1|P|2.5\rPID|1||7^^^H||DOE^JANE\r";
+  struct Case {
+    bool option;
+    bool parsed;
+    bool withEvent;
+  };
+  for (const Case c : {Case{false, true, true}, Case{true, true, false}, Case{true, false, true}}) {
+    SCOPED_TRACE(std::string(c.option ? "option on, " : "option off, ") + (c.parsed ? "parsed" : "created"));
+    factory.SetOption(minimize, Any::any(c.option));
+    auto message = c.parsed ? factory.Parse(wide(text).c_str()) : factory.CreateMessage("ADT_A04");
+    ASSERT_NE(message, nullptr);
+    const std::string written = narrow(message->getEncodedValue());
+    EXPECT_EQ(written.find("\rEVN") != std::string::npos, c.withEvent) << written;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Bundled, RoundTripTest, ::testing::Values(Standard::Hl7, Standard::X12, Standard::Edifact),
                          [](const ::testing::TestParamInfo<Standard>& info) {
                            switch (info.param) {
