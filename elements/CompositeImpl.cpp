@@ -127,7 +127,10 @@ MessageElement* CompositeImpl::getElementAt(const char* pathText) {
 
 ElementCollection CompositeImpl::getElementCollection(const char* specText) {
   const std::string_view spec = ElementPath::of(specText);
-  const auto [head, rest] = ElementPath::split(spec, false);
+  // Named, not a structured binding: the lambda below captures the rest.
+  const ElementPath::Step step = ElementPath::split(spec, false);
+  const std::string_view head = step.head;
+  const std::string_view rest = step.rest;
   ElementCollection result;
   const auto take = [&](int i) {
     FieldBase* child = childAt(i);

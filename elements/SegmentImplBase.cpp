@@ -192,7 +192,10 @@ MessageElement* SegmentImplBase::getElementAt(const char* pathText) {
 
 ElementCollection SegmentImplBase::getElementCollection(const char* specText) {
   const std::string_view spec = ElementPath::of(specText);
-  const auto [head, rest] = ElementPath::split(spec);
+  // Named, not a structured binding: the lambda below captures the rest.
+  const ElementPath::Step step = ElementPath::split(spec);
+  const std::string_view head = step.head;
+  const std::string_view rest = step.rest;
   ElementCollection result;
   const auto take = [&](int i) {
     FieldBase* field = fieldAt(i);
