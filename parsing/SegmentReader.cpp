@@ -290,7 +290,9 @@ void Reader::skipText(bool plainConsume) {
   ParserToken token;
   token.useView = true;
   const std::unique_ptr<ParserPosition> start = stream.savePosition();
-  stream.readToken(list.getTrie(), token, 0, true);
+  const char16_t* const startCursor = stream.getCursor();
+  // Skipped text is kept as it stood, replacement sequences and all.
+  stream.readToken(list.getTrie(), token, 0, false);
   // The skipping ends where a message of some set may begin: text of another standard behind
   // the junk is read with its own separators, not swallowed with the wrong ones.
   const std::u16string_view skipped = token.characters();
@@ -306,7 +308,8 @@ void Reader::skipText(bool plainConsume) {
   if (header < skipped.size()) {
     match.tagText.assign(skipped.substr(0, header));
     stream.restorePosition(*start);
-    stream.consume(match.tagText);
+    ParserToken taken;
+    stream.readChars(static_cast<int32_t>(header), taken);
     match.endKind = 0;
     return;
   }
@@ -330,6 +333,13 @@ void Reader::skipText(bool plainConsume) {
     } else {
       stream.consume(value);
     }
+  }
+  // Every skip moves on: a separator at the cursor that ends no segment (one of a field, say) would
+  // otherwise be read again and again. It goes with the skipped text.
+  if (skipped.empty() && startCursor && stream.getCursor() == startCursor && !stream.atEnd()) {
+    ParserToken taken;
+    stream.readChars(1, taken);
+    match.tagText.assign(taken.characters());
   }
 }
 
