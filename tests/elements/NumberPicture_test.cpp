@@ -214,6 +214,28 @@ TEST(NumberPicture, WrittenNumbersReadBack) {
   }
 }
 
+// Every overpunched last digit, both ways, against the zoned-decimal table that signed amounts on
+// the wire use ("{" and "A" to "I" for +0 to +9, "}" and "J" to "R" for -0 to -9), on a picture
+// with two implied decimals as such amounts have.
+TEST(NumberPicture, EveryOverpunchedDigitReadsAndWritesItsSign) {
+  const std::string positive = "{ABCDEFGHI";
+  const std::string negative = "}JKLMNOPQR";
+  SectionedNumberFormatter picture(u"00000v0!");
+  for (int digit = 0; digit < 10; ++digit) {
+    for (const int sign : {1, -1}) {
+      const char punched = (sign > 0 ? positive : negative)[static_cast<size_t>(digit)];
+      const std::string text = std::string("000123") + punched;  // 12.3 and the digit, with its sign
+      const double number = sign * (12.3 + digit / 100.0);
+      SCOPED_TRACE(text);
+      picture.setDouble(99);
+      ASSERT_TRUE(picture.parse(wide(text)));
+      EXPECT_NEAR(picture.getDouble(), number, 1e-9);
+      picture.setDouble(number);
+      EXPECT_EQ(narrow(picture.getText()), text);
+    }
+  }
+}
+
 TEST(NumberPicture, WholeNumbersAreCutTowardsZeroWithinThirtyTwoBits) {
   struct Case {
     double number;
