@@ -1,0 +1,29 @@
+#pragma once
+// A parsed message as the tool shows it: its tree of present nodes, and its parse findings, as JSON
+// or as indented text.
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace vantrelia {
+class MessageElement;
+class ValidationError;
+class ValidationErrorList;
+}  // namespace vantrelia
+
+namespace vantrelia::tool {
+
+class TreeJson {
+ public:
+  // {"name", "index", "nodeType", "value" (primitive fields only), "children" (present ones)}.
+  static nlohmann::json node(MessageElement& element);
+  // {"number", "severity", "text", "segment", "path"}.
+  static nlohmann::json finding(const ValidationError& error);
+  static nlohmann::json findings(const ValidationErrorList& errors);
+  // The tree as lines of "name [index]" and " = value", two spaces deeper per level.
+  static std::string text(MessageElement& element, int depth = 0);
+  static std::string findingText(const ValidationError& error);
+  static const char* severityName(int severity);
+};
+
+}  // namespace vantrelia::tool
