@@ -7,6 +7,7 @@
 #include "foundation/VantreliaException.h"
 #include "foundation/Utf8.h"
 #include "tool/ExitCode.h"
+#include "tool/PathAssignment.h"
 
 namespace vantrelia::tool {
 
@@ -15,26 +16,32 @@ GetCommand::GetCommand(std::string pcf, bool asJson, std::vector<std::string> wa
 
 void GetCommand::onMessage(InputText& input, MessageReader::Item& item) {
   MessageElement& message = *item.message;
-  nlohmann::json values = nlohmann::json::object();
+  nlohmann::ordered_json values = nlohmann::ordered_json::object();
   std::string line;
   for (size_t i = 0; i < paths.size(); ++i) {
-    nlohmann::json value = nullptr;
+    nlohmann::ordered_json value = nullptr;
     try {
       // A collection creates nothing: a path the message could have but doesn't is null.
       const ElementCollection found = message.getElementCollection(paths[i].c_str());
       if (found.getCount() > 0 && found.getItem(0)->isPresent()) value = wideToUtf8(found.getItem(0)->getValue());
-    } catch (const VantreliaException& e) {
-      badPath = true;
-      if (reported.emplace(paths[i], message.getName()).second)
-        std::cerr << "error: " << paths[i] << ": " << e.message << "\n";
+    } catch (const VantreliaException&) {
+      // Either a repeat that isn't there, which a copy can be given, or a path the definition
+      // doesn't have, which the engine names.
+      try {
+        PathAssignment::reach(*message.clone(), paths[i]);
+      } catch (const VantreliaException& e) {
+        badPath = true;
+        if (reported.emplace(paths[i], message.getName()).second)
+          std::cerr << "error: " << paths[i] << ": " << e.message << "\n";
+      }
     }
     if (i > 0) line += "\t";
     if (value.is_string()) line += value.get<std::string>();
     values[paths[i]] = std::move(value);
   }
   if (json) {
-    const nlohmann::json object = {{"offset", input.byteOffset(item.offset)}, {"message", message.getName()}, {"values", values}};
-    out << object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+    const nlohmann::ordered_json object = {{"offset", input.byteOffset(item.offset)}, {"message", message.getName()}, {"values", values}};
+    out << object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
   } else {
     out << line << "\n";
   }

@@ -26,13 +26,15 @@ LineEnds LineEnds::detect(std::u16string_view text) {
     const size_t first = text.find(terminator, text.starts_with(u"UNA") ? 8 : 0);
     if (first == std::u16string_view::npos || first + 1 >= text.size()) return LineEnds(AsDefined, u"", 0);
     const char16_t next = text[first + 1];
-    if (next == u'\r' || next == u'\n') return LineEnds(AfterTerminator, breakAt(first + 1), terminator);
-    // A file that ends in a line break after its last segment, which the definitions would read as
-    // one more segment.
+    LineEnds found = next == u'\r' || next == u'\n' ? LineEnds(AfterTerminator, breakAt(first + 1), terminator)
+                                                     : LineEnds(AsDefined, u"", 0);
+    // Line breaks after the last segment beyond those after every segment, which the definitions
+    // would read as one more segment.
     const size_t last = text.find_last_not_of(u"\r\n");
-    LineEnds asDefined(AsDefined, u"", 0);
-    if (last != std::u16string_view::npos && text[last] == terminator) asDefined.trailing = text.substr(last + 1);
-    return asDefined;
+    if (last == std::u16string_view::npos || text[last] != terminator) return found;
+    const std::u16string_view tail = text.substr(last + 1);
+    found.trailing = tail.substr(tail.starts_with(found.lineBreak) ? found.lineBreak.size() : 0);
+    return found;
   }
   const size_t at = text.find_first_of(u"\r\n");
   if (at == std::u16string_view::npos) return LineEnds(AsDefined, u"", 0);
@@ -49,11 +51,10 @@ const char* LineEnds::name() const {
 }
 
 std::u16string LineEnds::strip(std::u16string_view text, OffsetMap& offsets) const {
+  if (!trailing.empty() && text.ends_with(trailing)) text.remove_suffix(trailing.size());
   if (style == AsDefined) {
-    if (trailing.empty() || !text.ends_with(trailing)) return std::u16string(text);
-    const std::u16string_view kept = text.substr(0, text.size() - trailing.size());
-    offsets.settle(static_cast<int64_t>(kept.size()), static_cast<int64_t>(trailing.size()));
-    return std::u16string(kept);
+    offsets.settle(static_cast<int64_t>(text.size()), static_cast<int64_t>(trailing.size()));
+    return std::u16string(text);
   }
   std::u16string out;
   out.reserve(text.size());
@@ -70,6 +71,7 @@ std::u16string LineEnds::strip(std::u16string_view text, OffsetMap& offsets) con
       out.push_back(text[at++]);
     }
   }
+  offsets.settle(static_cast<int64_t>(out.size()), static_cast<int64_t>(text.size() + trailing.size() - out.size()));
   return out;
 }
 

@@ -20,7 +20,7 @@ void ParseCommand::beginInput(InputText& input, const std::string& name) {
   if (!options.json && !options.summary) out << "# " << input.getName() << ": parsed with " << pcfName << "\n";
 }
 
-nlohmann::json ParseCommand::placed(const InputText& input, const MessageReader::Item& item) const {
+nlohmann::ordered_json ParseCommand::placed(const InputText& input, const MessageReader::Item& item) const {
   const int64_t start = input.byteOffset(item.offset);
   return {{"input", input.getName()},
           {"pcf", pcfName},
@@ -38,15 +38,15 @@ void ParseCommand::onMessage(InputText& input, MessageReader::Item& item) {
     return;
   }
   if (options.json) {
-    nlohmann::json line = placed(input, item);
+    nlohmann::ordered_json line = placed(input, item);
     line["set"] = setNameOf(message);
     line["message"] = message.getName();
     line["tree"] = TreeJson::node(message);
     line["findings"] = TreeJson::findings(findings);
-    out << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+    out << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
     return;
   }
-  const nlohmann::json where = placed(input, item);
+  const nlohmann::ordered_json where = placed(input, item);
   out << "message " << setNameOf(message) << "/" << message.getName() << " at byte " << where["offset"].get<int64_t>()
       << ", " << where["length"].get<int64_t>() << " bytes\n";
   out << TreeJson::text(message, 1);
@@ -57,7 +57,7 @@ void ParseCommand::onMessage(InputText& input, MessageReader::Item& item) {
 
 void ParseCommand::onSkipped(InputText& input, MessageReader::Item& item) {
   if (!isJunk(item.skipped)) return;
-  nlohmann::json where = placed(input, item);
+  nlohmann::ordered_json where = placed(input, item);
   if (options.summary) {
     summary.skippedBytes += where["length"].get<int64_t>();
     return;

@@ -26,7 +26,7 @@ class ParseCommand : public MessageCommand {
   void onSkipped(InputText& input, MessageReader::Item& item) override;
   int endInput(InputText& input) override;
   // The parts every JSON line of an input starts with.
-  nlohmann::json placed(const InputText& input, const MessageReader::Item& item) const;
+  nlohmann::ordered_json placed(const InputText& input, const MessageReader::Item& item) const;
 
   Options options;
   std::string pcfName;

@@ -22,6 +22,9 @@ class PathAssignment {
   // what the engine throws for a path the message doesn't have.
   void applyTo(MessageElement& message) const;
   const std::string& getPath() const { return path; }
+  // The node at the path, created with what it needs, repeats up to the index a step names
+  // included. Throws the engine's BadParameter for a path the message doesn't have.
+  static MessageElement* reach(MessageElement& message, const std::string& path);
 
  private:
   PathAssignment(std::string path, std::string value) : path(std::move(path)), value(std::move(value)) {}

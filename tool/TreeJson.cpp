@@ -22,12 +22,12 @@ void forEachPresentChild(MessageElement& element, Visit visit) {
 
 }  // namespace
 
-nlohmann::json TreeJson::node(MessageElement& element) {
-  nlohmann::json json = {{"name", element.getName()},
+nlohmann::ordered_json TreeJson::node(MessageElement& element) {
+  nlohmann::ordered_json json = {{"name", element.getName()},
                          {"index", element.getElementIndex()},
                          {"nodeType", static_cast<int>(element.getNodeType())}};
   if (element.getNodeType() == qxPrimitive) json["value"] = wideToUtf8(element.getValue());
-  nlohmann::json children = nlohmann::json::array();
+  nlohmann::ordered_json children = nlohmann::ordered_json::array();
   forEachPresentChild(element, [&](MessageElement& child) { children.push_back(node(child)); });
   json["children"] = std::move(children);
   return json;
@@ -42,7 +42,7 @@ const char* TreeJson::severityName(int severity) {
   return "unknown";
 }
 
-nlohmann::json TreeJson::finding(const ValidationError& error) {
+nlohmann::ordered_json TreeJson::finding(const ValidationError& error) {
   return {{"number", error.getErrorNumber()},
           {"severity", severityName(error.getErrorType())},
           {"text", wideToUtf8(error.getError())},
@@ -50,8 +50,8 @@ nlohmann::json TreeJson::finding(const ValidationError& error) {
           {"path", error.getPath()}};
 }
 
-nlohmann::json TreeJson::findings(const ValidationErrorList& errors) {
-  nlohmann::json list = nlohmann::json::array();
+nlohmann::ordered_json TreeJson::findings(const ValidationErrorList& errors) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
   for (const ValidationError& error : errors) list.push_back(finding(error));
   return list;
 }

@@ -16,10 +16,10 @@ namespace vantrelia::tool {
 class TreeJson {
  public:
   // {"name", "index", "nodeType", "value" (primitive fields only), "children" (present ones)}.
-  static nlohmann::json node(MessageElement& element);
+  static nlohmann::ordered_json node(MessageElement& element);
   // {"number", "severity", "text", "segment", "path"}.
-  static nlohmann::json finding(const ValidationError& error);
-  static nlohmann::json findings(const ValidationErrorList& errors);
+  static nlohmann::ordered_json finding(const ValidationError& error);
+  static nlohmann::ordered_json findings(const ValidationErrorList& errors);
   // The tree as lines of "name [index]" and " = value", two spaces deeper per level.
   static std::string text(MessageElement& element, int depth = 0);
   static std::string findingText(const ValidationError& error);
