@@ -3,7 +3,8 @@
 #include <cstdio>
 #include <iostream>
 
-#include "elements/InternalElement.h"
+#include "elements/SegmentImplBase.h"
+#include "foundation/IllegalOperation.h"
 #include "tool/TreeJson.h"
 #include "validation/ValidationErrorList.h"
 
@@ -20,6 +21,18 @@ void ParseCommand::beginInput(InputText& input, const std::string& name) {
   if (!options.json && !options.summary) out << "# " << input.getName() << ": parsed with " << pcfName << "\n";
 }
 
+int64_t ParseCommand::segmentsIn(MessageElement& node) {
+  if (dynamic_cast<SegmentImplBase*>(&node)) return 1;
+  int64_t count = 0;
+  try {
+    count = node.getUnknownSegmentCount();
+  } catch (const IllegalOperation&) {
+    // Only messages and groups keep segments they couldn't place.
+  }
+  TreeJson::forEachPresentChild(node, [&](MessageElement& child) { count += segmentsIn(child); });
+  return count;
+}
+
 nlohmann::ordered_json ParseCommand::placed(const InputText& input, const MessageReader::Item& item) const {
   const int64_t start = input.byteOffset(item.offset);
   return {{"input", input.getName()},
@@ -33,7 +46,7 @@ void ParseCommand::onMessage(InputText& input, MessageReader::Item& item) {
   const ValidationErrorList findings = findingsOf(message);
   if (options.summary) {
     summary.messages[setNameOf(message) + "/" + message.getName()] += 1;
-    if (auto* internal = dynamic_cast<InternalElement*>(&message)) summary.segments += internal->countSegments(true);
+    summary.segments += segmentsIn(message);
     for (const ValidationError& finding : findings) summary.findings[finding.getErrorNumber()] += 1;
     return;
   }

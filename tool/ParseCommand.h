@@ -25,6 +25,8 @@ class ParseCommand : public MessageCommand {
   void onMessage(InputText& input, MessageReader::Item& item) override;
   void onSkipped(InputText& input, MessageReader::Item& item) override;
   int endInput(InputText& input) override;
+  // The segments of the message, those it couldn't place included.
+  static int64_t segmentsIn(MessageElement& node);
   // The parts every JSON line of an input starts with.
   nlohmann::ordered_json placed(const InputText& input, const MessageReader::Item& item) const;
 

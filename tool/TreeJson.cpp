@@ -7,20 +7,16 @@
 
 namespace vantrelia::tool {
 
-namespace {
-
-// The present children in index order; asking by wildcard creates nothing that is absent.
-template <typename Visit>
-void forEachPresentChild(MessageElement& element, Visit visit) {
+void TreeJson::forEachPresentChild(MessageElement& element, const std::function<void(MessageElement&)>& visit) {
   if (element.getNodeType() == qxPrimitive) return;
-  const ElementCollection children = element.getElementCollection(element.getNodeType() == qxRepeating || element.getNodeType() == qxMessageSet ? "[*]" : "*");
+  // Asking by wildcard creates nothing that is absent, where asking by index would.
+  const bool byIndex = element.getNodeType() == qxRepeating || element.getNodeType() == qxMessageSet;
+  const ElementCollection children = element.getElementCollection(byIndex ? "[*]" : "*");
   for (int i = 0; i < children.getCount(); ++i) {
     MessageElement* child = children.getItem(i);
     if (child && child->isPresent()) visit(*child);
   }
 }
-
-}  // namespace
 
 nlohmann::ordered_json TreeJson::node(MessageElement& element) {
   nlohmann::ordered_json json = {{"name", element.getName()},

@@ -2,6 +2,7 @@
 // A parsed message as the tool shows it: its tree of present nodes, and its parse findings, as JSON
 // or as indented text.
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -24,6 +25,8 @@ class TreeJson {
   static std::string text(MessageElement& element, int depth = 0);
   static std::string findingText(const ValidationError& error);
   static const char* severityName(int severity);
+  // The present children in index order.
+  static void forEachPresentChild(MessageElement& element, const std::function<void(MessageElement&)>& visit);
 };
 
 }  // namespace vantrelia::tool

@@ -62,6 +62,16 @@ std::string pcfHelp() {
          "edifact_d96a, an NCPDP transaction header ncpdp-d0, anything else default";
 }
 
+constexpr const char* kUsage =
+    "usage: vantrelia parse [--pcf PCF] [--json | --summary] [--generic] [INPUT...]\n"
+    "       vantrelia get [--pcf PCF] [--json] INPUT PATH...\n"
+    "       vantrelia set [--pcf PCF] INPUT PATH=VALUE... [-o OUT]\n"
+    "       vantrelia write [--pcf PCF] [--normalize] [--check] [INPUT...] [-o OUT]\n"
+    "       vantrelia new [--pcf PCF] MESSAGE [PATH=VALUE...]\n"
+    "       vantrelia compile SOURCE.yaml -o OUT.pcf [--pcf-version N]\n"
+    "       vantrelia inspect FILE.pcf [--json]\n"
+    "       vantrelia COMMAND --help";
+
 constexpr const char* kExitCodes =
     "Exit codes: 0 all parsed, 1 usage error, 2 a file or definition can't be read, 3 some text was skipped or "
     "didn't parse, 4 (write --check) an output would differ.";
@@ -140,7 +150,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::Success& e) {
     return app.exit(e);
   } catch (const CLI::ParseError& e) {
-    app.exit(e);
+    std::cerr << "error: " << e.what() << "\n" << kUsage << "\n";
     return ExitCode::kUsageError;
   }
 

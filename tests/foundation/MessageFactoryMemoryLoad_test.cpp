@@ -7,6 +7,8 @@
 
 #include "compiler/DefinitionCompiler.h"
 #include "definitions/MessageSetDefn.h"
+#include "definitions/MessageWarehouseDefn.h"
+#include "elements/MessageElement.h"
 #include "foundation/InvalidFile.h"
 #include "foundation/MessageFactory.h"
 #include "support/PcfLoad.h"

@@ -1,7 +1,6 @@
 // The command-line tool as a user runs it: compile, inspect, and what it says when things fail.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -13,23 +12,14 @@
 #include "definitions/ValidationTableDefn.h"
 #include "support/ReadFile.h"
 #include "support/TempDir.h"
+#include "support/ToolRun.h"
 #include "tool/ValidationTableJson.h"
 
 namespace vantrelia {
 namespace {
 
-struct ToolRun {
-  int exitCode;
-  std::string out;
-  std::string err;
-};
-
-ToolRun runTool(const testing::TempDir& dir, const std::string& arguments) {
-  const std::string out = dir.path("stdout.txt"), err = dir.path("stderr.txt");
-  const std::string command = std::string(VANTRELIA_TOOL_PATH) + " " + arguments + " >" + out + " 2>" + err;
-  const int status = std::system(command.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, testing::readFile(out), testing::readFile(err)};
-}
+using testing::runTool;
+using testing::ToolRun;
 
 TEST(VantreliaToolTest, InspectShowsWhatEachVersionCarries) {
   testing::TempDir dir;
