@@ -198,3 +198,46 @@ TEST(VantreliaToolTest, ValidationTablesAndSettingsAsJson) {
 
 }  // namespace
 }  // namespace vantrelia
+
+namespace vantrelia {
+namespace {
+
+TEST(VantreliaToolTest, InspectShowsTheOverridesOfEachSegmentItem) {
+  testing::TempDir dir;
+  const std::string source = dir.write("items.yaml", std::string(R"(
+messageSets:
+  - name: S
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', style: initiator}
+    segments:
+      - {name: MSH, fields: [{name: Sending}, {name: Control}]}
+    messages:
+      - name: M
+        items:
+          - segment: MSH
+            overrides: {Control: {required: true, default: X, maxLength: 7}}
+          - {segment: MSH, name: "MSH:2"}
+)"));
+  const std::string pcf = dir.path("items.pcf");
+  ASSERT_EQ(runTool(dir, "compile " + source + " -o " + pcf).exitCode, 0);
+  const ToolRun inspected = runTool(dir, "inspect " + pcf + " --json");
+  ASSERT_EQ(inspected.exitCode, 0) << inspected.err;
+  const auto items = nlohmann::json::parse(inspected.out)["messageSets"][0]["messages"][0]["items"];
+  ASSERT_EQ(items.size(), 2u);
+  const auto& overrides = items[0]["fieldInstances"];
+  ASSERT_TRUE(overrides.is_object()) << items[0];
+  EXPECT_EQ(overrides["count"], 2);
+  EXPECT_TRUE(overrides["entries"][0].is_null());
+  EXPECT_EQ(overrides["entries"][1]["Required"], true);
+  EXPECT_EQ(overrides["entries"][1]["DefaultValue"], "X");
+  EXPECT_EQ(overrides["entries"][1]["MaxLength"], 7);
+  // An item without overrides lays nothing over any field.
+  for (const auto& entry : items[1]["fieldInstances"]["entries"]) EXPECT_TRUE(entry.is_null()) << items[1];
+
+  const ToolRun text = runTool(dir, "inspect " + pcf);
+  EXPECT_NE(text.out.find("fieldInstances:\n"), std::string::npos) << text.out;
+}
+
+}  // namespace
+}  // namespace vantrelia
