@@ -112,5 +112,44 @@ BENCHMARK(BM_Write_HL7)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Write_X12)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Write_EDIFACT)->Unit(benchmark::kMillisecond);
 
+// Shapes a partner may send, at growing sizes: the complexity fit says whether time stays linear in
+// the input.
+std::u16string hostileText(int kind, size_t count) {
+  std::string text = "MSH|^~\\&|SEND|FAC|RECV|FAC|20261123||ADT^A04|1|P|2.5\rPID|1||";
+  switch (kind) {
+    case 0:  // many tiny segments of a tag no set knows
+      text += "123\r";
+      for (size_t i = 0; i < count; ++i) text += "ZZ1|x\r";
+      break;
+    case 1:  // one huge field
+      text += std::string(count * 6, 'N') + "\r";
+      break;
+    default:  // thousands of repeats
+      for (size_t i = 0; i < count; ++i) text += "7^^^H~";
+      text += "\r";
+      break;
+  }
+  return std::u16string(text.begin(), text.end());
+}
+
+void hostileBenchmark(benchmark::State& state, int kind) {
+  const std::u16string text = hostileText(kind, static_cast<size_t>(state.range(0)));
+  size_t skipped = 0;
+  for (auto _ : state) {
+    std::vector<std::unique_ptr<MessageElement>> messages = parseAll(text, skipped);
+    benchmark::DoNotOptimize(messages.data());
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
+  state.SetComplexityN(static_cast<int64_t>(text.size()));
+}
+
+void BM_Hostile_TinySegments(benchmark::State& state) { hostileBenchmark(state, 0); }
+void BM_Hostile_HugeSegment(benchmark::State& state) { hostileBenchmark(state, 1); }
+void BM_Hostile_Repeats(benchmark::State& state) { hostileBenchmark(state, 2); }
+
+BENCHMARK(BM_Hostile_TinySegments)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity(benchmark::oN);
+BENCHMARK(BM_Hostile_HugeSegment)->RangeMultiplier(4)->Range(1 << 10, 1 << 18)->Complexity(benchmark::oN);
+BENCHMARK(BM_Hostile_Repeats)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity(benchmark::oN);
+
 }  // namespace
 }  // namespace vantrelia::bench

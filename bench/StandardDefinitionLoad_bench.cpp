@@ -26,10 +26,16 @@ void loadStandard(benchmark::State& state, const char* pcf) {
                           static_cast<int64_t>(std::filesystem::file_size(path)));
 }
 
+void BM_LoadBundledDefault(benchmark::State& state) { loadStandard(state, "default.pcf"); }
 void BM_LoadStandardHl7v25(benchmark::State& state) { loadStandard(state, "hl7-v2.5.pcf"); }
+void BM_LoadStandardX12(benchmark::State& state) { loadStandard(state, "x12.pcf"); }
+void BM_LoadStandardEdifactD96A(benchmark::State& state) { loadStandard(state, "edifact_d96a.pcf"); }
 void BM_LoadStandardNcpdpD0(benchmark::State& state) { loadStandard(state, "ncpdp-d0.pcf"); }
 
+BENCHMARK(BM_LoadBundledDefault)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LoadStandardHl7v25)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadStandardX12)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadStandardEdifactD96A)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LoadStandardNcpdpD0)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -269,8 +269,11 @@ bool SegmentImpl::matchFields() {
   for (const auto& match : segmentDefn->getMatches()) {
     if (match->getFieldPath().empty()) continue;
     auto* field = static_cast<InternalElement*>(getElementAt(match->getFieldPath().c_str()));
-    // Patterns come with the string validators; without one the field must have a value.
-    if (field->getEncodedValueNoTouch().empty()) return false;
+    // A text that merely lacks a tag must not pass for an untagged segment (or one qualifier's
+    // segment for another's): the value has to fit the entry's pattern.
+    const std::u16string found =
+        field->getNodeType() == qxPrimitive ? field->getValue() : field->getEncodedValueNoTouch();
+    if (!match->accepts(found)) return false;
   }
   return true;
 }

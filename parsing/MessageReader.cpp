@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "parsing/MessageParser.h"
+#include "parsing/SegmentReader.h"
 #include "parsing/StringParserStream.h"
 
 namespace vantrelia {
@@ -17,11 +18,11 @@ constexpr size_t kHeldBack = size_t{1} << 16;
 
 MessageReader::MessageReader(const MessageWarehouseDefn& owner, std::u16string text)
     : warehouse(owner), chunkSize(kDefaultChunk), exhausted(true),
-      window(std::make_shared<const std::u16string>(std::move(text))) {}
+      window(std::make_shared<const std::u16string>(std::move(text))), headerTags(SegmentReader::headerTags(owner)) {}
 
 MessageReader::MessageReader(const MessageWarehouseDefn& owner, Source textSource, size_t chunk)
     : warehouse(owner), source(std::move(textSource)), chunkSize(std::max<size_t>(chunk, 1024)),
-      window(std::make_shared<const std::u16string>()) {}
+      window(std::make_shared<const std::u16string>()), headerTags(SegmentReader::headerTags(owner)) {}
 
 bool MessageReader::readMore() {
   if (exhausted) return false;
@@ -39,6 +40,15 @@ bool MessageReader::readMore() {
   }
   window = std::make_shared<const std::u16string>(std::move(next));
   return true;
+}
+
+size_t MessageReader::nextHeaderAt(size_t from) const {
+  size_t nearest = window->size();
+  for (const std::u16string& tag : headerTags) {
+    const size_t at = window->find(tag, from);
+    if (at < nearest) nearest = at;
+  }
+  return nearest;
 }
 
 void MessageReader::skip(Item& item, size_t end) {
@@ -69,7 +79,10 @@ bool MessageReader::next(Item& item) {
         readMore();
         continue;
       }
-      skip(item, exhausted ? window->size() : window->size() - kHeldBack);
+      // Where another message may begin, the skipping stops: text that no set takes would
+      // otherwise swallow a message of another standard behind it, read with the wrong separators.
+      const size_t heldBack = exhausted ? window->size() : window->size() - kHeldBack;
+      skip(item, std::min(heldBack, nextHeaderAt(position + 1)));
       return true;
     }
     const size_t end = static_cast<size_t>(extent.end);

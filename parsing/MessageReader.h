@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "elements/MessageElement.h"
 
@@ -43,6 +44,9 @@ class MessageReader {
   // Reads more of the source behind what is left; false when the source has ended.
   bool readMore();
   void skip(Item& item, size_t end);
+  // Where in the window, at `from` or later, the tag of a set's header segment stands next; the
+  // window's size when nowhere.
+  size_t nextHeaderAt(size_t from) const;
 
   const MessageWarehouseDefn& warehouse;
   Source source;
@@ -56,6 +60,7 @@ class MessageReader {
   // A message found behind skipped text waits here while the skipped text goes out first.
   Item waiting;
   bool hasWaiting = false;
+  const std::vector<std::u16string> headerTags;
 };
 
 }  // namespace vantrelia

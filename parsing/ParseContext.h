@@ -55,6 +55,9 @@ class ParseContext {
   RecordedErrors errors;
   std::set<int32_t> excludedSets;
   std::set<int32_t> genericSets;
+  // The tags that open a message of some set, found when text is first skipped.
+  std::vector<std::u16string> headerTags;
+  bool headerTagsFound = false;
 };
 
 }  // namespace vantrelia

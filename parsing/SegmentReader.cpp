@@ -74,6 +74,11 @@ class Reader {
 
  private:
   int32_t rotated(int32_t start, int32_t turn) const { return (start + turn) % setCount; }
+  // The sets whose tag maps are searched, in turn: the current set, then the sets enclosing it
+  // from the innermost out, then the rest in order after the current one. A segment that closes
+  // an embedded message (an X12 GE) belongs to the interchange around it, even when another set
+  // (the interchange of another version) has a segment of that tag too.
+  std::vector<int32_t> setOrder() const;
   const MessageSetDefn& set(int32_t index) const { return *sets[static_cast<size_t>(index)]; }
   bool excluded(int32_t index) const { return context.excludedSets.count(index) != 0; }
 
@@ -109,6 +114,20 @@ class Reader {
   // The context's setIndex when the read began.
   int32_t startSet = -1;
 };
+
+std::vector<int32_t> Reader::setOrder() const {
+  std::vector<int32_t> order;
+  order.reserve(static_cast<size_t>(setCount));
+  const auto add = [&](int32_t index) {
+    if (index >= 0 && index < setCount && std::find(order.begin(), order.end(), index) == order.end())
+      order.push_back(index);
+  };
+  const int32_t first = startSet < 0 ? 0 : startSet;
+  add(first);
+  for (auto enclosing = context.setStack.rbegin(); enclosing != context.setStack.rend(); ++enclosing) add(*enclosing);
+  for (int32_t turn = 1; turn < setCount; ++turn) add(rotated(first, turn));
+  return order;
+}
 
 const Entry* Reader::tagEntry(int32_t setIndex) {
   const MessageSetDefn& candidate = set(setIndex);
@@ -270,8 +289,28 @@ void Reader::skipText(bool plainConsume) {
   if (list.isTrieDirty()) list.buildTrie();
   ParserToken token;
   token.useView = true;
+  const std::unique_ptr<ParserPosition> start = stream.savePosition();
   stream.readToken(list.getTrie(), token, 0, true);
-  match.tagText.assign(token.characters());
+  // The skipping ends where a message of some set may begin: text of another standard behind
+  // the junk is read with its own separators, not swallowed with the wrong ones.
+  const std::u16string_view skipped = token.characters();
+  size_t header = skipped.size();
+  if (!context.headerTagsFound) {
+    context.headerTags = SegmentReader::headerTags(context.warehouse);
+    context.headerTagsFound = true;
+  }
+  for (const std::u16string& tag : context.headerTags) {
+    const size_t at = skipped.find(tag, 1);
+    if (at < header) header = at;
+  }
+  if (header < skipped.size()) {
+    match.tagText.assign(skipped.substr(0, header));
+    stream.restorePosition(*start);
+    stream.consume(match.tagText);
+    match.endKind = 0;
+    return;
+  }
+  match.tagText.assign(skipped);
   match.endKind = SegmentMatch::kEndedBySeparator;
   if (token.separator == qxSepSegment) match.endKind |= SegmentMatch::kEndSegment;
   if (token.separator == qxSepGroup) match.endKind |= SegmentMatch::kEndGroup;
@@ -344,18 +383,17 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   if (currentStates && relaxedTable) relaxed = relaxedSegments(*currentStates, *relaxedTable);
   const std::vector<const SegmentDefn*>* relaxedList = currentStates && relaxedTable ? &relaxed : nullptr;
 
-  const int32_t first = startSet < 0 ? 0 : startSet;
+  const std::vector<int32_t> order = setOrder();
   int32_t tagged = -1;
   const Entry* entry = nullptr;
-  for (int32_t turn = 0; turn < setCount && !entry; ++turn) {
-    tagged = rotated(first, turn);
+  for (size_t turn = 0; turn < order.size() && !entry; ++turn) {
+    tagged = order[turn];
     entry = tagEntry(tagged);
   }
   if (entry) {
     match.position = stream.savePosition();
     if (workOnSet(tagged, *entry, startSet, expected, relaxedList)) return std::move(match);
-    for (int32_t turn = 1; turn < setCount; ++turn) {
-      const int32_t index = rotated(first, turn);
+    for (const int32_t index : order) {
       if (index == tagged || excluded(index)) continue;
       const Entry* other = tagEntry(index);
       if (other && workOnSet(index, *other, startSet, expected, relaxedList)) return std::move(match);
@@ -374,6 +412,19 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
 }
 
 }  // namespace
+
+std::vector<std::u16string> SegmentReader::headerTags(const MessageWarehouseDefn& warehouse) {
+  std::vector<std::u16string> tags;
+  for (const auto& set : warehouse.getMessageSets()) {
+    for (int32_t i = 0; i < headerCount(*set); ++i) {
+      const SegmentDefn* segment = headerItem(*set, i).getSegment();
+      if (!segment || segment->getTag().empty()) continue;
+      std::u16string tag = segment->getTag().str();
+      if (std::find(tags.begin(), tags.end(), tag) == tags.end()) tags.push_back(std::move(tag));
+    }
+  }
+  return tags;
+}
 
 SegmentMatch SegmentReader::readNextSegment(ParseContext& context, ParserStream& stream, ValidationLocation& location,
                                             const std::vector<const SegmentDefn*>* expected,

@@ -6,12 +6,15 @@
 // puts the stream back. Text that nothing takes is skipped to the next segment separator.
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "definitions/ParseState.h"
 #include "parsing/SegmentMatch.h"
 
 namespace vantrelia {
+
+class MessageWarehouseDefn;
 
 class ParseContext;
 class ParserStream;
@@ -31,6 +34,10 @@ class SegmentReader {
   // a header seen again opens a new interchange, a set entered opens a nested list, a set returned
   // to takes its list back.
   static void selectSeparators(ParseContext& context, const SegmentDefn* segmentDefn, SegmentMatch& match);
+  // The tags of the segments that open a message of some set (MSH, ISA, UNA, UNB and the like):
+  // where one stands, text that no segment takes stops being skipped, since a message of another
+  // standard may begin there.
+  static std::vector<std::u16string> headerTags(const MessageWarehouseDefn& warehouse);
 };
 
 }  // namespace vantrelia

@@ -473,7 +473,8 @@ InternalElement* StateWalk::placeEmbedded(InternalElement& parent, int32_t index
     where.segmentNumber = at ? at->segmentNumber : -1;
     message.getRecordedErrors().record(&message, ValidationError(where, text, verr::kEmbeddedParseFailed, severity));
   }
-  // The embedded text is skipped up to a segment of another set or with a list of its own.
+  // The embedded text is passed over up to a segment of another set or with a list of its own. Its
+  // segments stay with the message as unknown segments, where the host still finds them.
   while (true) {
     if (iterator == lookAhead.end() && stream.atEnd()) break;
     if (iterator == lookAhead.end()) {
@@ -485,6 +486,8 @@ InternalElement* StateWalk::placeEmbedded(InternalElement& parent, int32_t index
       if (skipped.isDeadEnd()) return nullptr;
     } else if (skipped.newSeparators || skipped.getElement()->getMessageSetDefn() != set->getMessageSetDefn()) {
       break;
+    } else if (iterator->ownsElement()) {
+      keepUnknown(*iterator, &parent);
     }
     ++iterator;
   }

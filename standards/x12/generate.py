@@ -548,12 +548,14 @@ def envelope_sets(dictionary, envelope, version, inner_name, external, transacti
     separators = {
         "segment": {"value": "~", "style": "terminator", "fromField": "ISA", "position": -1},
         "field1": {"value": "*", "style": "initiator", "fromField": "ISA", "position": 1},
-        "field2": {"value": ":", "fromField": "ISA.ISA16", "position": 0},
+        "field2": {"value": ":", "fromField": "ISA.16", "position": 0},
     }
     if version == "005010":
-        separators["repeat"] = {"value": "^", "fromField": "ISA.ISA11", "position": 0}
+        separators["repeat"] = {"value": "^", "fromField": "ISA.11", "position": 0}
     return {
         "name": f"X12_{version}_INTERCHANGE",
+        # Trailing empty elements are left off on output, as X12 wants.
+        "trimSegments": True,
         "separators": separators,
         "validationTables": tables.tables,
         "composites": composites,
@@ -584,6 +586,7 @@ def transaction_set(dictionary, version, transactions, external):
         "name": f"X12_{version}",
         # Transaction sets use the separators their interchange read from ISA.
         "initializeSeparatorsFromParent": True,
+        "trimSegments": True,
         "separators": {"segment": {"value": "~", "style": "terminator"}, "field1": {"value": "*", "style": "initiator"}, "field2": ":",
                        **({"repeat": "^"} if version == "005010" else {})},
         "messageTypeFields": ["ST/1"],

@@ -142,10 +142,10 @@ TEST(StandardDefinitionsTest, X12InterchangesReadTheirSeparatorsFromIsa) {
     };
     EXPECT_EQ(from(qxSepField1), std::make_pair(std::string("ISA"), 1)) << "the character right behind the tag";
     EXPECT_EQ(from(qxSepSegment), std::make_pair(std::string("ISA"), -1)) << "the character after ISA16";
-    EXPECT_EQ(from(qxSepField2), std::make_pair(std::string("ISA/ISA16"), 0));
+    EXPECT_EQ(from(qxSepField2), std::make_pair(std::string("ISA.16"), 0));
     EXPECT_EQ(set.getSeparator(qxSepSegment).getValue().str(), u"~");
     if (c.repetition)
-      EXPECT_EQ(from(qxSepRepeat), std::make_pair(std::string("ISA/ISA11"), 0));
+      EXPECT_EQ(from(qxSepRepeat), std::make_pair(std::string("ISA.11"), 0));
     else
       EXPECT_TRUE(set.getSeparator(qxSepRepeat).getValue().str().empty()) << "ISA11 is no separator before 00501";
 

@@ -7,6 +7,8 @@
 #include <sstream>
 
 #include "elements/MessageElement.h"
+#include "definitions/MessageSetDefn.h"
+#include "elements/MessageImpl.h"
 #include "support/ElementTesting.h"
 #include "support/StandardDefinition.h"
 
@@ -31,6 +33,28 @@ TEST(StandardParseTest, EdifactOrderInItsInterchange) {
   EXPECT_STREQ(order->getName(), "ORDERS");
   EXPECT_EQ(narrow(order->getElementAt("SG2[1]/NAD/PartyQualifier")->getValue()), "SU");
   EXPECT_EQ(narrow(interchange->getEncodedValue()), text);
+}
+
+// The example as written, and the same interchange with the delimiters its ISA declares changed:
+// element '|', repetition '!', component '>' and a segment terminator other than '~'.
+TEST(StandardParseTest, X12EligibilityInquiryInItsInterchange) {
+  MessageFactory& factory = standardDefinition("x12/x12.yaml");
+  std::string usual = readSource("examples/eligibility-270.x12");
+  usual.pop_back();
+  std::string other;
+  for (const char c : usual) other += c == '*' ? '|' : c == '~' ? '\n' : c == '^' ? '!' : c == ':' ? '>' : c;
+  for (const std::string& text : {usual, other}) {
+    SCOPED_TRACE(text.substr(0, 120));
+    auto interchange = factory.Parse(wide(text).c_str());
+    ASSERT_NE(interchange, nullptr);
+    EXPECT_STREQ(interchange->getName(), "INTERCHANGE");
+    EXPECT_STREQ(static_cast<MessageImpl&>(*interchange).getMessageSetDefn()->getName().c_str(), "X12_005010_INTERCHANGE");
+    MessageElement* inquiry = interchange->getElementAt("GS_LOOP[0]/TRANSACTION[0]");
+    ASSERT_NE(inquiry, nullptr);
+    EXPECT_STREQ(inquiry->getName(), "270");
+    EXPECT_EQ(narrow(interchange->getElementAt("GS_LOOP[0]/GE/GE01")->getValue()), "1");
+    EXPECT_EQ(narrow(interchange->getEncodedValue()), text);
+  }
 }
 
 }  // namespace

@@ -289,5 +289,23 @@ TEST(MessageParseEmbeddingTest, EmbeddedMessagesSurviveTheirEnclosingCandidateBe
   EXPECT_EQ(message->getEncodedValue(), text);
 }
 
+// An embedded message that fails leaves its finding, and its segments stay in the tree.
+TEST(MessageParseEmbeddingTest, SegmentsOfAFailedEmbeddedMessageAreKept) {
+  MessageFactory factory;
+  std::string definition = kEmbeddingDefinition;
+  const std::string inner = "      - name: INNER_MESSAGE\n";
+  definition.replace(definition.find(inner), inner.size(), inner + "        matches: [{path: S/Value, value: ok}]\n");
+  compileAndLoad(factory, definition);
+  auto message = factory.Parse(u"H*x~S*bad~S*worse~T*two~");
+  ASSERT_NE(message, nullptr);
+  EXPECT_STREQ(message->getName(), "SECOND");
+  const auto findings = findingsOf(*message);
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings.front().first, 1005);
+  ASSERT_EQ(message->getUnknownSegmentCount(), 2);
+  EXPECT_EQ(narrow(message->getUnknownSegment(1)->getElementAt("Value")->getValue()), "worse");
+  EXPECT_EQ(narrow(message->getElementAt("T/Kind")->getValue()), "two");
+}
+
 }  // namespace
 }  // namespace vantrelia::testing

@@ -542,6 +542,57 @@ TEST(SeparatorListTest, WriteDropsTrailingEmpties) {
   }
 }
 
+// Which pending separators a new one drops or merges with, by level: a script of separator
+// writes (G group, S segment, F field, R repeat, C component, D subcomponent) and data (any other
+// character); what is still pending at the end is a trailing empty and never goes out.
+TEST(SeparatorListTest, PendingSeparatorsFollowTheirRanks) {
+  const auto source = [](bool trim) {
+    return std::string(R"(
+messageSets:
+  - name: RANKS
+    trimSegments: )") + (trim ? "true" : "false") + R"(
+    separators: {group: "#", segment: "'", field1: "+", repeat: "*", field2: ":", field3: "&"}
+)";
+  };
+  struct Case {
+    bool trim;
+    const char* script;
+    const char16_t* written;
+  };
+  const Case cases[] = {
+      {true, "aFFFSb", u"a'b"},         // empty fields before a segment end vanish
+      {false, "aFFFSb", u"a+++'b"},     // ... unless segments keep their trailing fields
+      {false, "aCFSb", u"a+'b"},        // a component before a field still goes
+      {true, "aRFb", u"a+b"},           // an empty repeat before the next field
+      {true, "aFRb", u"a+*b"},          // a lower level after a higher one stays
+      {true, "aCCFb", u"a+b"},          // trailing components
+      {true, "aFFb", u"a++b"},          // fields of one level all stay: each is an empty field
+      {true, "aSSb", u"a'b"},           // segments of one level merge: no empty segment
+      {true, "aGGb", u"a#b"},           // nor an empty group
+      {true, "aGSb", u"a#'b"},          // a segment after a group
+      {true, "aSGb", u"a#b"},           // a group closes the segment
+      {true, "aDCRFSGb", u"a#b"},       // every level at once
+      {true, "aFCF", u"a"},             // nothing follows: nothing goes out
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.script);
+    const auto warehouse = loadWarehouse(source(c.trim));
+    SeparatorList list(*warehouse->getMessageSets().front(), false, nullptr);
+    list.reset(false, true, true);
+    for (const char* step = c.script; *step; ++step) {
+      const std::string letters = "GSFRCD";
+      const ESeparatorType types[] = {qxSepGroup, qxSepSegment, qxSepField1, qxSepRepeat, qxSepField2, qxSepField3};
+      const size_t which = letters.find(*step);
+      if (which == std::string::npos) {
+        list.writeData(std::u16string(1, static_cast<char16_t>(*step)));
+      } else {
+        list.writeSeparator(SeparatorList::kWriteSeparator, types[which]);
+      }
+    }
+    EXPECT_EQ(list.getOutput(), c.written);
+  }
+}
+
 TEST(SeparatorListTest, WriteCollapsesSameLevelAndTrailingComponents) {
   Hl7Set hl7;
   SeparatorList list(hl7.set(), false, nullptr);
