@@ -2,8 +2,10 @@
 
 #include <bit>
 #include <map>
+#include <streambuf>
 #include <string_view>
 
+#include "definitions/DefinitionFile.h"
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
@@ -134,6 +136,24 @@ MessageFactory::MessageFactory() : warehouse(std::make_unique<MessageWarehouseDe
 MessageFactory::~MessageFactory() = default;
 
 void MessageFactory::LoadDefinition(const std::string& path) { warehouse->load(path); }
+
+namespace {
+// Lets the definition reader take bytes in memory as its stream without copying them.
+class MemoryBuffer : public std::streambuf {
+ public:
+  MemoryBuffer(const uint8_t* bytes, size_t size) {
+    char* begin = const_cast<char*>(reinterpret_cast<const char*>(bytes));
+    setg(begin, begin, begin + size);
+  }
+};
+}  // namespace
+
+void MessageFactory::LoadDefinition(const uint8_t* bytes, size_t size) {
+  MemoryBuffer buffer(bytes, size);
+  std::istream stream(&buffer);
+  DefinitionFile file(stream);
+  warehouse->read(file);
+}
 
 std::unique_ptr<MessageElement> MessageFactory::CreateMessage(const std::string& name) {
   const MessageDefn* found = nullptr;

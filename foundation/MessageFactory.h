@@ -2,6 +2,7 @@
 // The engine's single entry object: it owns the loaded definition and every setting that trees
 // made by it read.
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -25,6 +26,9 @@ class MessageFactory {
 
   // Replaces the whole earlier definition. Throws InvalidFile on any failure.
   void LoadDefinition(const std::string& path);
+  // The same from the bytes of a definition file held in memory, e.g. one built into a program.
+  // The bytes are read during the call only.
+  void LoadDefinition(const uint8_t* bytes, size_t size);
   // A new message from its definition, or null if the name matches nothing. The name is a bare
   // message name or a set name and a message name joined by "/" or ".".
   std::unique_ptr<MessageElement> CreateMessage(const std::string& name);

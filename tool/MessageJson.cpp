@@ -5,8 +5,10 @@
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/SegmentDefn.h"
+#include "definitions/SegmentFieldInstancesControl.h"
 #include "definitions/VisibleChildTable.h"
 #include "foundation/Utf8.h"
+#include "tool/FieldJson.h"
 
 namespace vantrelia::tool {
 
@@ -45,6 +47,10 @@ Json itemJson(const MessageItemDefn& item) {
     case MessageItemDefn::kSegmentItem:
       json["segment"] = item.getSegment()->getName().str();
       json["matches"] = matchesJson(item.getMatches());
+      // What this place lays over the segment's fields, shown as a composite field's overrides are.
+      json["fieldInstances"] = item.getFieldInstances()
+                                   ? toJson(static_cast<const FieldInstancesControl&>(*item.getFieldInstances()))
+                                   : Json(nullptr);
       break;
     case MessageItemDefn::kGroupItem: {
       const SegmentGroupDefn& group = *item.getGroup();

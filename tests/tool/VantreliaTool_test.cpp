@@ -1,7 +1,6 @@
 // The command-line tool as a user runs it: compile, inspect, and what it says when things fail.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -13,23 +12,14 @@
 #include "definitions/ValidationTableDefn.h"
 #include "support/ReadFile.h"
 #include "support/TempDir.h"
+#include "support/ToolRun.h"
 #include "tool/ValidationTableJson.h"
 
 namespace vantrelia {
 namespace {
 
-struct ToolRun {
-  int exitCode;
-  std::string out;
-  std::string err;
-};
-
-ToolRun runTool(const testing::TempDir& dir, const std::string& arguments) {
-  const std::string out = dir.path("stdout.txt"), err = dir.path("stderr.txt");
-  const std::string command = std::string(VANTRELIA_TOOL_PATH) + " " + arguments + " >" + out + " 2>" + err;
-  const int status = std::system(command.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, testing::readFile(out), testing::readFile(err)};
-}
+using testing::runTool;
+using testing::ToolRun;
 
 TEST(VantreliaToolTest, InspectShowsWhatEachVersionCarries) {
   testing::TempDir dir;
@@ -204,6 +194,49 @@ TEST(VantreliaToolTest, ValidationTablesAndSettingsAsJson) {
       {"value": "M", "description": "Male"}, {"value": "\u00c9", "description": ""}]})"));
   EXPECT_EQ(tool::toJson(ValidationErrorSettingDefn(1043, qxVESWarning)),
             nlohmann::ordered_json::parse(R"({"errorType": 2, "errorNumber": 1043})"));
+}
+
+}  // namespace
+}  // namespace vantrelia
+
+namespace vantrelia {
+namespace {
+
+TEST(VantreliaToolTest, InspectShowsTheOverridesOfEachSegmentItem) {
+  testing::TempDir dir;
+  const std::string source = dir.write("items.yaml", std::string(R"(
+messageSets:
+  - name: S
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', style: initiator}
+    segments:
+      - {name: MSH, fields: [{name: Sending}, {name: Control}]}
+    messages:
+      - name: M
+        items:
+          - segment: MSH
+            overrides: {Control: {required: true, default: X, maxLength: 7}}
+          - {segment: MSH, name: "MSH:2"}
+)"));
+  const std::string pcf = dir.path("items.pcf");
+  ASSERT_EQ(runTool(dir, "compile " + source + " -o " + pcf).exitCode, 0);
+  const ToolRun inspected = runTool(dir, "inspect " + pcf + " --json");
+  ASSERT_EQ(inspected.exitCode, 0) << inspected.err;
+  const auto items = nlohmann::json::parse(inspected.out)["messageSets"][0]["messages"][0]["items"];
+  ASSERT_EQ(items.size(), 2u);
+  const auto& overrides = items[0]["fieldInstances"];
+  ASSERT_TRUE(overrides.is_object()) << items[0];
+  EXPECT_EQ(overrides["count"], 2);
+  EXPECT_TRUE(overrides["entries"][0].is_null());
+  EXPECT_EQ(overrides["entries"][1]["Required"], true);
+  EXPECT_EQ(overrides["entries"][1]["DefaultValue"], "X");
+  EXPECT_EQ(overrides["entries"][1]["MaxLength"], 7);
+  // An item without overrides lays nothing over any field.
+  for (const auto& entry : items[1]["fieldInstances"]["entries"]) EXPECT_TRUE(entry.is_null()) << items[1];
+
+  const ToolRun text = runTool(dir, "inspect " + pcf);
+  EXPECT_NE(text.out.find("fieldInstances:\n"), std::string::npos) << text.out;
 }
 
 }  // namespace
