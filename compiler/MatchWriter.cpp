@@ -3,6 +3,7 @@
 #include "compiler/CompileContext.h"
 #include "compiler/PcfWriter.h"
 #include "definitions/MatchDefn.h"
+#include "foundation/InvalidFile.h"
 #include "definitions/PcfVersion.h"
 
 namespace vantrelia::compiler {
@@ -27,7 +28,7 @@ void MatchWriter::write(const SourceNode& match, const CompileContext& context, 
   if (!value.empty()) {
     try {
       buildMatchPattern(value);
-    } catch (int) {
+    } catch (const InvalidFile&) {
       match.failAt("value", "the value of " + match.what() + " is a regular expression that doesn't compile");
     }
   }

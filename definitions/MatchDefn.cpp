@@ -10,7 +10,12 @@
 namespace vantrelia {
 
 std::shared_ptr<StringValidator> buildMatchPattern(std::u16string_view value) {
-  return std::make_shared<StringValidator>(value);
+  try {
+    return std::make_shared<StringValidator>(value);
+  } catch (int) {
+    // A match list that can't be applied would let any segment through: the file is refused.
+    throw InvalidFile(messages::kInvalidMatchPattern);
+  }
 }
 
 MatchDefn::MatchDefn() = default;

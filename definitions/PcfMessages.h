@@ -99,5 +99,6 @@ namespace vantrelia::messages {
 
 // A field's number picture, or one of its sections, that has no character to go by.
 inline constexpr const char* kEmptyNumberFormatSection = "Number format has an empty section";
+inline constexpr const char* kInvalidMatchPattern = "Match value is not a valid regular expression";
 
 }  // namespace vantrelia::messages

@@ -4,6 +4,7 @@
 
 #include "compiler/PcfWriter.h"
 #include "definitions/MatchDefn.h"
+#include "foundation/InvalidFile.h"
 #include "definitions/PcfMessages.h"
 #include "elements/StringValidator.h"
 #include "support/DefinitionBytes.h"
@@ -91,11 +92,16 @@ TEST(MatchDefnTest, PathAndValueMakeAPatternThatTestsTheWholeValue) {
     readExactly(compiler::PcfWriter().text8(path).textv(value, 883).bytes(), [&](DefinitionFile& file) { match.load(file, 883); });
     EXPECT_EQ(match.getPattern(), nullptr) << path;
   }
-  // A value that doesn't compile fails the record with the plain integer 0.
+  // A value that doesn't compile refuses the file by name: a match list that can't be applied
+  // would let any segment through.
   MatchDefn broken;
-  EXPECT_THROW(readExactly(compiler::PcfWriter().text8("MSH.9").textv(u"(ADT", 883).bytes(),
-                           [&](DefinitionFile& file) { broken.load(file, 883); }),
-               int);
+  try {
+    readExactly(compiler::PcfWriter().text8("MSH.9").textv(u"(ADT", 883).bytes(),
+                [&](DefinitionFile& file) { broken.load(file, 883); });
+    ADD_FAILURE() << "a value that doesn't compile was taken";
+  } catch (const InvalidFile& e) {
+    EXPECT_EQ(e.message, messages::kInvalidMatchPattern);
+  }
 }
 
 }  // namespace
