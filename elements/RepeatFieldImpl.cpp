@@ -134,21 +134,29 @@ bool RepeatFieldImpl::parseElement(ParserStream& stream, RecordedErrors& errors,
     const std::u16string separator(list.getSeparatorValue(qxSepRepeat));
     for (int32_t n = 1;; ++n) {
       location.fieldRepetition = n;
+      const char16_t* const before = stream.getCursor();
       readItem(stream, errors, location, fieldSeparatorActive, useGeneric);
       location.fieldRepetition = -1;
       const bool consumed = list.getCrlfEquivalent() == qxSepRepeat
                                 ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
                                 : stream.consume(separator);
       if (!consumed || list.atOuterSeparator(stream, 1)) break;
+      // A separator a header declared empty is "found" everywhere: the repeats end where nothing
+      // was taken, instead of growing for ever at one place.
+      if (before && stream.getCursor() == before) break;
     }
   } else {
     // Repeats side by side in fixed width: at most MaxRepeats of them, and never past the end.
     const int32_t maximum = fieldDefn->getMaxRepeats();
     for (int32_t n = 1; (maximum <= 0 || n <= maximum) && !stream.atEnd(); ++n) {
       location.fieldRepetition = n;
+      const char16_t* const before = stream.getCursor();
       readItem(stream, errors, location, fieldSeparatorActive, useGeneric);
       location.fieldRepetition = -1;
       if (list.atOuterSeparator(stream, 1)) break;
+      // An item that took nothing (the text stands at a separator of some other level) ends the
+      // repeats: without a maximum, the same place would make items for ever.
+      if (before && stream.getCursor() == before) break;
     }
   }
   list.popSeparator();
