@@ -16,6 +16,7 @@ void MessageWarehouseDefn::load(const std::string& path) {
 }
 
 void MessageWarehouseDefn::clear() {
+  forgetSeparatorPrototypes();
   version = 0;
   messageSets.clear();
   primitiveTypeCount = 0;
@@ -146,6 +147,23 @@ std::optional<std::u16string> MessageWarehouseDefn::findUserData(std::u16string_
 MessageSetDefn& MessageWarehouseDefn::addMessageSet(std::unique_ptr<MessageSetDefn> set) {
   messageSets.push_back(std::move(set));
   return *messageSets.back();
+}
+
+std::shared_ptr<const SeparatorList> MessageWarehouseDefn::findSeparatorPrototype(const MessageSetDefn& set) const {
+  const std::lock_guard<std::mutex> lock(prototypeMutex);
+  const auto found = separatorPrototypes.find(&set);
+  return found == separatorPrototypes.end() ? nullptr : found->second;
+}
+
+void MessageWarehouseDefn::keepSeparatorPrototype(const MessageSetDefn& set,
+                                                  std::shared_ptr<const SeparatorList> prototype) const {
+  const std::lock_guard<std::mutex> lock(prototypeMutex);
+  separatorPrototypes[&set] = std::move(prototype);
+}
+
+void MessageWarehouseDefn::forgetSeparatorPrototypes() const {
+  const std::lock_guard<std::mutex> lock(prototypeMutex);
+  separatorPrototypes.clear();
 }
 
 }  // namespace vantrelia

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,6 +35,8 @@ struct WarehouseSettings {
   double testDouble = 0.0;
   std::u16string testString;
 };
+
+class SeparatorList;
 
 class MessageWarehouseDefn {
  public:
@@ -74,6 +77,13 @@ class MessageWarehouseDefn {
   WarehouseSettings& getSettings() { return settings; }
   const WarehouseSettings& getSettings() const { return settings; }
 
+  // A separator list of the set as a message read from the wire starts with, kept for copying:
+  // building one from the definition costs more than reading a short message. Null until kept.
+  std::shared_ptr<const SeparatorList> findSeparatorPrototype(const MessageSetDefn& set) const;
+  void keepSeparatorPrototype(const MessageSetDefn& set, std::shared_ptr<const SeparatorList> prototype) const;
+  // After a change of the severities that the sets' lists start with.
+  void forgetSeparatorPrototypes() const;
+
  private:
   friend class testing::DefinitionSetup;  // adds sets as if they had been read
 
@@ -91,6 +101,8 @@ class MessageWarehouseDefn {
   std::vector<WideText> userDataKeys;
   std::map<int32_t, WideText> userData;
   WarehouseSettings settings;
+  mutable std::mutex prototypeMutex;
+  mutable std::map<const MessageSetDefn*, std::shared_ptr<const SeparatorList>> separatorPrototypes;
 };
 
 }  // namespace vantrelia

@@ -266,6 +266,8 @@ void MessageFactory::SetOption(const std::u16string& name, const Any::any& value
       } else {
         findSetForSeverity(*warehouse, query.setName).settingWithNumber(query.errorNumber).setErrorType(severity);
       }
+      // Lists copied from now on start with the new severity.
+      warehouse->forgetSeparatorPrototypes();
       return;
     }
   }

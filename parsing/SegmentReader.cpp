@@ -56,9 +56,8 @@ const MessageItemDefn& headerItem(const MessageSetDefn& set, int32_t index) {
 }
 
 std::shared_ptr<SeparatorList> newList(const MessageSetDefn& set, std::shared_ptr<SeparatorList> parent) {
-  auto list = std::make_shared<SeparatorList>(set, set.isFixedWidth(), parent.get());
+  std::shared_ptr<SeparatorList> list = SeparatorList::startOfWire(set, parent.get());
   list->holdParent(std::move(parent));
-  list->reset(true, true, true);
   return list;
 }
 

@@ -23,10 +23,7 @@ SeparatorList::SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, 
       fixedWidth(fixedWidth),
       parent(parent),
       trie(std::make_unique<SeparatorTrieNode>()) {
-  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
-    slots[static_cast<size_t>(i)] = SeparatorImpl(messageSet.getSeparator(i));
-    savedSlots[static_cast<size_t>(i)] = slots[static_cast<size_t>(i)];
-  }
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) slots[static_cast<size_t>(i)] = SeparatorImpl(messageSet.getSeparator(i));
   if (messageSet.getGenericParsing()) genericTrie = std::make_unique<SeparatorTrieNode>();
 }
 
@@ -40,7 +37,7 @@ SeparatorList::SeparatorList(const SeparatorList& other)
       parent(other.parent),
       parentHold(other.parentHold),
       slots(other.slots),
-      savedSlots(other.savedSlots),
+      savedSlots(other.savedSlots ? std::make_unique<Slots>(*other.savedSlots) : nullptr),
       currentSeparator(other.currentSeparator),
       levels(other.levels),
       specialStrings(other.specialStrings),
@@ -53,7 +50,55 @@ SeparatorList::SeparatorList(const SeparatorList& other)
   rebuildCharacterSets();
 }
 
+SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList* parent)
+    : messageSet(prototype.messageSet),
+      variablePending(prototype.variablePending),
+      trimSegments(prototype.trimSegments),
+      fromWire(prototype.fromWire),
+      fixedWidth(prototype.fixedWidth),
+      parent(parent),
+      slots(prototype.slots),
+      currentSeparator(prototype.currentSeparator),
+      replaceOrder(prototype.replaceOrder),
+      levels(prototype.levels),
+      levelFixedWidth(prototype.levelFixedWidth),
+      trie(std::make_unique<SeparatorTrieNode>()),
+      mustQuoteCharacters(prototype.mustQuoteCharacters),
+      mustEncodeCharacters(prototype.mustEncodeCharacters),
+      errorSettings(prototype.errorSettings) {
+  if (prototype.genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
+  trie->setLevel(static_cast<int32_t>(levels.size()));
+  // The one thing a reset takes from the warehouse's settings, which may have changed since.
+  takeCrlfEquivalent();
+}
+
+std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& set, const SeparatorList* parent) {
+  const MessageWarehouseDefn* warehouse = set.getWarehouse();
+  const bool inherits =
+      parent && (set.getInitializeSeparatorsFromParent() || set.getInitializeValidationErrSettingsFromParent());
+  if (!warehouse || inherits) {
+    auto list = std::make_shared<SeparatorList>(set, set.isFixedWidth(), parent);
+    list->reset(true, true, true);
+    return list;
+  }
+  std::shared_ptr<const SeparatorList> prototype = warehouse->findSeparatorPrototype(set);
+  if (!prototype) {
+    auto made = std::make_shared<SeparatorList>(set, set.isFixedWidth(), nullptr);
+    made->reset(true, true, true);
+    warehouse->keepSeparatorPrototype(set, made);
+    prototype = std::move(made);
+  }
+  return std::make_shared<SeparatorList>(*prototype, parent);
+}
+
 SeparatorList::~SeparatorList() = default;
+
+SeparatorList::Slots SeparatorList::savedOrDefinedSlots() const {
+  if (savedSlots) return *savedSlots;
+  Slots defined;
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) defined[static_cast<size_t>(i)] = SeparatorImpl(messageSet->getSeparator(i));
+  return defined;
+}
 
 void SeparatorList::checkSeparatorIndex(int32_t index) {
   if (index < 0 || index >= kSeparatorSlots) throw BadParameter(messages::kInvalidSeparator);
@@ -86,17 +131,7 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
   }
   rebuildReplaceOrder();
 
-  const MessageWarehouseDefn* warehouse = messageSet->getWarehouse();
-  crlfEquivalent = warehouse && warehouse->getSettings().replaceCRLFWithSegmentSeparator ? qxSepSegment : -1;
-  const SeparatorImpl& crlf = slots[qxSepCrlf];
-  if (crlf.known && !crlf.value.empty()) {
-    for (int32_t i = 0; i < qxSepCrlf; ++i) {
-      if (slots[static_cast<size_t>(i)].value == crlf.value) {
-        crlfEquivalent = i;
-        break;
-      }
-    }
-  }
+  takeCrlfEquivalent();
 
   if (initErrorSettings) {
     errorSettings.reload(*messageSet, parent ? &parent->errorSettings : nullptr);
@@ -114,6 +149,20 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
   trieDirty = true;
   if (genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
   updateActive();
+}
+
+void SeparatorList::takeCrlfEquivalent() {
+  const MessageWarehouseDefn* warehouse = messageSet->getWarehouse();
+  crlfEquivalent = warehouse && warehouse->getSettings().replaceCRLFWithSegmentSeparator ? qxSepSegment : -1;
+  const SeparatorImpl& crlf = slots[qxSepCrlf];
+  if (crlf.known && !crlf.value.empty()) {
+    for (int32_t i = 0; i < qxSepCrlf; ++i) {
+      if (slots[static_cast<size_t>(i)].value == crlf.value) {
+        crlfEquivalent = i;
+        break;
+      }
+    }
+  }
 }
 
 void SeparatorList::updateActive() {

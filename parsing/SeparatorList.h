@@ -69,8 +69,15 @@ class SeparatorList {
   SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, const SeparatorList* parent);
   // Copies the slots, the stack and the settings; the tries are rebuilt on the next read.
   SeparatorList(const SeparatorList& other);
+  // A copy of a fresh list (see startOfWire) under another parent, derived tables and all.
+  SeparatorList(const SeparatorList& prototype, const SeparatorList* parent);
   SeparatorList& operator=(const SeparatorList&) = delete;
   virtual ~SeparatorList();
+
+  // A list at the start of a message of the set read from the wire: what a new list is after
+  // reset(true, true, true). Where the set takes nothing from the parent's list, it is a copy of
+  // one the warehouse keeps for the set.
+  static std::shared_ptr<SeparatorList> startOfWire(const MessageSetDefn& set, const SeparatorList* parent);
 
   // Brings the list to the start of a message. fromWire: values not known yet are not active until
   // the wire settles them. initSeparators: take the slots from the definition (or the parent).
@@ -226,6 +233,7 @@ class SeparatorList {
                                                bool warningsWanted) const;
 
  private:
+  using Slots = std::array<SeparatorImpl, kSeparatorSlots>;
   struct ReplaceEntry {
     int32_t index;
     bool isTerminator;
@@ -286,6 +294,10 @@ class SeparatorList {
   // Settles the pending separators whose header field lies under path, with the definition's
   // texts when takeDefaults is set.
   void settleForPath(std::string_view path, bool takeDefaults);
+  // The separator whose text a carriage return and line feed stand for, if any.
+  void takeCrlfEquivalent();
+  // The slots restoreSavedSlots goes back to.
+  Slots savedOrDefinedSlots() const;
   // Settles the slot with the definition's texts.
   void settleToDefault(SeparatorImpl& slot);
   std::u16string_view fillerText() const;
@@ -312,8 +324,10 @@ class SeparatorList {
   bool checkOutputTail = false;
   const SeparatorList* parent;
   std::shared_ptr<const SeparatorList> parentHold;
-  std::array<SeparatorImpl, kSeparatorSlots> slots;
-  std::array<SeparatorImpl, kSeparatorSlots> savedSlots;
+  Slots slots;
+  // What restoreForItem saved; until then the slots as the definition gives them. Made only when
+  // needed: most lists never save, and every message parsed makes a list.
+  std::unique_ptr<Slots> savedSlots;
   int32_t currentSeparator = qxSepSegment;
   std::vector<ReplaceEntry> replaceOrder;
   std::vector<ESeparatorType> levels;

@@ -72,7 +72,7 @@ bool SeparatorList::atOuterSeparator(ParserStream& stream, int32_t innerLevels) 
 }
 
 void SeparatorList::restoreSavedSlots() {
-  slots = savedSlots;
+  slots = savedOrDefinedSlots();
   trieDirty = true;
 }
 

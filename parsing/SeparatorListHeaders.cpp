@@ -250,7 +250,11 @@ void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
 }
 
 void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_view name) {
-  savedSlots = slots;
+  if (savedSlots) {
+    *savedSlots = slots;
+  } else {
+    savedSlots = std::make_unique<Slots>(slots);
+  }
   for (SeparatorImpl& slot : slots) {
     if (slot.flags() & SeparatorDefn::kFromField) slot.known = false;
   }
@@ -260,7 +264,7 @@ void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_v
     for (int32_t i = 0; i < kSeparatorSlots; ++i) {
       SeparatorImpl& slot = slots[static_cast<size_t>(i)];
       if (!fieldLiesUnder(slot.defn->getFieldPath(), itemName)) continue;
-      slot = savedSlots[static_cast<size_t>(i)];
+      slot = (*savedSlots)[static_cast<size_t>(i)];
       if (!slot.known) settleToDefault(slot);
     }
   }

@@ -85,6 +85,35 @@ TEST_F(MessageParseTest, WhatDoesntFitIsKeptWithItsFinding) {
   EXPECT_EQ(unknown, 1);
 }
 
+// Every message parsed starts from a copy of a list the definition keeps; options set between two
+// parses still reach the second.
+TEST_F(MessageParseTest, OptionsSetBetweenParsesReachTheNextParse) {
+  const std::string unknown = "MSH|s|ADT\rPID|1\rZZZ|junk\rPV1|I\r";
+  const auto numbers = [&](const std::string& text) {
+    std::vector<int32_t> result;
+    auto message = parse(text);
+    if (!message) return std::vector<int32_t>{-1};
+    for (const auto& finding : findingsOf(*message)) result.push_back(finding.first);
+    return result;
+  };
+  ASSERT_EQ(numbers(unknown), std::vector<int32_t>{1003});
+  const std::u16string severity = std::u16string(OptionUriPrefix) + u"/edi/validationErrorSeverity?ERROR=1003";
+  factory.SetOption(severity, Any::any(int(qxVESIgnore)));
+  EXPECT_EQ(numbers(unknown), std::vector<int32_t>{});
+  factory.SetOption(severity, Any::any(int(qxVESError)));
+  EXPECT_EQ(numbers(unknown), std::vector<int32_t>{1003});
+
+  const std::string crlf = "MSH|s|ADT\r\nPID|1\r\nPV1|I\r\n";
+  const std::u16string replaceCrlf = std::u16string(OptionUriPrefix) + u"/edi/replaceCRLFWithSegmentSeparator";
+  factory.SetOption(replaceCrlf, Any::any(false));
+  const std::vector<int32_t> withLineFeeds = numbers(crlf);
+  EXPECT_FALSE(withLineFeeds.empty()) << "a line feed is text of the next segment";
+  factory.SetOption(replaceCrlf, Any::any(true));
+  EXPECT_EQ(numbers(crlf), std::vector<int32_t>{});
+  factory.SetOption(replaceCrlf, Any::any(false));
+  EXPECT_EQ(numbers(crlf), withLineFeeds);
+}
+
 TEST_F(MessageParseTest, PreservedTextComesBackUnitForUnit) {
   // Trailing empty fields, which the tree's own writer drops.
   const std::string text = "MSH|s|ADT||\rPID|1|||||||\rPV1|I|\r";

@@ -1,13 +1,12 @@
 #include "support/StandardDefinition.h"
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <stdexcept>
 
-#include "compiler/DefinitionCompiler.h"
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
-#include "support/PcfLoad.h"
 
 namespace vantrelia::testing {
 
@@ -15,9 +14,11 @@ MessageFactory& standardDefinition(const std::string& relativePath) {
   static std::map<std::string, std::unique_ptr<MessageFactory>> loaded;
   std::unique_ptr<MessageFactory>& factory = loaded[relativePath];
   if (!factory) {
+    // The build compiles every standards/<folder>/<name>.yaml to bundled/<name>.pcf; compiling
+    // half a megabyte of YAML again in every test process would cost more than the tests.
+    const std::string pcf = std::filesystem::path(relativePath).stem().string() + ".pcf";
     auto fresh = std::make_unique<MessageFactory>();
-    const std::string path = std::string(VANTRELIA_SOURCE_DIR) + "/standards/" + relativePath;
-    loadBytes(*fresh, compiler::DefinitionCompiler::compileFile(path));
+    fresh->LoadDefinition(std::string(VANTRELIA_BUNDLED_DIR) + "/" + pcf);
     factory = std::move(fresh);
   }
   return *factory;

@@ -1,5 +1,5 @@
 #pragma once
-// The definitions of whole standards under standards/, compiled from the source tree and loaded
+// The definitions of whole standards under standards/, as the build compiled them, loaded
 // once per test run: they are large, and every test only reads them.
 
 #include <string>
