@@ -16,7 +16,9 @@ The file holds four message sets:
 - X12_005010 and X12_004010: the transaction sets, ST ... SE, picked by ST01, and where two
   guides share an ST01 value (837P and 837I, 277 and 277CA) by ST03. Loops are groups, and
   segments of one id that share a loop, or loops that open with the same segment, are told apart
-  by match lists on the qualifier elements whose code lists differ.
+  by match lists on the qualifier elements whose code lists differ. A loop that alone opens with
+  its segment matches on the segment's qualifier too, so that a qualifier it doesn't allow is
+  refused instead of being read as its own.
 
 The HIPAA guides come from the data; 850, 810, 855 and 856 are written here from the published
 transaction set tables (their main loops and segments, the same at both versions).
@@ -398,6 +400,40 @@ def sibling_matches(children):
     return result
 
 
+def loop_openers(children):
+    """The opening segment of every loop of a structure, nested ones included."""
+    for child in children:
+        if "loop" in child:
+            yield opening_segment(child)
+            yield from loop_openers(child["children"])
+
+
+def opener_qualifiers(structure):
+    """Segment id -> the paths that are its qualifiers in one transaction set: those on which two
+    loops that the segment opens list codes that have none in common (NM101 is 85 in 2010AA and
+    QC in 2010CA), so that the element alone tells loops apart. An element whose lists overlap
+    wherever the segment opens a loop is a code of the data, not of the loop (CLP02, the claim
+    status; SBR01 in every 2320; ADX02, the adjustment reason), and a match on it would only
+    refuse codes the guide happens to leave out."""
+    variants = {}
+    for opener in loop_openers(structure):
+        for path, (codes, _) in qualifiers(opener).items():
+            variants.setdefault(opener["segment"], {}).setdefault(path, set()).add(frozenset(codes))
+    return {tag: {path for path, lists in paths.items() if any(not a & b for a in lists for b in lists)}
+            for tag, paths in variants.items()}
+
+
+def qualifier_match(opener, qualifier_paths):
+    """The match list of a loop opener that no sibling shares its id with: the codes the guide
+    allows for this loop on the segment's first required qualifier. A loop whose qualifier is
+    situational gets none, since a match on an absent element refuses the segment."""
+    lists = qualifiers(opener)
+    for path in sorted(qualifier_paths.get(opener["segment"], ())):
+        if path in lists and lists[path][1]:
+            return [{"path": path, "value": regex_of_codes(lists[path][0])}]
+    return None
+
+
 def hierarchy(children, items):
     """Hierarchical levels that stand side by side (2000A, 2000B, ... in 270, 271 and 277) follow
     each other on the wire in the order of the tree their HL segments describe, not in the order
@@ -422,9 +458,19 @@ class TransactionBuilder:
         self.segments = segments
         self.tables = tables
         self.dictionary = dictionary
+        self.qualifier_paths = {}
+
+    def transaction_items(self, structure):
+        self.qualifier_paths = opener_qualifiers(structure)
+        return self.items(structure)
 
     def items(self, children, opens_loop=False):
         matches = sibling_matches(children)
+        for index, child in enumerate(children):
+            if "loop" in child and index not in matches:
+                own = qualifier_match(opening_segment(child), self.qualifier_paths)
+                if own:
+                    matches[index] = own
         names = {}
         result = []
         for index, child in enumerate(children):
@@ -579,7 +625,7 @@ def transaction_set(dictionary, version, transactions, external):
         if data.get("guide"):
             user["Guide"] = data["guide"]
         message["userData"] = user
-        message["items"] = builder.items(data["structure"])
+        message["items"] = builder.transaction_items(data["structure"])
         messages.append(message)
     composites, segment_defs = segments.definitions()
     return {

@@ -222,6 +222,43 @@ TEST(StandardDefinitionsTest, X12ProfessionalClaimLoopsAndQualifiers) {
   EXPECT_EQ(distinct.size(), dates.size()) << "every DTP of 2300 has a match list of its own";
 }
 
+// A loop that alone opens with its segment still matches on the segment's qualifier, the element
+// whose codes tell the loops of that segment apart elsewhere in the guide, so that a qualifier of
+// another loop or of none is refused rather than read as this loop's. Elements whose code lists
+// overlap wherever the segment opens a loop, or that the guide leaves situational, carry none.
+TEST(StandardDefinitionsTest, X12LoopOpenersMatchOnTheirQualifier) {
+  const MessageSetDefn& set = setNamed(x12(), "X12_005010");
+  struct Case {
+    const char* message;
+    const char* opener;  // path of the loop's opening segment item
+    Matches matches;
+  };
+  const Case cases[] = {
+      {"837P", "2000A/2000B/2000C/2010CA/NM1", {{"NM101", u"QC"}}},
+      {"837I", "2000A/2000B/2000C/2010CA/NM1", {{"NM101", u"QC"}}},
+      {"270", "HIERARCHY/2000D/2100D/NM1", {{"NM101", u"03"}}},
+      {"271", "HIERARCHY/2000C/2100C/2110C/2115C/2120C/NM1",
+       {{"NM101", u"(13|1I|1P|2B|36|73|FA|GP|GW|I3|IL|LR|OC|P3|P4|P5|PR|PRP|SEP|TTP|VER|VN|VY|X3|Y2)"}}},
+      {"277CA", "2000A/2200A/TRN", {{"TRN01", u"1"}}},
+      {"277CA", "2000A/2000B/2200B/TRN", {{"TRN01", u"2"}}},
+      {"834", "2000/LS_LOOP/2700/2750/N1", {{"N101", u"75"}}},
+      // Siblings keep the lists that tell them apart.
+      {"837P", "2000A/2010AA/NM1", {{"NM101", u"85"}}},
+      {"837P", "2000A/2000B/2000C/HL", {{"HL03", u"23"}}},
+      // The same codes wherever CLM, SBR and CLP open a loop; ADX02 lists overlap; EQ01 is situational.
+      {"837P", "2000A/2000B/2300/CLM", {}},
+      {"837P", "2000A/2000B/2300/2320/SBR", {}},
+      {"835", "2000/2100/CLP", {}},
+      {"820", "2000A/2200A/ADX", {}},
+      {"820", "2000A/2300A/2320A/ADX", {}},
+      {"270", "HIERARCHY/2000C/2100C/2110C/EQ", {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.message) + " " + c.opener);
+    EXPECT_EQ(matchesOf(itemAt(messageNamed(set, c.message).getItems(), c.opener).getMatches()), c.matches);
+  }
+}
+
 // Where a guide lists its hierarchical levels side by side, they come on the wire in the order
 // of the tree (a second information source after the first one's subscribers): one repeating
 // choice holds them, each level opening with its own HL03. Guides that nest their levels keep

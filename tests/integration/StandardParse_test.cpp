@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -286,6 +288,55 @@ TEST(StandardParseTest, AnUnlistedQualifierIsRefusedByEveryItem) {
       << "the claim goes on after the refused segment";
   EXPECT_EQ(findingsOf(*remittance),
             std::vector<std::string>{"1023 Segment \"NM1\" [23]: Message Item Match-List failed to match correctly"});
+}
+
+// The 837P sample with a patient level before its claims: the patient's name loop 2010CA opens
+// with NM1 whose NM101 is QC and nothing else. An NM1 that carries a qualifier no loop lists, none
+// at all, or that of a loop far behind (41, the submitter's) is refused where the patient's name is
+// expected instead of being read as it, and the claim goes on after it.
+TEST(StandardParseTest, OnlyItsQualifierOpensALoopOfOneCode) {
+  struct Case {
+    const char* qualifier;  // NM101 of the NM1 where 2010CA may open
+    bool patientName;       // whether 2010CA takes it
+  };
+  MessageFactory& factory = standardDefinition("x12/x12.yaml");
+  const std::string text = sample("837p-two-claims.x12");
+  const std::string firstClaim = "CLM*LFM26110-01*";
+  ASSERT_NE(text.find(firstClaim), std::string::npos);
+  for (const Case& c : {Case{"QC", true}, Case{"ZZ", false}, Case{"", false}, Case{"41", false}}) {
+    SCOPED_TRACE(c.qualifier);
+    const std::string name = std::string("NM1*") + c.qualifier + "*1*LINDQVIST*SOFIA~";
+    std::string changed = text;
+    changed.insert(text.find(firstClaim), "HL*3*2*23*0~PAT*19~" + name +
+                                              "N3*77 BIRCH HOLLOW RD~N4*VERONA*WI*53593~DMG*D8*20120301*F~");
+    auto root = factory.Parse(wide(changed).c_str());
+    ASSERT_NE(root, nullptr);
+    MessageElement* claim = root->getElementAt("GS_LOOP[0]/TRANSACTION[0]");
+    ASSERT_STREQ(claim->getName(), "837P");
+    EXPECT_EQ(narrow(claim->getElementAt("2000A[0]/2000B[0]/2010BA/NM1/NM104")->getValue()), "ERIK")
+        << "the subscriber's name stays the subscriber's";
+    MessageElement* patient = claim->getElementAt("2000A[0]/2000B[0]/2000C[0]");
+    EXPECT_EQ(narrow(patient->getElementAt("HL/HL03")->getValue()), "23");
+    EXPECT_EQ(narrow(patient->getElementAt("2300[0]/CLM/CLM01")->getValue()), "LFM26110-01") << "the claim goes on after it";
+    EXPECT_EQ(narrow(patient->getElementAt("2300[0]/2400[0]/SV1/SV101/C00302")->getValue()), "99214");
+    if (c.patientName) {
+      EXPECT_EQ(narrow(patient->getElementAt("2010CA/NM1/NM104")->getValue()), "SOFIA");
+      EXPECT_EQ(narrow(patient->getElementAt("2010CA/DMG/DMG02")->getValue()), "20120301");
+      EXPECT_EQ(narrow(patient->getElementAt("2300[1]/CLM/CLM01")->getValue()), "LFM26110-02");
+      EXPECT_EQ(narrow(patient->getElementAt("2300[1]/2310B/NM1/NM101")->getValue()), "82");
+      EXPECT_EQ(findingsOf(*claim), std::vector<std::string>{});
+    } else {
+      EXPECT_FALSE(patient->getElementAt("2010CA/NM1")->isPresent());
+      // A finding names a segment by the number of segments before it in the interchange.
+      const std::string place = std::to_string(std::count(changed.begin(), changed.begin() + static_cast<std::ptrdiff_t>(changed.find(name)), '~'));
+      EXPECT_EQ(findingsOf(*claim),
+                std::vector<std::string>{"1023 Segment \"NM1\" [" + place + "]: Message Item Match-List failed to match correctly"});
+    }
+    PreservedText preserved(factory);
+    auto kept = factory.Parse(wide(changed).c_str());
+    ASSERT_NE(kept, nullptr);
+    EXPECT_EQ(narrow(kept->getEncodedValue()), changed) << "the refused segment is kept where it stood";
+  }
 }
 
 TEST(StandardParseTest, EdifactOrderInItsInterchange) {
