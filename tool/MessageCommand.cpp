@@ -7,8 +7,10 @@
 
 #include "definitions/MessageSetDefn.h"
 #include "elements/MessageImpl.h"
+#include "elements/SegmentElement.h"
 #include "foundation/InvalidFile.h"
 #include "tool/ExitCode.h"
+#include "tool/TreeJson.h"
 #include "validation/ValidationErrorList.h"
 
 namespace vantrelia::tool {
@@ -94,12 +96,26 @@ bool MessageCommand::isJunk(std::u16string_view skipped) {
 
 ValidationErrorList MessageCommand::findingsOf(MessageElement& message) {
   ValidationErrorList findings;
-  auto* impl = dynamic_cast<MessageImpl*>(&message);
-  if (!impl) return findings;
-  impl->getRecordedErrors().replayInto(
-      findings, true, [&](int32_t number) { return message.getValidationErrorSettingType(number); },
-      [](MessageElement& element) { return element.getPath(); });
+  addFindings(message, message, findings);
   return findings;
+}
+
+void MessageCommand::addFindings(MessageElement& root, MessageElement& node, ValidationErrorList& findings) {
+  // Messages embedded in this one (the transaction sets of an interchange) keep findings of their
+  // own; they are the user's as much as the interchange's.
+  if (auto* impl = dynamic_cast<MessageImpl*>(&node)) {
+    ValidationErrorList own;
+    impl->getRecordedErrors().replayInto(
+        own, true, [&](int32_t number) { return node.getValidationErrorSettingType(number); },
+        [](MessageElement& element) { return element.getPath(); });
+    const std::string place = &node == &root ? std::string() : node.getPath();
+    for (ValidationError finding : own) {
+      if (finding.getPath().empty()) finding.setPath(place);
+      findings.add(std::move(finding));
+    }
+  }
+  if (dynamic_cast<SegmentElement*>(&node)) return;
+  TreeJson::forEachPresentChild(node, [&](MessageElement& child) { addFindings(root, child, findings); });
 }
 
 std::string MessageCommand::setNameOf(MessageElement& message) {

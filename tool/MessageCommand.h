@@ -28,6 +28,8 @@ class MessageCommand {
   static bool isJunk(std::u16string_view skipped);
   // The message's parse findings, each with the path of its element in front.
   static ValidationErrorList findingsOf(MessageElement& message);
+  // The findings of `node` and of the messages embedded below it, in tree order.
+  static void addFindings(MessageElement& root, MessageElement& node, ValidationErrorList& findings);
   static std::string setNameOf(MessageElement& message);
 
   virtual void beginInput(InputText& /*input*/, const std::string& /*pcfName*/) {}

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "support/ReadFile.h"
 #include "support/TempDir.h"
 #include "support/ToolInputs.h"
 #include "support/ToolRun.h"
@@ -142,6 +143,25 @@ TEST(ToolParseTest, TextFormShowsTheDefinitionTheTreeAndFindings) {
   EXPECT_EQ(odd.exitCode, 3);
   EXPECT_NE(odd.out.find("  findings:\n    error 1003 segment "), std::string::npos) << odd.out;
   EXPECT_NE(odd.out.find("Unknown segment, ignored"), std::string::npos) << odd.out;
+}
+
+// A transaction set inside an interchange records its findings on itself; they are shown with the
+// interchange's, with the transaction's place, and they decide the exit code.
+TEST(ToolParseTest, FindingsOfEmbeddedMessagesAreShown) {
+  TempDir dir;
+  const std::string sample = readFile(sourcePath("tests/data/standards/835-three-claims.x12"));
+  const std::string rendering = "NM1*82*";
+  ASSERT_NE(sample.find(rendering), std::string::npos);
+  std::string changed = sample;
+  changed.replace(sample.find(rendering), rendering.size(), "NM1*ZZ*");
+  const std::string input = dir.write("835.x12", changed);
+
+  const ToolRun summary = runTool(dir, "parse --summary --pcf x12 " + input);
+  EXPECT_EQ(summary.exitCode, 3);
+  EXPECT_NE(summary.out.find("findings: 1023 x1"), std::string::npos) << summary.out;
+  const ToolRun text = runTool(dir, "parse --pcf x12 " + input);
+  EXPECT_NE(text.out.find("  findings:\n    error 1023 "), std::string::npos) << text.out;
+  EXPECT_NE(text.out.find("GS_LOOP[0]/TRANSACTION[0]"), std::string::npos) << text.out;
 }
 
 TEST(ToolParseTest, SummaryCountsMessagesSegmentsAndSkippedBytes) {
