@@ -14,8 +14,8 @@ class SeparatorList;
 
 class SegmentFactory {
  public:
-  // Presence-indicator, name/value and tagged pharmacy segments read and write as ordinary
-  // segments until their own kinds exist.
+  // Tagged pharmacy segments (flag 0x10) get their own kind; presence-indicator (0x02) and
+  // name/value (0x04) segments read and write as ordinary segments until their kinds exist.
   static std::unique_ptr<SegmentImplBase> create(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn,
                                                  InternalElement* parent, int32_t index, SeparatorList* separators);
 };

@@ -103,6 +103,48 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   void destroyField(int index);
   // For clones: the same segment on the same definitions, with copies of the fields.
   void copyFieldsInto(SegmentImplBase& copy) const;
+  // A segment of the kind `Kind` on the same definitions, with copies of the fields; under
+  // `newParent`, with its separator list.
+  template <class Kind>
+  std::unique_ptr<Kind> copyAs(InternalElement* newParent) const {
+    SeparatorList* list = newParent ? newParent->getSeparatorList() : separators;
+    auto copy = std::make_unique<Kind>(*segmentDefn, itemDefn, newParent, index, list);
+    copyFieldsInto(*copy);
+    return copy;
+  }
+
+  // ----- the opening and closing that every kind of segment text shares
+
+  // Takes the segment's initiator and tag, the separators its text declares and the initiator of
+  // its fields, and pushes the field level. False, with status kNotThisSegment, when the tag isn't
+  // there. `lastFieldFilled` is cleared by a field initiator; `endMask` tells which of message (1),
+  // group (2) and segment (4) separators may end the segment.
+  bool beginSegmentParse(ParserStream& stream, uint32_t& status, bool& lastFieldFilled, uint32_t& endMask);
+  bool usesGenericParsing();
+  void readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                      bool useGeneric);
+  // The match list: a segment whose match fields are empty isn't this segment.
+  bool matchFields();
+  // Behind the fields: the separators the text declared at its end, then the separator that ends
+  // the segment, with what stands before it reported as extra data.
+  void finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
+                          RecordedErrors& errors, ValidationLocation& location);
+
+  enum class WriteStart {
+    kSkipped,  // nothing written: an empty optional segment
+    kWritten,  // written whole, as it was read
+    kFields,   // tag written and field level pushed: the kind writes its fields, then endSegmentWrite
+  };
+  struct SegmentWrite {
+    bool fixedSegment = false;
+    // The last field that must be written, -1 for none.
+    int lastField = -1;
+  };
+  WriteStart beginSegmentWrite(SeparatorList& list, int32_t& counter, SegmentWrite& write);
+  void endSegmentWrite(SeparatorList& list);
+  void settleSlots(SeparatorList& list);
+  static uint32_t separatorFlags(const SeparatorList& list, int32_t separator);
+  bool fieldHasDefault(int index);
 
   // Slots up to the highest field made so far; getChildArray fills them up to the field count.
   std::vector<std::unique_ptr<InternalElement>> fields;
