@@ -217,7 +217,9 @@ void NCPDPSegmentImpl::parseCountedFields(ParserStream& stream, int32_t count, b
           return;
         }
         location.fieldRepetition = repeat + 1;
-        const bool counts = segmentDefn->isRepeatCountField(index);
+        // Only a count inside this run opens a run of its own: each one lies further on, so that
+        // no text can nest them deeper than the definition does.
+        const bool counts = segmentDefn->isRepeatCountField(index) && index > countField;
         storeRunValue(index, text, counts ? -1 : outer, errors, location);
         location.fieldRepetition = -1;
         if (counts) {

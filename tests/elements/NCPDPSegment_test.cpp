@@ -20,6 +20,8 @@ namespace {
 
 // Printable separators in place of the wire's control characters: '~' opens a segment, '|' a field.
 const char* const kDefinition = R"yaml(
+arrayTypes:
+  - {name: Codes, ownSeparator: "+"}
 messageSets:
   - name: TAG
     separators:
@@ -60,6 +62,17 @@ messageSets:
           - {name: Status, userData: {Tag: AN}}
           - {name: RejectCount, dataType: long, countedField: RejectCode, userData: {Tag: FA}}
           - {name: RejectCode, required: true, maxRepeats: 5, userData: {Tag: FB}}
+      # A run inside a run: each ingredient has its own count of modifiers, whose values stand in
+      # the ingredient's item of the modifier field.
+      - name: CMP
+        tag: "|AM10"
+        ncpdp: true
+        fields:
+          - {name: IngredientCount, dataType: long, countedField: Qualifier, userData: {Tag: EC}}
+          - {name: Qualifier, maxRepeats: 25, userData: {Tag: RE}}
+          - {name: Product, maxRepeats: 25, userData: {Tag: TE}}
+          - {name: ModifierCount, dataType: long, maxRepeats: 25, countedField: Modifier, userData: {Tag: 2G}}
+          - {name: Modifier, dataType: Codes, maxRepeats: 25, userData: {Tag: 2H}}
       - name: PLAIN
         tag: "|AM99"
         fields: [{name: A}, {name: B}]
@@ -71,6 +84,7 @@ messageSets:
           - {segment: CLM}
           - {segment: DUR}
           - {segment: RSP}
+          - {segment: CMP}
           - {segment: PLAIN}
 )yaml";
 
@@ -242,6 +256,26 @@ TEST_F(NCPDPSegment, TextsReadAndWriteBackInDefinitionOrder) {
     EXPECT_EQ(read(c.segment, out), Findings{});
     EXPECT_EQ(written(c.segment), out);
   }
+}
+
+TEST_F(NCPDPSegment, ARunInsideARunKeepsItsValuesWithTheOuterRepeat) {
+  const std::string text = "~|AM10|EC2|RE01|TE111|2G2|2HAA|2HBB|RE02|TE222|2G1|2HCC";
+  EXPECT_EQ(read("CMP", text), Findings{});
+  const auto modifier = [&](int ingredient, int entry) {
+    return narrow(at(*message, "CMP/Modifier")->getElementAt(ingredient)->getElementAt(entry)->getValue());
+  };
+  EXPECT_EQ(value("CMP/Product[1]"), "222");
+  EXPECT_EQ(count("CMP/Modifier"), 2);
+  EXPECT_EQ(at(*message, "CMP/Modifier")->getElementAt(0)->getElementCount(), 2);
+  EXPECT_EQ(modifier(0, 1), "BB");
+  EXPECT_EQ(modifier(1, 0), "CC");
+  // Each nested count stands for its own ingredient's modifiers.
+  EXPECT_EQ(value("CMP/ModifierCount[0]"), "2");
+  EXPECT_EQ(value("CMP/ModifierCount[1]"), "1");
+  EXPECT_EQ(value("CMP/IngredientCount"), "2");
+  EXPECT_EQ(written("CMP"), text);
+  at(*message, "CMP/Modifier")->getElementAt(1)->appendElement(nullptr)->setValue(u"DD");
+  EXPECT_EQ(written("CMP"), "~|AM10|EC2|RE01|TE111|2G2|2HAA|2HBB|RE02|TE222|2G2|2HCC|2HDD");
 }
 
 TEST_F(NCPDPSegment, AWholeMessageParsesAndWritesBack) {
