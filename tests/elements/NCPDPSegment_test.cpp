@@ -201,6 +201,30 @@ TEST_F(NCPDPSegment, UnknownTagsAndCountsThatAreNoNumbersAreReported) {
   }
 }
 
+// Texts no sender should write still end, take the whole segment and keep what they carry.
+TEST_F(NCPDPSegment, HostileTextsEndAndKeepTheirValues) {
+  struct Case {
+    const char* segment;
+    const char* text;
+    Findings findings;
+    const char* path;  // a value read after the hostile part
+    const char* value;
+  };
+  const Case cases[] = {
+      {"CLM", "~|AM07|SE99999999999999|ER01|E75", {}, "Quantity", "5"},  // a count beyond any int
+      {"CLM", "~|AM07|||EM1||", {}, "Qualifier", "1"},                     // empty fields
+      {"CLM", "~|AM07|EM1|SEX", {{1052, "Specified repeat count is not a valid integer: X"}}, "Qualifier", "1"},
+      {"CLM", "~|AM07|H79|H801|H801|H801|H801|DN01", {}, "Basis", "01"},  // every tag goes back
+      {"CMP", "~|AM10|EC9|2G9|2G9|2G9|2G9|2HAA|TE5", {}, "Product[0]", "5"},  // counts without their runs
+      {"CMP", "~|AM10|2G9|2HAA|EC1|RE01", {}, "Qualifier[0]", "01"},            // a nested count outside its run
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(read(c.segment, c.text), c.findings);
+    EXPECT_EQ(value(std::string(c.segment) + "/" + c.path), c.value);
+  }
+}
+
 TEST_F(NCPDPSegment, ACountFieldStandsForTheRepeatsOfItsRun) {
   EXPECT_EQ(read("CLM", "~|AM07|EM1|SE1|ER01|ER02|ER03|H79|H801|H802|H9100{"), Findings{});
   // The text said one modifier and nine other amounts; the runs hold three and two.
