@@ -66,18 +66,6 @@ FieldBase* existingItem(FieldBase* repeating, int at) {
 
 }  // namespace
 
-// ----- copies
-
-std::unique_ptr<MessageElement> NCPDPSegmentImpl::clone() {
-  auto copy = copyAs<NCPDPSegmentImpl>(parent);
-  copy->separators = separators;
-  return copy;
-}
-
-std::unique_ptr<InternalElement> NCPDPSegmentImpl::cloneWithParent(InternalElement* newParent) {
-  return copyAs<NCPDPSegmentImpl>(newParent);
-}
-
 // ----- the fields of the definition
 
 int NCPDPSegmentImpl::findFieldByTag(std::u16string_view& text) const {

@@ -16,8 +16,6 @@ class NCPDPSegmentImpl : public SegmentImplBase {
  public:
   using SegmentImplBase::SegmentImplBase;
 
-  std::unique_ptr<MessageElement> clone() override;
-  std::unique_ptr<InternalElement> cloneWithParent(InternalElement* newParent) override;
   bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                           ValidationLocation& location) override;
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;

@@ -2,6 +2,7 @@
 
 #include "definitions/SegmentDefn.h"
 #include "elements/NCPDPSegmentImpl.h"
+#include "elements/NVPairSegmentImpl.h"
 #include "elements/SegmentImpl.h"
 
 namespace vantrelia {
@@ -9,7 +10,10 @@ namespace vantrelia {
 std::unique_ptr<SegmentImplBase> SegmentFactory::create(const SegmentDefn& segmentDefn,
                                                         const MessageItemDefn* itemDefn, InternalElement* parent,
                                                         int32_t index, SeparatorList* separators) {
-  // Name/value pairs and presence indicators come before tagged segments when flags mix.
+  // Name/value pairs come before presence indicators and tagged segments when flags mix.
+  if (segmentDefn.getFlags() & SegmentDefn::kNameValuePair) {
+    return std::make_unique<NVPairSegmentImpl>(segmentDefn, itemDefn, parent, index, separators);
+  }
   if (segmentDefn.getFlags() & SegmentDefn::kNcpdp) {
     return std::make_unique<NCPDPSegmentImpl>(segmentDefn, itemDefn, parent, index, separators);
   }

@@ -38,18 +38,6 @@ const std::u16string kCarriageReturnLineFeed = u"\r\n";
 
 }  // namespace
 
-// ----- copies
-
-std::unique_ptr<MessageElement> SegmentImpl::clone() {
-  auto copy = copyAs<SegmentImpl>(parent);
-  copy->separators = separators;
-  return copy;
-}
-
-std::unique_ptr<InternalElement> SegmentImpl::cloneWithParent(InternalElement* newParent) {
-  return copyAs<SegmentImpl>(newParent);
-}
-
 // ----- reading
 
 bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
@@ -67,15 +55,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
     if (stream.atEnd()) break;
     location.fieldPosition = i + 1;
     location.fieldRepetition = 1;
-    bool delimited = list.isSeparatorActive(fieldSeparator);
-    if (i == fieldCount - 1) {
-      // The last field runs to the end of the segment unless its separator also ends it.
-      if (!(separatorFlags(list, fieldSeparator) & SeparatorDefn::kTerminator)) delimited = false;
-      if (!list.isSeparatorActive(qxSepSegment)) {
-        list.popSeparator();
-        popped = true;
-      }
-    }
+    const bool delimited = openField(i == fieldCount - 1, popped);
     parseField(i, stream, errors, location, useGeneric, lastFieldFilled, deferred);
     if (delimited && !consumeFieldSeparator(i, stream, errors, location, useGeneric, lastFieldFilled)) break;
     if (list.atOuterSeparator(stream, popped ? 0 : 1)) break;
@@ -194,32 +174,6 @@ void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedE
 
 int32_t SegmentImpl::linkedLength(int index) {
   return FieldImplBase::lengthFromSibling(*this, segmentDefn->getFields(), index);
-}
-
-bool SegmentImpl::consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors,
-                                        ValidationLocation& location, bool useGeneric, bool& lastFieldFilled) {
-  SeparatorList& list = *separators;
-  ParserToken extra;
-  extra.useView = true;
-  if (list.isTrieDirty()) list.buildTrie();
-  stream.readToken(list.getTrie(), extra, 0, false);
-  if (useGeneric && !extra.characters().empty()) {
-    ParseFindings::record(errors, getField(index), list, location, verr::kExtraDataAfterField, extra.characters());
-  }
-  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
-  if (extra.separator != fieldSeparator && !crlfHere) return true;
-  const std::u16string separator(list.getSeparatorValue(fieldSeparator));
-  const bool consumed = list.getCrlfEquivalent() == fieldSeparator
-                            ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
-                            : stream.consume(separator);
-  if (!consumed) {
-    const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
-    if (!terminator.empty() && stream.startsWith(terminator)) return false;
-  }
-  if (separatorFlags(list, fieldSeparator) & (SeparatorDefn::kInitiator | SeparatorDefn::kSeparator)) {
-    lastFieldFilled = false;
-  }
-  return true;
 }
 
 // ----- writing

@@ -16,8 +16,6 @@ class SegmentImpl : public SegmentImplBase {
  public:
   using SegmentImplBase::SegmentImplBase;
 
-  std::unique_ptr<MessageElement> clone() override;
-  std::unique_ptr<InternalElement> cloneWithParent(InternalElement* newParent) override;
   bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                           ValidationLocation& location) override;
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;
@@ -31,9 +29,6 @@ class SegmentImpl : public SegmentImplBase {
                   bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
   void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
   void parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors, ValidationLocation& location);
-  // Steps over the field separator after field `index`; false when the segment ended instead.
-  bool consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
-                             bool useGeneric, bool& lastFieldFilled);
   // The length a raw binary field takes from the sibling its definition names.
   int32_t linkedLength(int index);
 };

@@ -21,6 +21,7 @@
 #include "elements/FieldFactory.h"
 #include "elements/ItemListNode.h"
 #include "elements/PositionedWrite.h"
+#include "elements/SegmentFactory.h"
 #include "elements/RepeatFieldImpl.h"
 #include "foundation/BadParameter.h"
 #include "foundation/CheckIndex.h"
@@ -165,6 +166,19 @@ void SegmentImplBase::onFieldValueChanged(int fieldIndex, int repeatIndex, bool 
   }
   // The ruled field takes the type its key names now; its text survives the change.
   FieldFactory::retype(*this, fields[static_cast<size_t>(ruled->second)], ruled->second);
+}
+
+std::unique_ptr<MessageElement> SegmentImplBase::clone() {
+  std::unique_ptr<SegmentImplBase> copy = SegmentFactory::create(*segmentDefn, itemDefn, parent, index, separators);
+  copyFieldsInto(*copy);
+  return copy;
+}
+
+std::unique_ptr<InternalElement> SegmentImplBase::cloneWithParent(InternalElement* newParent) {
+  SeparatorList* list = newParent ? newParent->getSeparatorList() : separators;
+  std::unique_ptr<SegmentImplBase> copy = SegmentFactory::create(*segmentDefn, itemDefn, newParent, index, list);
+  copyFieldsInto(*copy);
+  return copy;
 }
 
 void SegmentImplBase::copyFieldsInto(SegmentImplBase& copy) const {
@@ -385,6 +399,18 @@ bool SegmentImplBase::beginSegmentParse(ParserStream& stream, uint32_t& status, 
   return true;
 }
 
+bool SegmentImplBase::openField(bool last, bool& popped) {
+  SeparatorList& list = *separators;
+  bool delimited = list.isSeparatorActive(fieldSeparator);
+  if (!last) return delimited;
+  if (!(separatorFlags(list, fieldSeparator) & SeparatorDefn::kTerminator)) delimited = false;
+  if (!list.isSeparatorActive(qxSepSegment)) {
+    list.popSeparator();
+    popped = true;
+  }
+  return delimited;
+}
+
 bool SegmentImplBase::usesGenericParsing() {
   const MessageSetDefn* set = getMessageSetDefn();
   return set && set->getGenericParsing();
@@ -396,6 +422,32 @@ void SegmentImplBase::readPlainToken(ParserStream& stream, ParserToken& token, i
   if (list.isTrieDirty()) list.buildTrie();
   SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : list.getTrie();
   stream.readToken(trie, token, maxLength, applyReplacements);
+}
+
+bool SegmentImplBase::consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors,
+                                            ValidationLocation& location, bool useGeneric, bool& lastFieldFilled) {
+  SeparatorList& list = *separators;
+  ParserToken extra;
+  extra.useView = true;
+  if (list.isTrieDirty()) list.buildTrie();
+  stream.readToken(list.getTrie(), extra, 0, false);
+  if (useGeneric && !extra.characters().empty()) {
+    ParseFindings::record(errors, getField(index), list, location, verr::kExtraDataAfterField, extra.characters());
+  }
+  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
+  if (extra.separator != fieldSeparator && !crlfHere) return true;
+  const std::u16string separator(list.getSeparatorValue(fieldSeparator));
+  const bool consumed = list.getCrlfEquivalent() == fieldSeparator
+                            ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
+                            : stream.consume(separator);
+  if (!consumed) {
+    const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
+    if (!terminator.empty() && stream.startsWith(terminator)) return false;
+  }
+  if (separatorFlags(list, fieldSeparator) & (SeparatorDefn::kInitiator | SeparatorDefn::kSeparator)) {
+    lastFieldFilled = false;
+  }
+  return true;
 }
 
 bool SegmentImplBase::matchFields() {

@@ -25,6 +25,9 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
                   int32_t index, SeparatorList* separators);
   ~SegmentImplBase() override;
 
+  // A copy is of the kind the factory makes for the definition, with copies of the fields.
+  std::unique_ptr<MessageElement> clone() override;
+  std::unique_ptr<InternalElement> cloneWithParent(InternalElement* newParent) override;
   MessageElement* getElementAt(const char* path) override;
   MessageElement* getElementAt(int index) override;
   int getElementCount() override;
@@ -103,15 +106,6 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   void destroyField(int index);
   // For clones: the same segment on the same definitions, with copies of the fields.
   void copyFieldsInto(SegmentImplBase& copy) const;
-  // A segment of the kind `Kind` on the same definitions, with copies of the fields; under
-  // `newParent`, with its separator list.
-  template <class Kind>
-  std::unique_ptr<Kind> copyAs(InternalElement* newParent) const {
-    SeparatorList* list = newParent ? newParent->getSeparatorList() : separators;
-    auto copy = std::make_unique<Kind>(*segmentDefn, itemDefn, newParent, index, list);
-    copyFieldsInto(*copy);
-    return copy;
-  }
 
   // ----- the opening and closing that every kind of segment text shares
 
@@ -123,6 +117,13 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   bool usesGenericParsing();
   void readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
                       bool useGeneric);
+  // Before a field is read: whether a field separator ends it. The last field runs to the end of
+  // the segment unless its separator also ends it; where no segment separator is active the field
+  // level is popped (`popped`) so that the last field takes the rest of the text.
+  bool openField(bool last, bool& popped);
+  // Steps over the field separator after field `index`; false when the segment ended instead.
+  bool consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
+                             bool useGeneric, bool& lastFieldFilled);
   // The match list: a segment whose match fields are empty isn't this segment.
   bool matchFields();
   // Behind the fields: the separators the text declared at its end, then the separator that ends

@@ -12,8 +12,6 @@
 #include "elements/SegmentImpl.h"
 #include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
-#include "validation/RecordedErrors.h"
-#include "validation/ValidationErrorList.h"
 
 namespace vantrelia::testing {
 namespace {
@@ -95,17 +93,8 @@ class NCPDPSegment : public ElementTreeTest {
     message = create("B1");
   }
 
-  // Reads `text` into the segment named `name`; the findings it records, as number and text.
   std::vector<std::pair<int, std::string>> read(const std::string& name, const std::string& text) {
-    auto* segment = static_cast<SegmentImplBase*>(at(*message, name));
-    RecordedErrors errors;
-    EXPECT_EQ(segment->parseEncodedValue(wide(text), errors), u"") << "the whole text is the segment's";
-    ValidationErrorList list;
-    errors.replayInto(
-        list, true, [](int32_t) { return qxVESError; }, [](MessageElement& e) { return e.getPath(); });
-    std::vector<std::pair<int, std::string>> result;
-    for (const ValidationError& error : list) result.emplace_back(error.getErrorNumber(), narrow(error.getError()));
-    return result;
+    return readSegmentText(*at(*message, name), text);
   }
   std::string value(const std::string& path) { return narrow(at(*message, path)->getValue()); }
   int count(const std::string& path) { return at(*message, path)->getElementCount(); }
