@@ -62,6 +62,13 @@ class SegmentDefn : public FieldListDefn {
   // From the index of a key field to the first variable field whose type it rules; null without
   // flag 0x01.
 
+  // Whether the field at `index` counts the run of repeating fields behind it in a tagged segment:
+  // its link names the counted field with a "+" in front.
+  bool isRepeatCountField(int32_t index) const {
+    const std::string& link = fields[static_cast<size_t>(index)]->getLinkedFieldName();
+    return !link.empty() && link.front() == '+';
+  }
+
   // The field names, widened, longest first and by code unit among names of one length, so that a
   // name that begins another comes after it. Made once, on first use, under the segment's lock;
   // safe from several threads.

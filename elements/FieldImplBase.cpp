@@ -4,11 +4,13 @@
 #include "definitions/DataTypeCodes.h"
 #include "definitions/FieldDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
+#include "definitions/SegmentDefn.h"
 #include "elements/ElementMessages.h"
 #include "elements/BinaryEncoding.h"
 #include "elements/ElementPath.h"
 #include "elements/FactorySettings.h"
 #include "elements/FormattedValue.h"
+#include "elements/NCPDPSegmentImpl.h"
 #include "elements/PositionedWrite.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/BadParameter.h"
@@ -164,7 +166,19 @@ ElementCollection FieldImplBase::getElementCollection(const char*) {
 
 // ----- state
 
-bool FieldImplBase::isEmpty() { return !getFlag(kNull) && value.empty() && !binaryValue; }
+bool FieldImplBase::isEmpty() {
+  if (getFlag(kNull) || !value.empty() || binaryValue) return false;
+  // A count field of a tagged segment always stands for something: the count of its run.
+  return taggedRunOwner() == nullptr;
+}
+
+NCPDPSegmentImpl* FieldImplBase::taggedRunOwner() {
+  const std::string& link = fieldDefn->getLinkedFieldName();
+  if (link.empty() || link.front() != '+') return nullptr;
+  SegmentImplBase* owner = getOwner();
+  if (!owner || !(owner->getSegmentDefn().getFlags() & SegmentDefn::kNcpdp)) return nullptr;
+  return dynamic_cast<NCPDPSegmentImpl*>(owner);
+}
 
 void FieldImplBase::valueChanged() {
   setChanged(true);
@@ -254,6 +268,12 @@ std::u16string FieldImplBase::currentValue() {
   if (!isBinaryField()) {
     if (getFlag(kAwaitsFormatter)) normalizeFormatted();
     if (raw) return value.str();
+    if (NCPDPSegmentImpl* owner = taggedRunOwner()) {
+      // A count field that repeats itself counts the run of its own repeat.
+      const int32_t repeat = parent == owner ? 0 : index;
+      const std::string count = std::to_string(owner->countRunRepeats(repeat, getOwnerFieldIndex()));
+      return std::u16string(count.begin(), count.end());
+    }
     text = value.str();
   } else {
     text = binaryValue ? bytesAsUnits(*binaryValue) : std::u16string();

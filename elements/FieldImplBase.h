@@ -15,6 +15,7 @@
 
 namespace vantrelia {
 
+class NCPDPSegmentImpl;
 class ValidationErrorList;
 
 class FieldImplBase : public FieldBase, public SeparatorField {
@@ -75,6 +76,9 @@ class FieldImplBase : public FieldBase, public SeparatorField {
   // The text getValue gives: null text, count, calculation, stored value or default.
   std::u16string currentValue();
   void normalizeFormatted();
+  // The segment of a count field of a tagged segment, whose value is the count of its run; null
+  // for any other field.
+  NCPDPSegmentImpl* taggedRunOwner();
   void updateLengthField();
   // Takes off the zeros or filler that the alignment put around a value read from the wire.
   void trimForAlignment(SeparatorList* list);

@@ -9,8 +9,7 @@ namespace vantrelia {
 
 void ParseFindings::record(RecordedErrors& errors, MessageElement* element, const SeparatorList& list,
                            const ValidationLocation& location, int32_t number, std::u16string_view detail) {
-  const EVErrType severity = list.getValidationErrorSetting(number);
-  if (severity == qxVESIgnore) return;
+  if (list.getValidationErrorSetting(number) == qxVESIgnore) return;
   std::u16string text = getRaisedText(number);
   if (detail.size() <= 80) {
     text += detail;
@@ -18,6 +17,13 @@ void ParseFindings::record(RecordedErrors& errors, MessageElement* element, cons
     text += detail.substr(0, 77);
     text += u"...";
   }
+  recordText(errors, element, list, location, number, std::move(text));
+}
+
+void ParseFindings::recordText(RecordedErrors& errors, MessageElement* element, const SeparatorList& list,
+                               const ValidationLocation& location, int32_t number, std::u16string text) {
+  const EVErrType severity = list.getValidationErrorSetting(number);
+  if (severity == qxVESIgnore) return;
   errors.record(element, ValidationError(location, std::move(text), number, severity));
 }
 

@@ -19,6 +19,9 @@ class ParseFindings {
   // three "..." when cut).
   static void record(RecordedErrors& errors, MessageElement* element, const SeparatorList& list,
                      const ValidationLocation& location, int32_t number, std::u16string_view detail = {});
+  // Records `number` with a text made by the caller, for the numbers raised with a format.
+  static void recordText(RecordedErrors& errors, MessageElement* element, const SeparatorList& list,
+                         const ValidationLocation& location, int32_t number, std::u16string text);
 };
 
 }  // namespace vantrelia

@@ -14,8 +14,8 @@ class SeparatorList;
 
 class SegmentFactory {
  public:
-  // Presence-indicator, name/value and tagged pharmacy segments read and write as ordinary
-  // segments until their own kinds exist.
+  // Name/value (flag 0x04) and tagged pharmacy segments (0x10) get their own kinds; presence-
+  // indicator segments (0x02) read and write as ordinary segments until their kind exists.
   static std::unique_ptr<SegmentImplBase> create(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn,
                                                  InternalElement* parent, int32_t index, SeparatorList* separators);
 };

@@ -36,65 +36,18 @@ namespace {
 constexpr int32_t kCurrent = SeparatorList::kCurrent;
 const std::u16string kCarriageReturnLineFeed = u"\r\n";
 
-uint32_t definitionFlags(const SeparatorList& list, int32_t separator) {
-  return list.getSlot(separator).defn ? list.getSlot(separator).defn->getFlags() : 0;
-}
-
 }  // namespace
-
-// ----- copies
-
-std::unique_ptr<SegmentImpl> SegmentImpl::copyWithParent(InternalElement* newParent) const {
-  SeparatorList* list = newParent ? newParent->getSeparatorList() : separators;
-  auto copy = std::make_unique<SegmentImpl>(*segmentDefn, itemDefn, newParent, index, list);
-  copyFieldsInto(*copy);
-  return copy;
-}
-
-std::unique_ptr<MessageElement> SegmentImpl::clone() {
-  auto copy = copyWithParent(parent);
-  copy->separators = separators;
-  return copy;
-}
-
-std::unique_ptr<InternalElement> SegmentImpl::cloneWithParent(InternalElement* newParent) {
-  return copyWithParent(newParent);
-}
 
 // ----- reading
 
 bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                                      ValidationLocation& location) {
   SeparatorList& list = *separators;
-  status = 0;
-
-  if (definitionFlags(list, qxSepSegment) & SeparatorDefn::kInitiator) {
-    stream.consume(std::u16string(list.getSeparatorValue(qxSepSegment)));
-  }
-  if (!segmentDefn->getTag().empty() && !stream.consume(segmentDefn->getTag())) {
-    status = kNotThisSegment;
-    return false;
-  }
-  if (list.getVariablePending()) {
-    list.readFromStream(FieldPathDefn::parse(segmentDefn->getName().view()), stream);
-    list.settleHeadersBefore(getMessageSetDefn(), segmentDefn, -1);
-  }
-
   bool lastFieldFilled = true;
-  if (definitionFlags(list, fieldSeparator) & SeparatorDefn::kInitiator) {
-    const std::u16string initiator(list.getSlot(fieldSeparator).initiator);
-    const bool found = list.getCrlfEquivalent() == list.getCurrentSeparator()
-                           ? stream.consumeLonger(initiator, kCarriageReturnLineFeed)
-                           : stream.consume(initiator);
-    if (found) lastFieldFilled = false;
-  }
   uint32_t endMask = 0;
-  if (list.isSeparatorActive(qxSepMessage)) endMask |= 1;
-  if (list.isSeparatorActive(qxSepGroup)) endMask |= 2;
-  if (list.isSeparatorActive(qxSepSegment)) endMask |= 4;
-  list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
+  if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
 
-  const bool useGeneric = getMessageSetDefn() && getMessageSetDefn()->getGenericParsing();
+  const bool useGeneric = usesGenericParsing();
   const int fieldCount = getFieldCount();
   bool popped = false;
   DeferredFields deferred;
@@ -102,15 +55,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
     if (stream.atEnd()) break;
     location.fieldPosition = i + 1;
     location.fieldRepetition = 1;
-    bool delimited = list.isSeparatorActive(fieldSeparator);
-    if (i == fieldCount - 1) {
-      // The last field runs to the end of the segment unless its separator also ends it.
-      if (!(definitionFlags(list, fieldSeparator) & SeparatorDefn::kTerminator)) delimited = false;
-      if (!list.isSeparatorActive(qxSepSegment)) {
-        list.popSeparator();
-        popped = true;
-      }
-    }
+    const bool delimited = openField(i == fieldCount - 1, popped);
     parseField(i, stream, errors, location, useGeneric, lastFieldFilled, deferred);
     if (delimited && !consumeFieldSeparator(i, stream, errors, location, useGeneric, lastFieldFilled)) break;
     if (list.atOuterSeparator(stream, popped ? 0 : 1)) break;
@@ -146,14 +91,6 @@ void SegmentImpl::readDeferredFields(const DeferredFields& deferred, RecordedErr
     field->parseElement(fieldStream, errors, moreFollows, location);
   }
   location.fieldPosition = -1;
-}
-
-void SegmentImpl::readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
-                                 bool useGeneric) {
-  SeparatorList& list = *separators;
-  if (list.isTrieDirty()) list.buildTrie();
-  SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : list.getTrie();
-  stream.readToken(trie, token, maxLength, applyReplacements);
 }
 
 void SegmentImpl::parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
@@ -239,139 +176,16 @@ int32_t SegmentImpl::linkedLength(int index) {
   return FieldImplBase::lengthFromSibling(*this, segmentDefn->getFields(), index);
 }
 
-bool SegmentImpl::consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors,
-                                        ValidationLocation& location, bool useGeneric, bool& lastFieldFilled) {
-  SeparatorList& list = *separators;
-  ParserToken extra;
-  extra.useView = true;
-  if (list.isTrieDirty()) list.buildTrie();
-  stream.readToken(list.getTrie(), extra, 0, false);
-  if (useGeneric && !extra.characters().empty()) {
-    ParseFindings::record(errors, getField(index), list, location, verr::kExtraDataAfterField, extra.characters());
-  }
-  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
-  if (extra.separator != fieldSeparator && !crlfHere) return true;
-  const std::u16string separator(list.getSeparatorValue(fieldSeparator));
-  const bool consumed = list.getCrlfEquivalent() == fieldSeparator
-                            ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
-                            : stream.consume(separator);
-  if (!consumed) {
-    const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
-    if (!terminator.empty() && stream.startsWith(terminator)) return false;
-  }
-  if (definitionFlags(list, fieldSeparator) & (SeparatorDefn::kInitiator | SeparatorDefn::kSeparator)) {
-    lastFieldFilled = false;
-  }
-  return true;
-}
-
-bool SegmentImpl::matchFields() {
-  for (const auto& match : segmentDefn->getMatches()) {
-    if (match->getFieldPath().empty()) continue;
-    auto* field = static_cast<InternalElement*>(getElementAt(match->getFieldPath().c_str()));
-    // A text that merely lacks a tag must not pass for an untagged segment (or one qualifier's
-    // segment for another's): the value has to fit the entry's pattern.
-    const std::u16string found =
-        field->getNodeType() == qxPrimitive ? field->getValue() : field->getEncodedValueNoTouch();
-    if (!match->accepts(found)) return false;
-  }
-  return true;
-}
-
-void SegmentImpl::finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
-                                     RecordedErrors& errors, ValidationLocation& location) {
-  SeparatorList& list = *separators;
-  const std::string_view name = segmentDefn->getName().view();
-  const bool segmentWasActive = list.isSeparatorActive(qxSepSegment);
-  if (list.getVariablePending()) list.readFromStreamEnd(FieldPathDefn::parse(name), stream);
-  list.applyDefaultForPath(name);
-  status = 0;
-  if (endMask == 0 || (definitionFlags(list, qxSepSegment) & SeparatorDefn::kInitiator)) return;
-
-  ParserToken extra;
-  extra.useView = true;
-  if (segmentWasActive || !list.isSeparatorActive(qxSepSegment)) {
-    if (list.isTrieDirty()) list.buildTrie();
-    stream.readToken(list.getTrie(), extra, 0, false);
-  }
-  const auto consumeEnd = [&](int32_t separator) {
-    const std::u16string text(list.getSeparatorValue(separator));
-    if (text.empty()) return false;
-    return list.getCrlfEquivalent() == separator ? stream.consumeLonger(text, kCarriageReturnLineFeed)
-                                                 : stream.consume(text);
-  };
-  if ((endMask & 4) && consumeEnd(qxSepSegment)) status |= 1;
-  if ((endMask & 2) && consumeEnd(qxSepGroup)) status |= 2;
-  if ((endMask & 1) && consumeEnd(qxSepMessage)) status |= 4;
-  if (!useGeneric && !extra.characters().empty()) {
-    status |= 8;
-    ParseFindings::record(errors, this, list, location, verr::kExtraDataAfterSegment, extra.characters());
-  }
-}
-
 // ----- writing
 
-bool SegmentImpl::fieldHasDefault(int index) {
-  if (FieldBase* field = fieldAt(index)) return field->hasDefaultValue();
-  const FieldDefn& defn = segmentDefn->getField(index);
-  if (defn.getHasOverrides() && itemDefn && itemDefn->getFieldInstances()) {
-    return !itemDefn->getFieldInstances()->getDefaultValue(index).empty();
-  }
-  return !defn.getDefaultValue().empty();
-}
-
 bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& counter) {
-  const bool fromWire = list.getFromWire();
-  const std::string_view name = segmentDefn->getName().view();
-  // What the write of this segment changes in the slots is undone at its end unless the text came
-  // from the wire.
-  const auto settle = [&] {
-    if (fromWire) {
-      list.applyDefaultForPath(name);
-    } else {
-      list.restoreSavedSlots();
-    }
-  };
-  if (!fromWire && itemDefn) list.restoreForItem(itemDefn->getMessage(), getName());
-  if (FactorySettings::of(getMessageSetDefn()).preserveParsedText) {
-    const std::u16string_view intact = getIntactSource();
-    if (!intact.empty()) {
-      // The separators it carries count as settled, as if its text had been written field by field.
-      list.markKnownForPath(name);
-      list.writeData(intact);
-      if (counter >= 0) segmentNumber = counter++;
-      return true;
-    }
-  }
-  // A segment that carries the separators of the text (a service string advice, say) is written
-  // whenever it is in the tree, even with no field filled: without it the text couldn't be read back.
-  const bool carriesSeparators = list.getVariablePending() && list.carriesSeparators(name);
-  if ((!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
-    settle();
-    return false;
-  }
-  const bool fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(kCurrent);
-  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
-  list.writeData(segmentDefn->getTag().view());
-  list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
-  const FieldPathDefn segmentPath = FieldPathDefn::parse(name);
-  if (list.getVariablePending()) list.writeSeparatorsOf(segmentPath, false);
-
+  SegmentWrite write;
+  const WriteStart start = beginSegmentWrite(list, counter, write);
+  if (start != WriteStart::kFields) return start == WriteStart::kWritten;
+  const bool fixedSegment = write.fixedSegment;
+  const int lastField = write.lastField;
   const int fieldCount = getFieldCount();
   const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
-  int lastField = fieldCount - 1;
-  if (!fixedSegment) {
-    const bool minimizing = isMinimizeChanges();
-    while (lastField >= 0) {
-      FieldBase* field = fieldAt(lastField);
-      if ((isFieldRequired(lastField) && !minimizing) || (field && !field->isEmpty()) ||
-          (outputDefaults && fieldHasDefault(lastField))) {
-        break;
-      }
-      --lastField;
-    }
-  }
-  if (counter >= 0) segmentNumber = counter++;
 
   bool fixedLevel = !list.isSeparatorActive(kCurrent) || list.isLevelFixedWidth();
   bool mayOmitFill = !fixedSegment;
@@ -403,12 +217,7 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
                           kCurrent);
     }
   }
-  list.flushPending();
-  list.writeSeparator(SeparatorList::kWriteTerminator, kCurrent);
-  if (list.getVariablePending()) list.writeSeparatorsOf(segmentPath, true);
-  list.popSeparator();
-  list.writeSeparator(SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator, kCurrent);
-  settle();
+  endSegmentWrite(list);
   return true;
 }
 

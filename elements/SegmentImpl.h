@@ -16,14 +16,11 @@ class SegmentImpl : public SegmentImplBase {
  public:
   using SegmentImplBase::SegmentImplBase;
 
-  std::unique_ptr<MessageElement> clone() override;
-  std::unique_ptr<InternalElement> cloneWithParent(InternalElement* newParent) override;
   bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                           ValidationLocation& location) override;
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;
 
  private:
-  std::unique_ptr<SegmentImpl> copyWithParent(InternalElement* newParent) const;
   // Texts of variable fields whose key comes after them, by index, read once the segment is.
   using DeferredFields = std::vector<std::pair<int, std::u16string>>;
 
@@ -32,18 +29,8 @@ class SegmentImpl : public SegmentImplBase {
                   bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
   void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
   void parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors, ValidationLocation& location);
-  void readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
-                      bool useGeneric);
-  // Steps over the field separator after field `index`; false when the segment ended instead.
-  bool consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
-                             bool useGeneric, bool& lastFieldFilled);
-  // The match list: a segment whose match fields are empty isn't this segment.
-  bool matchFields();
-  void finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
-                          RecordedErrors& errors, ValidationLocation& location);
   // The length a raw binary field takes from the sibling its definition names.
   int32_t linkedLength(int index);
-  bool fieldHasDefault(int index);
 };
 
 }  // namespace vantrelia

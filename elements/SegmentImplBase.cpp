@@ -1,6 +1,16 @@
 #include "elements/SegmentImplBase.h"
 
 #include "definitions/FieldDefn.h"
+#include "definitions/FieldInstancesControl.h"
+#include "definitions/FieldPathDefn.h"
+#include "definitions/MatchDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/SeparatorDefn.h"
+#include "elements/FactorySettings.h"
+#include "elements/ParseFindings.h"
+#include "parsing/ParserToken.h"
+#include "parsing/SeparatorTrieNode.h"
+#include "validation/ValidationErrorNumbers.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentFieldInstancesControl.h"
@@ -11,6 +21,7 @@
 #include "elements/FieldFactory.h"
 #include "elements/ItemListNode.h"
 #include "elements/PositionedWrite.h"
+#include "elements/SegmentFactory.h"
 #include "elements/RepeatFieldImpl.h"
 #include "foundation/BadParameter.h"
 #include "foundation/CheckIndex.h"
@@ -23,6 +34,13 @@
 #include "validation/ValidationLocation.h"
 
 namespace vantrelia {
+
+namespace {
+
+constexpr int32_t kCurrent = SeparatorList::kCurrent;
+const std::u16string kCarriageReturnLineFeed = u"\r\n";
+
+}  // namespace
 
 SegmentImplBase::SegmentImplBase(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn,
                                  InternalElement* parent, int32_t index, SeparatorList* separators)
@@ -148,6 +166,19 @@ void SegmentImplBase::onFieldValueChanged(int fieldIndex, int repeatIndex, bool 
   }
   // The ruled field takes the type its key names now; its text survives the change.
   FieldFactory::retype(*this, fields[static_cast<size_t>(ruled->second)], ruled->second);
+}
+
+std::unique_ptr<MessageElement> SegmentImplBase::clone() {
+  std::unique_ptr<SegmentImplBase> copy = SegmentFactory::create(*segmentDefn, itemDefn, parent, index, separators);
+  copyFieldsInto(*copy);
+  return copy;
+}
+
+std::unique_ptr<InternalElement> SegmentImplBase::cloneWithParent(InternalElement* newParent) {
+  SeparatorList* list = newParent ? newParent->getSeparatorList() : separators;
+  std::unique_ptr<SegmentImplBase> copy = SegmentFactory::create(*segmentDefn, itemDefn, newParent, index, list);
+  copyFieldsInto(*copy);
+  return copy;
 }
 
 void SegmentImplBase::copyFieldsInto(SegmentImplBase& copy) const {
@@ -330,6 +361,209 @@ std::u16string SegmentImplBase::getEncodedValue() {
 
 std::u16string SegmentImplBase::getEncodedValueNoTouch() {
   return PositionedWrite::element(*this, getMessageSetDefn(), segmentDefn, true);
+}
+
+// ----- reading and writing the segment around its fields
+
+uint32_t SegmentImplBase::separatorFlags(const SeparatorList& list, int32_t separator) {
+  return list.getSlot(separator).defn ? list.getSlot(separator).defn->getFlags() : 0;
+}
+
+bool SegmentImplBase::beginSegmentParse(ParserStream& stream, uint32_t& status, bool& lastFieldFilled,
+                                        uint32_t& endMask) {
+  SeparatorList& list = *separators;
+  status = 0;
+  if (separatorFlags(list, qxSepSegment) & SeparatorDefn::kInitiator) {
+    stream.consume(std::u16string(list.getSeparatorValue(qxSepSegment)));
+  }
+  if (!segmentDefn->getTag().empty() && !stream.consume(segmentDefn->getTag())) {
+    status = kNotThisSegment;
+    return false;
+  }
+  if (list.getVariablePending()) {
+    list.readFromStream(FieldPathDefn::parse(segmentDefn->getName().view()), stream);
+    list.settleHeadersBefore(getMessageSetDefn(), segmentDefn, -1);
+  }
+  if (separatorFlags(list, fieldSeparator) & SeparatorDefn::kInitiator) {
+    const std::u16string initiator(list.getSlot(fieldSeparator).initiator);
+    const bool found = list.getCrlfEquivalent() == list.getCurrentSeparator()
+                           ? stream.consumeLonger(initiator, kCarriageReturnLineFeed)
+                           : stream.consume(initiator);
+    if (found) lastFieldFilled = false;
+  }
+  endMask = 0;
+  if (list.isSeparatorActive(qxSepMessage)) endMask |= 1;
+  if (list.isSeparatorActive(qxSepGroup)) endMask |= 2;
+  if (list.isSeparatorActive(qxSepSegment)) endMask |= 4;
+  list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
+  return true;
+}
+
+bool SegmentImplBase::openField(bool last, bool& popped) {
+  SeparatorList& list = *separators;
+  bool delimited = list.isSeparatorActive(fieldSeparator);
+  if (!last) return delimited;
+  if (!(separatorFlags(list, fieldSeparator) & SeparatorDefn::kTerminator)) delimited = false;
+  if (!list.isSeparatorActive(qxSepSegment)) {
+    list.popSeparator();
+    popped = true;
+  }
+  return delimited;
+}
+
+bool SegmentImplBase::usesGenericParsing() {
+  const MessageSetDefn* set = getMessageSetDefn();
+  return set && set->getGenericParsing();
+}
+
+void SegmentImplBase::readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                                     bool useGeneric) {
+  SeparatorList& list = *separators;
+  if (list.isTrieDirty()) list.buildTrie();
+  SeparatorTrieNode& trie = useGeneric && list.getGenericTrie() ? *list.getGenericTrie() : list.getTrie();
+  stream.readToken(trie, token, maxLength, applyReplacements);
+}
+
+bool SegmentImplBase::consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors,
+                                            ValidationLocation& location, bool useGeneric, bool& lastFieldFilled) {
+  SeparatorList& list = *separators;
+  ParserToken extra;
+  extra.useView = true;
+  if (list.isTrieDirty()) list.buildTrie();
+  stream.readToken(list.getTrie(), extra, 0, false);
+  if (useGeneric && !extra.characters().empty()) {
+    ParseFindings::record(errors, getField(index), list, location, verr::kExtraDataAfterField, extra.characters());
+  }
+  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
+  if (extra.separator != fieldSeparator && !crlfHere) return true;
+  const std::u16string separator(list.getSeparatorValue(fieldSeparator));
+  const bool consumed = list.getCrlfEquivalent() == fieldSeparator
+                            ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
+                            : stream.consume(separator);
+  if (!consumed) {
+    const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
+    if (!terminator.empty() && stream.startsWith(terminator)) return false;
+  }
+  if (separatorFlags(list, fieldSeparator) & (SeparatorDefn::kInitiator | SeparatorDefn::kSeparator)) {
+    lastFieldFilled = false;
+  }
+  return true;
+}
+
+bool SegmentImplBase::matchFields() {
+  for (const auto& match : segmentDefn->getMatches()) {
+    if (match->getFieldPath().empty()) continue;
+    auto* field = static_cast<InternalElement*>(getElementAt(match->getFieldPath().c_str()));
+    // A text that merely lacks a tag must not pass for an untagged segment (or one qualifier's
+    // segment for another's): the value has to fit the entry's pattern.
+    const std::u16string found =
+        field->getNodeType() == qxPrimitive ? field->getValue() : field->getEncodedValueNoTouch();
+    if (!match->accepts(found)) return false;
+  }
+  return true;
+}
+
+void SegmentImplBase::finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
+                                         RecordedErrors& errors, ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  const std::string_view name = segmentDefn->getName().view();
+  const bool segmentWasActive = list.isSeparatorActive(qxSepSegment);
+  if (list.getVariablePending()) list.readFromStreamEnd(FieldPathDefn::parse(name), stream);
+  list.applyDefaultForPath(name);
+  status = 0;
+  if (endMask == 0 || (separatorFlags(list, qxSepSegment) & SeparatorDefn::kInitiator)) return;
+
+  ParserToken extra;
+  extra.useView = true;
+  if (segmentWasActive || !list.isSeparatorActive(qxSepSegment)) {
+    if (list.isTrieDirty()) list.buildTrie();
+    stream.readToken(list.getTrie(), extra, 0, false);
+  }
+  const auto consumeEnd = [&](int32_t separator) {
+    const std::u16string text(list.getSeparatorValue(separator));
+    if (text.empty()) return false;
+    return list.getCrlfEquivalent() == separator ? stream.consumeLonger(text, kCarriageReturnLineFeed)
+                                                 : stream.consume(text);
+  };
+  if ((endMask & 4) && consumeEnd(qxSepSegment)) status |= 1;
+  if ((endMask & 2) && consumeEnd(qxSepGroup)) status |= 2;
+  if ((endMask & 1) && consumeEnd(qxSepMessage)) status |= 4;
+  if (!useGeneric && !extra.characters().empty()) {
+    status |= 8;
+    ParseFindings::record(errors, this, list, location, verr::kExtraDataAfterSegment, extra.characters());
+  }
+}
+
+bool SegmentImplBase::fieldHasDefault(int index) {
+  if (FieldBase* field = fieldAt(index)) return field->hasDefaultValue();
+  const FieldDefn& defn = segmentDefn->getField(index);
+  if (defn.getHasOverrides() && itemDefn && itemDefn->getFieldInstances()) {
+    return !itemDefn->getFieldInstances()->getDefaultValue(index).empty();
+  }
+  return !defn.getDefaultValue().empty();
+}
+
+SegmentImplBase::WriteStart SegmentImplBase::beginSegmentWrite(SeparatorList& list, int32_t& counter,
+                                                               SegmentWrite& write) {
+  const std::string_view name = segmentDefn->getName().view();
+  if (!list.getFromWire() && itemDefn) list.restoreForItem(itemDefn->getMessage(), getName());
+  if (FactorySettings::of(getMessageSetDefn()).preserveParsedText) {
+    const std::u16string_view intact = getIntactSource();
+    if (!intact.empty()) {
+      // The separators it carries count as settled, as if its text had been written field by field.
+      list.markKnownForPath(name);
+      list.writeData(intact);
+      if (counter >= 0) segmentNumber = counter++;
+      return WriteStart::kWritten;
+    }
+  }
+  // A segment that carries the separators of the text (a service string advice, say) is written
+  // whenever it is in the tree, even with no field filled: without it the text couldn't be read back.
+  const bool carriesSeparators = list.getVariablePending() && list.carriesSeparators(name);
+  if ((!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
+    settleSlots(list);
+    return WriteStart::kSkipped;
+  }
+  write.fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(kCurrent);
+  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  list.writeData(segmentDefn->getTag().view());
+  list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
+  if (list.getVariablePending()) list.writeSeparatorsOf(FieldPathDefn::parse(name), false);
+
+  const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
+  write.lastField = getFieldCount() - 1;
+  if (!write.fixedSegment) {
+    const bool minimizing = isMinimizeChanges();
+    while (write.lastField >= 0) {
+      const int i = write.lastField;
+      FieldBase* field = fieldAt(i);
+      if ((isFieldRequired(i) && !minimizing) || (field && !field->isEmpty()) || (outputDefaults && fieldHasDefault(i))) {
+        break;
+      }
+      --write.lastField;
+    }
+  }
+  if (counter >= 0) segmentNumber = counter++;
+  return WriteStart::kFields;
+}
+
+void SegmentImplBase::endSegmentWrite(SeparatorList& list) {
+  list.flushPending();
+  list.writeSeparator(SeparatorList::kWriteTerminator, kCurrent);
+  if (list.getVariablePending()) list.writeSeparatorsOf(FieldPathDefn::parse(segmentDefn->getName().view()), true);
+  list.popSeparator();
+  list.writeSeparator(SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator, kCurrent);
+  settleSlots(list);
+}
+
+void SegmentImplBase::settleSlots(SeparatorList& list) {
+  // What the write of a segment changes in the slots is undone at its end unless the text came
+  // from the wire.
+  if (list.getFromWire()) {
+    list.applyDefaultForPath(segmentDefn->getName().view());
+  } else {
+    list.restoreSavedSlots();
+  }
 }
 
 // ----- validation comes with its walk

@@ -25,6 +25,9 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
                   int32_t index, SeparatorList* separators);
   ~SegmentImplBase() override;
 
+  // A copy is of the kind the factory makes for the definition, with copies of the fields.
+  std::unique_ptr<MessageElement> clone() override;
+  std::unique_ptr<InternalElement> cloneWithParent(InternalElement* newParent) override;
   MessageElement* getElementAt(const char* path) override;
   MessageElement* getElementAt(int index) override;
   int getElementCount() override;
@@ -103,6 +106,46 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   void destroyField(int index);
   // For clones: the same segment on the same definitions, with copies of the fields.
   void copyFieldsInto(SegmentImplBase& copy) const;
+
+  // ----- the opening and closing that every kind of segment text shares
+
+  // Takes the segment's initiator and tag, the separators its text declares and the initiator of
+  // its fields, and pushes the field level. False, with status kNotThisSegment, when the tag isn't
+  // there. `lastFieldFilled` is cleared by a field initiator; `endMask` tells which of message (1),
+  // group (2) and segment (4) separators may end the segment.
+  bool beginSegmentParse(ParserStream& stream, uint32_t& status, bool& lastFieldFilled, uint32_t& endMask);
+  bool usesGenericParsing();
+  void readPlainToken(ParserStream& stream, ParserToken& token, int32_t maxLength, bool applyReplacements,
+                      bool useGeneric);
+  // Before a field is read: whether a field separator ends it. The last field runs to the end of
+  // the segment unless its separator also ends it; where no segment separator is active the field
+  // level is popped (`popped`) so that the last field takes the rest of the text.
+  bool openField(bool last, bool& popped);
+  // Steps over the field separator after field `index`; false when the segment ended instead.
+  bool consumeFieldSeparator(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
+                             bool useGeneric, bool& lastFieldFilled);
+  // The match list: a segment whose match fields are empty isn't this segment.
+  bool matchFields();
+  // Behind the fields: the separators the text declared at its end, then the separator that ends
+  // the segment, with what stands before it reported as extra data.
+  void finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
+                          RecordedErrors& errors, ValidationLocation& location);
+
+  enum class WriteStart {
+    kSkipped,  // nothing written: an empty optional segment
+    kWritten,  // written whole, as it was read
+    kFields,   // tag written and field level pushed: the kind writes its fields, then endSegmentWrite
+  };
+  struct SegmentWrite {
+    bool fixedSegment = false;
+    // The last field that must be written, -1 for none.
+    int lastField = -1;
+  };
+  WriteStart beginSegmentWrite(SeparatorList& list, int32_t& counter, SegmentWrite& write);
+  void endSegmentWrite(SeparatorList& list);
+  void settleSlots(SeparatorList& list);
+  static uint32_t separatorFlags(const SeparatorList& list, int32_t separator);
+  bool fieldHasDefault(int index);
 
   // Slots up to the highest field made so far; getChildArray fills them up to the field count.
   std::vector<std::unique_ptr<InternalElement>> fields;

@@ -74,6 +74,34 @@ TEST_F(BundledParseTest, EdifactOrderTakesItsParties) {
   EXPECT_EQ(narrow(message->getEncodedValue()), text);
 }
 
+// The NCPDP set of the default holds a subset of the standard's segments, enough for the billing
+// request written for the standard's own definition.
+TEST_F(BundledParseTest, NcpdpBillingTakesItsTaggedFields) {
+  const std::string text = readSource("tests/data/standards/ncpdp-b1.ncpdp");
+  struct Case {
+    const char* path;
+    const char* value;
+  };
+  const Case cases[] = {
+      {"HEADER/BinNumber", "610144"},
+      {"PATIENT/PatientLastName", "LINDQVIST"},
+      {"INSURANCE/CardholderId", "GLH448120937"},
+      {"TRANSACTION[0]/CLAIM/ProductServiceId", "00378180110"},
+      {"TRANSACTION[0]/PRESCRIBER/PrescriberId", "1366002937"},
+      {"TRANSACTION[0]/PRICING/OtherAmountClaimedSubmittedCount", "2"},
+      {"TRANSACTION[0]/PRICING/OtherAmountClaimedSubmitted[0]", "5{"},
+      {"TRANSACTION[0]/PRICING/BasisOfCostDetermination", "01"},
+  };
+  auto message = parse(text);
+  ASSERT_NE(message, nullptr);
+  EXPECT_STREQ(message->getName(), "B1");
+  for (const Case& c : cases) EXPECT_EQ(value(*message, c.path), c.value) << c.path;
+  // Written by the tree and read again, the fields keep their values.
+  auto again = parse(narrow(message->getEncodedValue()));
+  ASSERT_NE(again, nullptr);
+  for (const Case& c : cases) EXPECT_EQ(value(*again, c.path), c.value) << c.path;
+}
+
 TEST_F(BundledParseTest, OtherDelimitersAreReadFromTheHeaders) {
   struct Case {
     const char* file;

@@ -212,7 +212,7 @@ TEST(WholeDefinitionTest, BundledEdifactAndNcpdpSetsLoadAsTheirStandardsAsk) {
       EXPECT_TRUE(tags.insert(tag).second) << segment["Name"] << " has the tag " << tag << " twice";
     }
   }
-  EXPECT_EQ(tagged, std::set<std::string>({"PATIENT", "INSURANCE", "CLAIM", "PRICING"}));
+  EXPECT_EQ(tagged, std::set<std::string>({"PATIENT", "INSURANCE", "CLAIM", "PRESCRIBER", "PRICING"}));
   EXPECT_EQ(entry(segments, "Name", "CLAIM")["Tag"], "\x1C" "AM07");
 
   // A repeat count: its linked name is "+" and the counted field, which stands right behind it,

@@ -1,6 +1,9 @@
 #include "support/ElementTesting.h"
 
+#include "elements/SegmentImplBase.h"
 #include "support/CompilerTesting.h"
+#include "validation/RecordedErrors.h"
+#include "validation/ValidationErrorList.h"
 
 namespace vantrelia::testing {
 
@@ -111,6 +114,18 @@ std::u16string wide(std::string_view text) { return std::u16string(text.begin(),
 std::string narrow(std::u16string_view text) {
   std::string result;
   for (const char16_t unit : text) result += static_cast<char>(unit);
+  return result;
+}
+
+std::vector<std::pair<int, std::string>> readSegmentText(InternalElement& segment, const std::string& text) {
+  RecordedErrors errors;
+  EXPECT_EQ(static_cast<SegmentImplBase&>(segment).parseEncodedValue(wide(text), errors), u"")
+      << "the whole text is the segment's";
+  ValidationErrorList list;
+  errors.replayInto(
+      list, true, [](int32_t) { return qxVESError; }, [](MessageElement& e) { return e.getPath(); });
+  std::vector<std::pair<int, std::string>> result;
+  for (const ValidationError& error : list) result.emplace_back(error.getErrorNumber(), narrow(error.getError()));
   return result;
 }
 

@@ -7,6 +7,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "elements/InternalElement.h"
 #include "foundation/MessageFactory.h"
@@ -16,6 +18,10 @@ namespace vantrelia::testing {
 // Narrow test text to wide; the tests write only ASCII.
 std::u16string wide(std::string_view text);
 std::string narrow(std::u16string_view text);
+
+// Reads `text` into a segment as its own text, expecting it to take all of it, and gives the
+// findings the read recorded, as number and text.
+std::vector<std::pair<int, std::string>> readSegmentText(InternalElement& segment, const std::string& text);
 
 class ElementTreeTest : public ::testing::Test {
  protected:
