@@ -51,7 +51,7 @@ if $run_tests; then
   cmake -S . -B build/asan -DCMAKE_BUILD_TYPE=Debug -DVANTRELIA_SANITIZE=ON -DVANTRELIA_BENCHMARKS=OFF >/dev/null
   cmake --build build/asan -j "$jobs"
   echo "== tests (AddressSanitizer + UndefinedBehaviorSanitizer)"
-  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:malloc_context_size=8 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     ctest --test-dir build/asan --output-on-failure -j "$jobs"
 fi
 

@@ -103,6 +103,9 @@ class Reader {
                    const std::vector<const SegmentDefn*>* relaxed);
   void nothingFits();
   void skipText(bool plainConsume);
+  // Where groups open with their separator (the transactions of an NCPDP transmission), it stands
+  // before the first segment of each group, and no segment's text takes it.
+  void skipGroupInitiator();
 
   ParseContext& context;
   ParserStream& stream;
@@ -342,6 +345,13 @@ void Reader::skipText(bool plainConsume) {
   }
 }
 
+void Reader::skipGroupInitiator() {
+  if (!context.separators) return;
+  const SeparatorList& list = *context.separators;
+  if (!list.isSeparatorActive(qxSepGroup) || !(list.getSlot(qxSepGroup).flags() & SeparatorDefn::kInitiator)) return;
+  stream.consume(std::u16string(list.getSeparatorValue(qxSepGroup)));
+}
+
 void Reader::nothingFits() {
   if (!context.separators) {
     context.separators = newList(set(0), nullptr);
@@ -367,6 +377,7 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
     match.remainingAtStart = buffered->getRemaining();
   }
   startSet = context.setIndex;
+  skipGroupInitiator();
   if (expected && expected->empty() && context.warehouse.getSettings().ignoreGenericSegments) {
     match.endKind = SegmentMatch::kEndMessage;
     return std::move(match);
