@@ -33,8 +33,6 @@ namespace vantrelia {
 
 namespace {
 
-const std::u16string kCarriageReturnLineFeed = u"\r\n";
-
 ESeparatorType childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator) {
   const int32_t own = defn ? defn->getSeparatorType() : qxSepAuto;
   if (own != qxSepAuto) return static_cast<ESeparatorType>(own);
@@ -379,11 +377,11 @@ bool CompositeImpl::parseElement(ParserStream& stream, RecordedErrors& errors, u
                               extra.characters());
       }
       if (childFilled) trailingEmpty = true;
-      const bool crlf = list.getCrlfEquivalent() == childSeparator && stream.startsWith(kCarriageReturnLineFeed);
+      const bool crlf = list.getCrlfEquivalent() == childSeparator && stream.startsWith(SeparatorList::kCarriageReturnLineFeed);
       if (extra.separator == childSeparator || crlf) {
         const std::u16string separator(list.getSeparatorValue(childSeparator));
         const bool consumed = crlf || list.getCrlfEquivalent() == childSeparator
-                                  ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
+                                  ? stream.consumeLonger(separator, SeparatorList::kCarriageReturnLineFeed)
                                   : stream.consume(separator);
         if (consumed) {
           trailingEmpty = true;

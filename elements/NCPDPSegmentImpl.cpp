@@ -20,8 +20,6 @@ namespace vantrelia {
 
 namespace {
 
-constexpr int32_t kCurrent = SeparatorList::kCurrent;
-
 bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 // The leading digits of a text as a number, as many as an int holds.
@@ -112,7 +110,7 @@ bool NCPDPSegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& 
   bool lastFieldFilled = true;
   uint32_t endMask = 0;
   if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
-  const std::u16string separator(list.getSeparatorValue(kCurrent));
+  const std::u16string separator(list.getSeparatorValue(SeparatorList::kCurrent));
   const bool useGeneric = usesGenericParsing();
 
   while (!stream.atEnd()) {
@@ -158,7 +156,7 @@ void NCPDPSegmentImpl::parseCountedFields(ParserStream& stream, int32_t count, b
                                           int countField, int& lastField, RecordedErrors& errors,
                                           ValidationLocation& location) {
   SeparatorList& list = *separators;
-  const std::u16string separator(list.getSeparatorValue(kCurrent));
+  const std::u16string separator(list.getSeparatorValue(SeparatorList::kCurrent));
   stream.consume(separator);
   const int first = countField + 1;
   // A count with nothing to count behind it.
@@ -285,7 +283,7 @@ bool NCPDPSegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t&
   SegmentWrite write;
   const WriteStart start = beginSegmentWrite(list, counter, write);
   if (start != WriteStart::kFields) return start == WriteStart::kWritten;
-  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  list.writeSeparator(SeparatorList::kWriteInitiator, SeparatorList::kCurrent);
   // The first tag needs no separator of its own: the segment's tag ends with one.
   bool first = true;
   const int fieldCount = getFieldCount();
@@ -332,7 +330,7 @@ bool NCPDPSegmentImpl::writeTaggedField(int index, FieldBase* slot, SeparatorLis
   } else {
     list.writeSeparator(SeparatorList::kWriteInitiator | SeparatorList::kWriteSeparator |
                             SeparatorList::kWriteTerminator,
-                        kCurrent);
+                        SeparatorList::kCurrent);
   }
   list.writeData(segmentDefn->getField(index).getTag().view());
   slot->writeField(false, list, minimize, counter);

@@ -20,7 +20,6 @@ namespace vantrelia {
 
 namespace {
 
-constexpr int32_t kCurrent = SeparatorList::kCurrent;
 constexpr uint32_t kBetweenFields =
     SeparatorList::kWriteInitiator | SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator;
 
@@ -50,7 +49,7 @@ bool NVPairSegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors&
     const bool delimited = openField(i == fieldCount - 1, popped);
     ParserToken token;
     token.useView = true;
-    const int32_t limit = list.isSeparatorActive(kCurrent) ? 0 : segmentDefn->getField(i).getMaxLength();
+    const int32_t limit = list.isSeparatorActive(SeparatorList::kCurrent) ? 0 : segmentDefn->getField(i).getMaxLength();
     readPlainToken(stream, token, limit, true, useGeneric);
     if (!token.characters().empty()) parseFieldValue(token.characters(), errors, location);
     if (delimited && !consumeFieldSeparator(i, stream, errors, location, useGeneric, lastFieldFilled)) break;
@@ -120,11 +119,11 @@ bool NVPairSegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t
   if (start != WriteStart::kFields) return start == WriteStart::kWritten;
   const std::u16string between = nameValueText();
   const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
-  bool fixedLevel = !list.isSeparatorActive(kCurrent) || list.isLevelFixedWidth();
+  bool fixedLevel = !list.isSeparatorActive(SeparatorList::kCurrent) || list.isLevelFixedWidth();
   bool needSeparator = true;
-  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  list.writeSeparator(SeparatorList::kWriteInitiator, SeparatorList::kCurrent);
   for (int i = 0; i <= write.lastField; ++i) {
-    if (i != 0 && needSeparator) list.writeSeparator(kBetweenFields, kCurrent);
+    if (i != 0 && needSeparator) list.writeSeparator(kBetweenFields, SeparatorList::kCurrent);
     needSeparator = true;
     const auto writeName = [&] {
       const std::string_view narrowName = segmentDefn->getField(i).getName().view();
@@ -145,12 +144,12 @@ bool NVPairSegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t
     writeName();
     std::unique_ptr<FieldBase> temporary = makeField(i);
     temporary->writeField(false, list, false, counter);
-    if (fixedLevel && !segmentDefn->isFixedWidth() && list.isSeparatorActive(kCurrent) && !list.isLevelFixedWidth()) {
+    if (fixedLevel && !segmentDefn->isFixedWidth() && list.isSeparatorActive(SeparatorList::kCurrent) && !list.isLevelFixedWidth()) {
       fixedLevel = false;
     }
   }
   if (!getMessageSetDefn() || !getMessageSetDefn()->getTrimSegments()) {
-    for (int i = write.lastField + 1; i < getFieldCount(); ++i) list.writeSeparator(kBetweenFields, kCurrent);
+    for (int i = write.lastField + 1; i < getFieldCount(); ++i) list.writeSeparator(kBetweenFields, SeparatorList::kCurrent);
   }
   endSegmentWrite(list);
   return true;

@@ -20,10 +20,6 @@
 
 namespace vantrelia {
 
-namespace {
-const std::u16string kCarriageReturnLineFeed = u"\r\n";
-}
-
 std::unique_ptr<RepeatingFieldBase> RepeatFieldImpl::makeEmptyCopy(InternalElement* newParent) const {
   return std::make_unique<RepeatFieldImpl>(*fieldDefn, newParent, index, fieldSeparator);
 }
@@ -138,7 +134,7 @@ bool RepeatFieldImpl::parseElement(ParserStream& stream, RecordedErrors& errors,
       readItem(stream, errors, location, fieldSeparatorActive, useGeneric);
       location.fieldRepetition = -1;
       const bool consumed = list.getCrlfEquivalent() == qxSepRepeat
-                                ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
+                                ? stream.consumeLonger(separator, SeparatorList::kCarriageReturnLineFeed)
                                 : stream.consume(separator);
       if (!consumed || list.atOuterSeparator(stream, 1)) break;
       // A separator a header declared empty is "found" everywhere: the repeats end where nothing

@@ -31,13 +31,6 @@
 
 namespace vantrelia {
 
-namespace {
-
-constexpr int32_t kCurrent = SeparatorList::kCurrent;
-const std::u16string kCarriageReturnLineFeed = u"\r\n";
-
-}  // namespace
-
 // ----- reading
 
 bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
@@ -187,15 +180,15 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
   const int fieldCount = getFieldCount();
   const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
 
-  bool fixedLevel = !list.isSeparatorActive(kCurrent) || list.isLevelFixedWidth();
+  bool fixedLevel = !list.isSeparatorActive(SeparatorList::kCurrent) || list.isLevelFixedWidth();
   bool mayOmitFill = !fixedSegment;
   const bool trimSegments = getMessageSetDefn() && getMessageSetDefn()->getTrimSegments();
-  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  list.writeSeparator(SeparatorList::kWriteInitiator, SeparatorList::kCurrent);
   for (int i = 0; i <= lastField; ++i) {
     if (i > 0) {
       list.writeSeparator(SeparatorList::kWriteInitiator | SeparatorList::kWriteSeparator |
                               SeparatorList::kWriteTerminator,
-                          kCurrent);
+                          SeparatorList::kCurrent);
     }
     if (fixedLevel) mayOmitFill = i == lastField && trimSegments;
     if (FieldBase* field = fieldAt(i)) {
@@ -206,7 +199,7 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
     // An absent field that must show writes its default or its fill through a node made for it.
     std::unique_ptr<FieldBase> temporary = makeField(i);
     temporary->writeField(mayOmitFill, list, false, counter);
-    if (fixedLevel && !segmentDefn->isFixedWidth() && list.isSeparatorActive(kCurrent) && !list.isLevelFixedWidth()) {
+    if (fixedLevel && !segmentDefn->isFixedWidth() && list.isSeparatorActive(SeparatorList::kCurrent) && !list.isLevelFixedWidth()) {
       fixedLevel = false;
     }
   }
@@ -214,7 +207,7 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
     for (int i = lastField < 0 ? 1 : lastField + 1; i < fieldCount; ++i) {
       list.writeSeparator(SeparatorList::kWriteInitiator | SeparatorList::kWriteSeparator |
                               SeparatorList::kWriteTerminator,
-                          kCurrent);
+                          SeparatorList::kCurrent);
     }
   }
   endSegmentWrite(list);

@@ -35,13 +35,6 @@
 
 namespace vantrelia {
 
-namespace {
-
-constexpr int32_t kCurrent = SeparatorList::kCurrent;
-const std::u16string kCarriageReturnLineFeed = u"\r\n";
-
-}  // namespace
-
 SegmentImplBase::SegmentImplBase(const SegmentDefn& segmentDefn, const MessageItemDefn* itemDefn,
                                  InternalElement* parent, int32_t index, SeparatorList* separators)
     : SegmentElement(parent, index, separators),
@@ -387,7 +380,7 @@ bool SegmentImplBase::beginSegmentParse(ParserStream& stream, uint32_t& status, 
   if (separatorFlags(list, fieldSeparator) & SeparatorDefn::kInitiator) {
     const std::u16string initiator(list.getSlot(fieldSeparator).initiator);
     const bool found = list.getCrlfEquivalent() == list.getCurrentSeparator()
-                           ? stream.consumeLonger(initiator, kCarriageReturnLineFeed)
+                           ? stream.consumeLonger(initiator, SeparatorList::kCarriageReturnLineFeed)
                            : stream.consume(initiator);
     if (found) lastFieldFilled = false;
   }
@@ -434,11 +427,11 @@ bool SegmentImplBase::consumeFieldSeparator(int index, ParserStream& stream, Rec
   if (useGeneric && !extra.characters().empty()) {
     ParseFindings::record(errors, getField(index), list, location, verr::kExtraDataAfterField, extra.characters());
   }
-  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(kCarriageReturnLineFeed);
+  const bool crlfHere = list.getCrlfEquivalent() == fieldSeparator && stream.startsWith(SeparatorList::kCarriageReturnLineFeed);
   if (extra.separator != fieldSeparator && !crlfHere) return true;
   const std::u16string separator(list.getSeparatorValue(fieldSeparator));
   const bool consumed = list.getCrlfEquivalent() == fieldSeparator
-                            ? stream.consumeLonger(separator, kCarriageReturnLineFeed)
+                            ? stream.consumeLonger(separator, SeparatorList::kCarriageReturnLineFeed)
                             : stream.consume(separator);
   if (!consumed) {
     const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
@@ -482,7 +475,7 @@ void SegmentImplBase::finishSegmentParse(ParserStream& stream, uint32_t endMask,
   const auto consumeEnd = [&](int32_t separator) {
     const std::u16string text(list.getSeparatorValue(separator));
     if (text.empty()) return false;
-    return list.getCrlfEquivalent() == separator ? stream.consumeLonger(text, kCarriageReturnLineFeed)
+    return list.getCrlfEquivalent() == separator ? stream.consumeLonger(text, SeparatorList::kCarriageReturnLineFeed)
                                                  : stream.consume(text);
   };
   if ((endMask & 4) && consumeEnd(qxSepSegment)) status |= 1;
@@ -524,8 +517,8 @@ SegmentImplBase::WriteStart SegmentImplBase::beginSegmentWrite(SeparatorList& li
     settleSlots(list);
     return WriteStart::kSkipped;
   }
-  write.fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(kCurrent);
-  list.writeSeparator(SeparatorList::kWriteInitiator, kCurrent);
+  write.fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(SeparatorList::kCurrent);
+  list.writeSeparator(SeparatorList::kWriteInitiator, SeparatorList::kCurrent);
   list.writeData(segmentDefn->getTag().view());
   list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
   if (list.getVariablePending()) list.writeSeparatorsOf(FieldPathDefn::parse(name), false);
@@ -549,10 +542,10 @@ SegmentImplBase::WriteStart SegmentImplBase::beginSegmentWrite(SeparatorList& li
 
 void SegmentImplBase::endSegmentWrite(SeparatorList& list) {
   list.flushPending();
-  list.writeSeparator(SeparatorList::kWriteTerminator, kCurrent);
+  list.writeSeparator(SeparatorList::kWriteTerminator, SeparatorList::kCurrent);
   if (list.getVariablePending()) list.writeSeparatorsOf(FieldPathDefn::parse(segmentDefn->getName().view()), true);
   list.popSeparator();
-  list.writeSeparator(SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator, kCurrent);
+  list.writeSeparator(SeparatorList::kWriteSeparator | SeparatorList::kWriteTerminator, SeparatorList::kCurrent);
   settleSlots(list);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "definitions/MessageDefn.h"
@@ -68,8 +69,8 @@ class Reader {
         sets(context.warehouse.getMessageSets()),
         setCount(static_cast<int32_t>(sets.size())) {}
 
-  SegmentMatch read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* currentStates,
-                    const StateTable* relaxedTable);
+  SegmentMatch read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* states,
+                    const StateTable* relaxedStates);
 
  private:
   int32_t rotated(int32_t start, int32_t turn) const { return (start + turn) % setCount; }
@@ -91,16 +92,14 @@ class Reader {
     SegmentReader::selectSeparators(context, segment, match);
     return attempt(segment, unconditional);
   }
-  // The segments of the relaxed transitions out of the walk's states, in name order.
-  std::vector<const SegmentDefn*> relaxedSegments(const std::vector<int32_t>& currentStates,
-                                                  const StateTable& relaxedTable) const;
+  // The segments of the relaxed transitions out of the walk's states, in name order; null when
+  // the walk has no relaxed table. Made on first use: most segments are one of the expected ones.
+  const std::vector<const SegmentDefn*>* relaxedSegments();
   // The candidates of one list that are in `entry`: those with a match list get an attempt, then
   // the first without one is taken unconditionally.
   bool tryCandidates(const std::vector<const SegmentDefn*>& candidates, const Entry& entry, bool fromOwner);
-  bool workOnSet(int32_t setIndex, const Entry& entry, int32_t start, const std::vector<const SegmentDefn*>* expected,
-                 const std::vector<const SegmentDefn*>* relaxed);
-  bool tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* expected,
-                   const std::vector<const SegmentDefn*>* relaxed);
+  bool workOnSet(int32_t setIndex, const Entry& entry, int32_t start, const std::vector<const SegmentDefn*>* expected);
+  bool tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* expected);
   void nothingFits();
   void skipText(bool plainConsume);
   // Where groups open with their separator (the transactions of an NCPDP transmission), it stands
@@ -115,6 +114,9 @@ class Reader {
   SegmentMatch match;
   // The context's setIndex when the read began.
   int32_t startSet = -1;
+  const std::vector<int32_t>* currentStates = nullptr;
+  const StateTable* relaxedTable = nullptr;
+  std::optional<std::vector<const SegmentDefn*>> relaxed;
 };
 
 std::vector<int32_t> Reader::setOrder() const {
@@ -162,23 +164,24 @@ bool Reader::attempt(const SegmentDefn* segment, bool unconditional) {
   return false;
 }
 
-std::vector<const SegmentDefn*> Reader::relaxedSegments(const std::vector<int32_t>& currentStates,
-                                                        const StateTable& relaxedTable) const {
+const std::vector<const SegmentDefn*>* Reader::relaxedSegments() {
+  if (!currentStates || !relaxedTable) return nullptr;
+  if (relaxed) return &*relaxed;
   std::multimap<std::string, const SegmentDefn*> byName;
-  for (int32_t state : currentStates) {
-    if (state < 0 || state >= static_cast<int32_t>(relaxedTable.size())) continue;
-    for (const ParseTransition& transition : relaxedTable[static_cast<size_t>(state)]->getTransitions()) {
+  for (int32_t state : *currentStates) {
+    if (state < 0 || state >= static_cast<int32_t>(relaxedTable->size())) continue;
+    for (const ParseTransition& transition : (*relaxedTable)[static_cast<size_t>(state)]->getTransitions()) {
       const MessageItemDefn* item = transition.target ? transition.target->getItem() : nullptr;
       if (item && item->getMessageItemType() == MessageItemDefn::kSegmentItem && item->getSegment()) {
         byName.emplace(item->getSegment()->getName().c_str(), item->getSegment());
       }
     }
   }
-  std::vector<const SegmentDefn*> result;
+  std::vector<const SegmentDefn*>& result = relaxed.emplace();
   for (const auto& [name, segment] : byName) {
     if (std::find(result.begin(), result.end(), segment) == result.end()) result.push_back(segment);
   }
-  return result;
+  return &result;
 }
 
 bool Reader::tryCandidates(const std::vector<const SegmentDefn*>& candidates, const Entry& entry, bool fromOwner) {
@@ -194,8 +197,7 @@ bool Reader::tryCandidates(const std::vector<const SegmentDefn*>& candidates, co
 }
 
 bool Reader::workOnSet(int32_t setIndex, const Entry& entry, int32_t start,
-                       const std::vector<const SegmentDefn*>* expected,
-                       const std::vector<const SegmentDefn*>* relaxed) {
+                       const std::vector<const SegmentDefn*>* expected) {
   match.setIndex = setIndex;
   SegmentReader::selectSeparators(context, entry.front(), match);
   if (start == -1) {
@@ -206,12 +208,12 @@ bool Reader::workOnSet(int32_t setIndex, const Entry& entry, int32_t start,
     }
   }
   if (expected && tryCandidates(*expected, entry, true)) return true;
-  if (relaxed && tryCandidates(*relaxed, entry, false)) return true;
+  const std::vector<const SegmentDefn*>* relaxedList = relaxedSegments();
+  if (relaxedList && tryCandidates(*relaxedList, entry, false)) return true;
   return tryCandidates(entry, entry, false);
 }
 
-bool Reader::tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* expected,
-                         const std::vector<const SegmentDefn*>* relaxed) {
+bool Reader::tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* expected) {
   // Each failed attempt puts back what selecting separators changed.
   const int32_t savedHeader = context.headerIndex;
   const int32_t savedSet = context.setIndex;
@@ -248,7 +250,8 @@ bool Reader::tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* e
     }
     return result;
   };
-  for (const auto* list : {expected, relaxed}) {
+  for (int pass = 0; pass < 2; ++pass) {
+    const std::vector<const SegmentDefn*>* list = pass == 0 ? expected : relaxedSegments();
     if (!list) continue;
     const std::vector<const SegmentDefn*> candidates = untaggedOf(*list);
     for (const SegmentDefn* segment : candidates) {
@@ -326,12 +329,11 @@ void Reader::skipText(bool plainConsume) {
       list.isInUse(token.separator)) {
     if (!stream.consume(std::u16string(list.getSeparatorValue(token.separator)))) match.setIndex = -1;
   }
-  static const std::u16string kCarriageReturnLineFeed = u"\r\n";
-  for (const int32_t end : {qxSepSegment, qxSepGroup, qxSepMessage}) {
+    for (const int32_t end : {qxSepSegment, qxSepGroup, qxSepMessage}) {
     if (!list.isSeparatorActive(end)) continue;
     const std::u16string value(list.getSeparatorValue(end));
     if (!plainConsume && list.getCrlfEquivalent() == end) {
-      stream.consumeLonger(value, kCarriageReturnLineFeed);
+      stream.consumeLonger(value, SeparatorList::kCarriageReturnLineFeed);
     } else {
       stream.consume(value);
     }
@@ -370,8 +372,10 @@ void Reader::nothingFits() {
   skipText(true);
 }
 
-SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* currentStates,
-                          const StateTable* relaxedTable) {
+SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* states,
+                          const StateTable* relaxedStates) {
+  currentStates = states;
+  relaxedTable = relaxedStates;
   match.segmentNumber = context.segmentCount++;
   if (const auto* buffered = dynamic_cast<const BufferedParserStream*>(&stream)) {
     match.remainingAtStart = buffered->getRemaining();
@@ -399,10 +403,6 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
     }
   }
 
-  std::vector<const SegmentDefn*> relaxed;
-  if (currentStates && relaxedTable) relaxed = relaxedSegments(*currentStates, *relaxedTable);
-  const std::vector<const SegmentDefn*>* relaxedList = currentStates && relaxedTable ? &relaxed : nullptr;
-
   const std::vector<int32_t> order = setOrder();
   int32_t tagged = -1;
   const Entry* entry = nullptr;
@@ -412,11 +412,11 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   }
   if (entry) {
     match.position = stream.savePosition();
-    if (workOnSet(tagged, *entry, startSet, expected, relaxedList)) return std::move(match);
+    if (workOnSet(tagged, *entry, startSet, expected)) return std::move(match);
     for (const int32_t index : order) {
       if (index == tagged || excluded(index)) continue;
       const Entry* other = tagEntry(index);
-      if (other && workOnSet(index, *other, startSet, expected, relaxedList)) return std::move(match);
+      if (other && workOnSet(index, *other, startSet, expected)) return std::move(match);
     }
     // Every segment of the tag had a match list, and each refused the text.
     match.setIndex = startSet;
@@ -426,7 +426,7 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   }
 
   match.position = stream.savePosition();
-  if (tryUntagged(startSet, expected, relaxedList)) return std::move(match);
+  if (tryUntagged(startSet, expected)) return std::move(match);
   nothingFits();
   return std::move(match);
 }

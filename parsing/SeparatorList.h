@@ -61,6 +61,8 @@ class SeparatorList {
   static constexpr int32_t kSeparatorSlots = kSeparatorCount;
   // Index -1 of queries and writes stands for the separator on top of the stack.
   static constexpr int32_t kCurrent = -1;
+  // The line end that a separator configured as carriage return also accepts.
+  static const std::u16string kCarriageReturnLineFeed;
   // `position` of writeSeparator: the bits of the definition's writing style.
   static constexpr int32_t kWriteInitiator = 0x10;
   static constexpr int32_t kWriteSeparator = 0x20;

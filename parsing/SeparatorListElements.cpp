@@ -12,9 +12,7 @@
 
 namespace vantrelia {
 
-namespace {
-const std::u16string kCarriageReturnLineFeed = u"\r\n";
-}  // namespace
+const std::u16string SeparatorList::kCarriageReturnLineFeed = u"\r\n";
 
 void SeparatorList::settleHeadersBefore(const MessageSetDefn* setDefn, const SegmentDefn* segmentDefn,
                                         int32_t childCount) {

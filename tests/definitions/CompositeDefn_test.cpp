@@ -53,7 +53,7 @@ void loadInto(MessageSetDefn& set, const std::vector<CompositeBytes>& records, i
   testing::loadComposites(set, all.bytes(), records.size(), version);
 }
 
-std::string loadFailure(const std::vector<CompositeBytes>& records, int version) {
+std::string compositeLoadFailure(const std::vector<CompositeBytes>& records, int version) {
   const auto set = testing::DefinitionSetup::messageSet("SET");
   return invalidFileMessage([&] { loadInto(*set, records, version); });
 }
@@ -109,7 +109,7 @@ TEST(CompositeDefnTest, RefusedRecords) {
     record.fields = {{.name = "A"}, {.name = "B"}};
     record.syntaxRules = c.syntaxRules;
     record.equations = c.equations;
-    EXPECT_EQ(loadFailure({record}, c.version), c.failure);
+    EXPECT_EQ(compositeLoadFailure({record}, c.version), c.failure);
   }
 
   const auto negative = PcfWriter().text8("C").text8w(u"").i32(16).boolean(false).i32(1).i32(-1).take();
@@ -136,7 +136,7 @@ TEST(CompositeDefnTest, SetPointsCompositeFieldsAtLaterComposites) {
   EXPECT_EQ(field.getInstancesControl()->getEntry(0), nullptr);
 
   outer.fields[1].compositeId = 8;
-  EXPECT_EQ(loadFailure({outer, inner}, 883), messages::kUnknownComposite);
+  EXPECT_EQ(compositeLoadFailure({outer, inner}, 883), messages::kUnknownComposite);
 }
 
 // OUTER: A, MID (composite), B; MID: X, DEEP (composite), Y; DEEP: Z.

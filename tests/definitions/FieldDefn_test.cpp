@@ -48,13 +48,13 @@ std::unique_ptr<MessageWarehouseDefn> typedWarehouse() {
   return warehouse;
 }
 
-struct Loaded {
+struct LoadedField {
   std::unique_ptr<MessageWarehouseDefn> warehouse = typedWarehouse();
   MessageSetDefn set{*warehouse};
   FieldUpdates updates;
   FieldDefn field;
 
-  Loaded() {
+  LoadedField() {
     auto codes = std::make_unique<ValidationTableDefn>();
     readExactly(PcfWriter().text8("Codes").i32(1).text16(u"A").bytes(), [&](DefinitionFile& file) { codes->load(file, 883, false); });
     testing::DefinitionSetup::addValidationTable(set, std::move(codes));
@@ -62,13 +62,13 @@ struct Loaded {
 };
 
 // Loads the record and checks that exactly its bytes were read.
-std::unique_ptr<Loaded> load(const FieldRecord& record, int version) {
-  auto loaded = std::make_unique<Loaded>();
+std::unique_ptr<LoadedField> load(const FieldRecord& record, int version) {
+  auto loaded = std::make_unique<LoadedField>();
   readExactly(record.write(version).bytes(), [&](DefinitionFile& file) { loaded->field.load(loaded->set, file, version, loaded->updates); });
   return loaded;
 }
 
-std::string loadFailure(const FieldRecord& record, int version) {
+std::string fieldLoadFailure(const FieldRecord& record, int version) {
   return testing::invalidFileMessage([&] { load(record, version); });
 }
 
@@ -107,7 +107,7 @@ TEST(FieldDefnTest, SpecialDefaults) {
     record.defaultValue = c.given;
     record.format = u"9.9";
     if (!c.failure.empty()) {
-      EXPECT_EQ(loadFailure(record, c.version), c.failure);
+      EXPECT_EQ(fieldLoadFailure(record, c.version), c.failure);
       continue;
     }
     const auto loaded = load(record, c.version);
@@ -129,7 +129,7 @@ TEST(FieldDefnTest, PatternsThatCantBeBuiltFailTheLoad) {
   record.dataType = 1;
   for (const char16_t* format : {u"@", u"@;0", u"@0;;"}) {
     record.format = format;
-    EXPECT_EQ(loadFailure(record, 883), messages::kEmptyNumberFormatSection);
+    EXPECT_EQ(fieldLoadFailure(record, 883), messages::kEmptyNumberFormatSection);
   }
   record.dataType = 4;
   record.format = u"@[A-";
@@ -256,7 +256,7 @@ TEST(FieldDefnTest, ValidationTableMustBeKnown) {
   const auto loaded = load(record, 883);
   EXPECT_EQ(loaded->field.getValidationTable(), loaded->set.findValidationTable("Codes"));
   record.table = "codes";  // names count case
-  EXPECT_EQ(loadFailure(record, 883), std::string(messages::kUnknownValidationTable) + "codes");
+  EXPECT_EQ(fieldLoadFailure(record, 883), std::string(messages::kUnknownValidationTable) + "codes");
 }
 
 TEST(FieldDefnTest, TagFromUserDataOrName) {

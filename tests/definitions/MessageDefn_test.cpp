@@ -99,7 +99,7 @@ Loaded load(const std::string& messagesYaml, int version = 883, std::vector<std:
   return read(compile(messagesYaml, version, tables), version, typeFields);
 }
 
-std::string loadFailure(const std::string& yaml) {
+std::string messageLoadFailure(const std::string& yaml) {
   return testing::invalidFileMessage([&] { load(yaml); });
 }
 
@@ -239,12 +239,12 @@ messages:
 }
 
 TEST(MessageDefnTest, RefusedRecords) {
-  EXPECT_EQ(loadFailure(R"(
+  EXPECT_EQ(messageLoadFailure(R"(
 messages: [{name: M, items: [{group: U, unordered: true, items: [{segment: A}, {embeddedSet: OTHER}]}]}]
 )"),
             messages::kInvalidUnorderedItemType);
   // The same item in a sequence group is fine.
-  EXPECT_EQ(loadFailure("messages: [{name: M, items: [{group: U, items: [{segment: A}, {embeddedSet: OTHER}]}]}]"), "");
+  EXPECT_EQ(messageLoadFailure("messages: [{name: M, items: [{group: U, items: [{segment: A}, {embeddedSet: OTHER}]}]}]"), "");
 }
 
 // What no valid file holds: refused with a text of its own rather than left to break the parser.

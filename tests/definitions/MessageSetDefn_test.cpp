@@ -39,7 +39,7 @@ const MessageSetDefn& loadSet(MessageFactory& factory, const std::string& source
   return *factory.getWarehouse().getMessageSets().at(0);
 }
 
-std::string loadFailure(const std::string& source) {
+std::string setLoadFailure(const std::string& source) {
   return testing::loadFailure(compiler::DefinitionCompiler::compile(source));
 }
 
@@ -68,11 +68,11 @@ TEST(MessageSetDefnTest, MessageTypeFieldsAreMarkedRequired) {
 }
 
 TEST(MessageSetDefnTest, IndexedTypeFieldFailures) {
-  EXPECT_EQ(loadFailure(oneSet("[MSH/5]")), "Indexed message type field has an invalid index for the first field");
-  EXPECT_EQ(loadFailure(oneSet("[MSH/0]")), "Indexed message type field has an invalid index for the first field");
-  EXPECT_EQ(loadFailure(oneSet("[MSH/2/1]")), "Expected the first field of an indexed message type field to be a composite");
-  EXPECT_EQ(loadFailure(oneSet("[MSH/3/4]")), "Invalid composite index in indexed message type field");
-  EXPECT_EQ(loadFailure(oneSet("[MSH/3/1/1]")), "Expected a nested composite in indexed message type field");
+  EXPECT_EQ(setLoadFailure(oneSet("[MSH/5]")), "Indexed message type field has an invalid index for the first field");
+  EXPECT_EQ(setLoadFailure(oneSet("[MSH/0]")), "Indexed message type field has an invalid index for the first field");
+  EXPECT_EQ(setLoadFailure(oneSet("[MSH/2/1]")), "Expected the first field of an indexed message type field to be a composite");
+  EXPECT_EQ(setLoadFailure(oneSet("[MSH/3/4]")), "Invalid composite index in indexed message type field");
+  EXPECT_EQ(setLoadFailure(oneSet("[MSH/3/1/1]")), "Expected a nested composite in indexed message type field");
 }
 
 TEST(MessageSetDefnTest, SettingsFillUpToEveryErrorNumber) {

@@ -78,7 +78,7 @@ const SegmentDefn& load(MessageSetDefn& set, const SegmentBytes& record, int ver
   return testing::DefinitionSetup::addSegment(set, std::move(segment), updates);
 }
 
-std::string loadFailure(const SegmentBytes& record, int version) {
+std::string segmentLoadFailure(const SegmentBytes& record, int version) {
   const auto set = testing::DefinitionSetup::messageSet("SET");
   return testing::invalidFileMessage([&] { load(*set, record, version); });
 }
@@ -168,11 +168,11 @@ TEST(SegmentDefnTest, RefusedRecords) {
   rules.syntaxRules = true;
   tooMany.equations = 2;
   equations.equations = 1;
-  EXPECT_EQ(loadFailure(badKey, 883), messages::kVariableTypeFieldInvalid);
-  EXPECT_EQ(loadFailure(pastEnd, 883), messages::kVariableTypeFieldInvalid);
-  EXPECT_EQ(loadFailure(rules, 883), messages::kSyntaxRulesNotSupported);
-  EXPECT_EQ(loadFailure(tooMany, 883), messages::kTooManyValidationEquations);
-  EXPECT_EQ(loadFailure(equations, 883), messages::kValidationEquationsNotSupported);
+  EXPECT_EQ(segmentLoadFailure(badKey, 883), messages::kVariableTypeFieldInvalid);
+  EXPECT_EQ(segmentLoadFailure(pastEnd, 883), messages::kVariableTypeFieldInvalid);
+  EXPECT_EQ(segmentLoadFailure(rules, 883), messages::kSyntaxRulesNotSupported);
+  EXPECT_EQ(segmentLoadFailure(tooMany, 883), messages::kTooManyValidationEquations);
+  EXPECT_EQ(segmentLoadFailure(equations, 883), messages::kValidationEquationsNotSupported);
 }
 
 TEST(SegmentDefnTest, SortedFieldNamesAndInstancesControl) {

@@ -47,7 +47,7 @@ TEST(BinaryEncoding, KnownVectorsEncodeAndDecode) {
       {BinaryEncoding::kHexadecimal, {0x00, 0x0F, 0xAB, 0xFF}, u"000FABFF"},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+    SCOPED_TRACE(::testing::Message() << "case " << &c - cases);
     std::u16string text;
     EXPECT_TRUE(BinaryEncoding::encode(c.type, c.bytes, text));
     EXPECT_EQ(text, c.text);
@@ -63,7 +63,7 @@ TEST(BinaryEncoding, EveryLengthRoundTrips) {
   const Bytes all = allByteValues();
   for (int32_t type : kEncodings) {
     for (size_t length = 0; length <= 100; ++length) {
-      SCOPED_TRACE(testing::Message() << "type " << type << ", length " << length);
+      SCOPED_TRACE(::testing::Message() << "type " << type << ", length " << length);
       Bytes original;
       for (size_t i = 0; i < length; ++i) original.push_back(all[(i * 97 + length) % 256]);
       std::u16string text = u"stale";
@@ -112,7 +112,7 @@ TEST(BinaryEncoding, DecodingAcceptsLenientFormsAndRefusesMalformedOnes) {
       {5, u"Zm9v"}, {9, u"AB"},  // not encodings
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "case " << &c - cases);
+    SCOPED_TRACE(::testing::Message() << "case " << &c - cases);
     Bytes bytes{1, 2, 3};
     EXPECT_EQ(BinaryEncoding::decode(c.type, c.text, bytes), !c.bytes.empty());
     EXPECT_EQ(bytes, c.bytes);

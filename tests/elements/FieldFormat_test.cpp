@@ -19,7 +19,7 @@ namespace vantrelia::testing {
 namespace {
 
 // The failing cases of the load change this definition in one place each.
-const char* const kDefinition = R"yaml(
+const char* const kFormatDefinition = R"yaml(
 primitiveTypes:
   - {name: Cents, baseType: long}
   - {name: Code, regularExpression: "[A-Z]{3}"}
@@ -62,7 +62,7 @@ messageSets:
 class FieldFormat : public ElementTreeTest {
  protected:
   void SetUp() override {
-    compileAndLoad(factory, kDefinition);
+    compileAndLoad(factory, kFormatDefinition);
     message = create("PAY");
   }
   InternalElement* field(const std::string& name) { return at(*message, "AMT/" + name); }
@@ -196,7 +196,7 @@ TEST(FieldFormatCompile, FormatsTheEngineCantBuildAreRefused) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.to);
-    std::string source = kDefinition;
+    std::string source = kFormatDefinition;
     const size_t at = source.find(c.from);
     ASSERT_NE(at, std::string::npos);
     source.replace(at, std::string(c.from).size(), c.to);

@@ -17,7 +17,7 @@ namespace vantrelia::testing {
 namespace {
 
 // Printable separators in place of the wire's control characters: '~' opens a segment, '|' a field.
-const char* const kDefinition = R"yaml(
+const char* const kNcpdpDefinition = R"yaml(
 arrayTypes:
   - {name: Codes, ownSeparator: "+"}
 messageSets:
@@ -89,7 +89,7 @@ messageSets:
 class NCPDPSegment : public ElementTreeTest {
  protected:
   void SetUp() override {
-    compileAndLoad(factory, kDefinition);
+    compileAndLoad(factory, kNcpdpDefinition);
     message = create("B1");
   }
 

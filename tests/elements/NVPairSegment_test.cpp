@@ -14,7 +14,7 @@
 namespace vantrelia::testing {
 namespace {
 
-const char* const kDefinition = R"yaml(
+const char* const kNamePairDefinition = R"yaml(
 messageSets:
   - name: NVP
     trimSegments: true
@@ -45,7 +45,7 @@ messageSets:
 class NVPairSegment : public ElementTreeTest {
  protected:
   void SetUp() override {
-    compileAndLoad(factory, kDefinition);
+    compileAndLoad(factory, kNamePairDefinition);
     message = create("M");
   }
   std::vector<std::pair<int, std::string>> read(const std::string& name, const std::string& text) {

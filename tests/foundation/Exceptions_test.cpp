@@ -64,7 +64,7 @@ TEST(CheckIndex, RefusesIndexesOutsideTheCount) {
       {7, -5, "Specified index 7 is too high"},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "checkIndex(" << c.index << ", " << c.count << ")");
+    SCOPED_TRACE(::testing::Message() << "checkIndex(" << c.index << ", " << c.count << ")");
     if (!c.expected) {
       EXPECT_NO_THROW(vantrelia::checkIndex(c.index, c.count));
       continue;

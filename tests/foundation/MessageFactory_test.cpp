@@ -38,7 +38,7 @@ const std::u16string_view kBoolOptions[] = {
     u"/edi/minimizeChanges",    u"/edi/forceCountUpdate",                u"/edi/ignoreGenericSegments",
 };
 
-class MessageFactoryTest : public testing::Test {
+class MessageFactoryTest : public ::testing::Test {
  protected:
   // A message set held in memory, with the given severities by error number.
   MessageSetDefn& addSet(const std::string& name, std::vector<std::pair<int, vantrelia::EVErrType>> severities) {

@@ -15,7 +15,7 @@
 namespace vantrelia::testing {
 namespace {
 
-std::string readSource(const std::string& relative) {
+std::string readBundledSource(const std::string& relative) {
   std::ifstream file(std::string(VANTRELIA_SOURCE_DIR) + "/" + relative, std::ios::binary);
   std::stringstream text;
   text << file.rdbuf();
@@ -26,7 +26,7 @@ class BundledParseTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     factory = new MessageFactory();
-    compileAndLoad(*factory, readSource("bundled/default.yaml"));
+    compileAndLoad(*factory, readBundledSource("bundled/default.yaml"));
   }
   static void TearDownTestSuite() {
     delete factory;
@@ -43,7 +43,7 @@ class BundledParseTest : public ::testing::Test {
 MessageFactory* BundledParseTest::factory = nullptr;
 
 TEST_F(BundledParseTest, HL7AdmissionTakesItsNamedFields) {
-  const std::string text = readSource("examples/adt-a04.hl7");
+  const std::string text = readBundledSource("examples/adt-a04.hl7");
   auto message = parse(text);
   ASSERT_NE(message, nullptr);
   EXPECT_STREQ(message->getName(), "ADT_A04");
@@ -54,7 +54,7 @@ TEST_F(BundledParseTest, HL7AdmissionTakesItsNamedFields) {
 }
 
 TEST_F(BundledParseTest, X12EligibilityInquiryTakesItsLoops) {
-  std::string text = readSource("examples/eligibility-270.x12");
+  std::string text = readBundledSource("examples/eligibility-270.x12");
   auto message = parse(text);
   ASSERT_NE(message, nullptr);
   EXPECT_STREQ(message->getName(), "270");
@@ -65,7 +65,7 @@ TEST_F(BundledParseTest, X12EligibilityInquiryTakesItsLoops) {
 }
 
 TEST_F(BundledParseTest, EdifactOrderTakesItsParties) {
-  std::string text = readSource("examples/orders-d96a.edi");
+  std::string text = readBundledSource("examples/orders-d96a.edi");
   auto message = parse(text);
   ASSERT_NE(message, nullptr);
   EXPECT_STREQ(message->getName(), "ORDERS");
@@ -77,7 +77,7 @@ TEST_F(BundledParseTest, EdifactOrderTakesItsParties) {
 // The NCPDP set of the default holds a subset of the standard's segments, enough for the billing
 // request written for the standard's own definition.
 TEST_F(BundledParseTest, NcpdpBillingTakesItsTaggedFields) {
-  const std::string text = readSource("tests/data/standards/ncpdp-b1.ncpdp");
+  const std::string text = readBundledSource("tests/data/standards/ncpdp-b1.ncpdp");
   struct Case {
     const char* path;
     const char* value;
@@ -115,7 +115,7 @@ TEST_F(BundledParseTest, OtherDelimitersAreReadFromTheHeaders) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.file);
-    const std::string text = readSource(c.file);
+    const std::string text = readBundledSource(c.file);
     auto message = parse(text);
     ASSERT_NE(message, nullptr);
     EXPECT_STREQ(message->getName(), c.message);
@@ -125,7 +125,7 @@ TEST_F(BundledParseTest, OtherDelimitersAreReadFromTheHeaders) {
 }
 
 TEST_F(BundledParseTest, EachHl7MessageKeepsItsOwnDelimiters) {
-  const std::u16string text = wide(readSource("fuzz/corpus/messages/hl7-two-delimiters.hl7"));
+  const std::u16string text = wide(readBundledSource("fuzz/corpus/messages/hl7-two-delimiters.hl7"));
   MessageReader reader(factory->getWarehouse(), text);
   MessageReader::Item item;
   std::vector<std::string> seen;

@@ -21,7 +21,7 @@ Json inspect(const std::string& source, int version) {
 
 // A set with one segment whose fields are given; composites CE (Identifier, Text) and types may be
 // used by them.
-std::string withFields(const std::string& fields, const std::string& head = "") {
+std::string segmentWithFields(const std::string& fields, const std::string& head = "") {
   return head + R"(
 messageSets:
   - name: S
@@ -53,7 +53,7 @@ TEST(DerivedValuesTest, FieldsAndSeparatorsAtEachVersion) {
           - {name: Data, dataType: binary, lengthField: Len}
 )";
     else fields += "          - {name: Hash, dataType: long, default: \"#12#S\"}\n";
-    const Json model = inspect(withFields(fields), version);
+    const Json model = inspect(segmentWithFields(fields), version);
 
     EXPECT_EQ(field(model, 0)["MinRepeats"], 1);
     EXPECT_EQ(field(model, 1)["DefaultValue"], "AB\\q");
@@ -88,7 +88,7 @@ TEST(DerivedValuesTest, OverridesOnCompositeFieldsByVersion) {
     std::string overrides = "Identifier: {default: X}";
     if (version >= 801) overrides += ", Text: {required: true, default: \"#5#M\"}";
     if (version >= 871) overrides = "Identifier: {default: X, minLength: 2, maxLength: 9}, Text: {required: true, default: \"#5#M\"}";
-    const Json model = inspect(withFields("          - {name: Code, composite: CE, overrides: {" + overrides + "}}\n"), version);
+    const Json model = inspect(segmentWithFields("          - {name: Code, composite: CE, overrides: {" + overrides + "}}\n"), version);
     const Json& entries = field(model, 0)["instancesControl"]["entries"];
     ASSERT_EQ(entries.size(), 2u);
     EXPECT_EQ(entries[0]["DefaultValue"], "X");
@@ -115,7 +115,7 @@ primitiveTypes:
   - {name: Alias, baseType: long, plainAlias: true}
   - {name: Checked, baseType: double, regularExpression: "[0-9.]+"}
 )";
-  const Json model = inspect(withFields(R"(          - {name: A, dataType: Alias}
+  const Json model = inspect(segmentWithFields(R"(          - {name: A, dataType: Alias}
           - {name: C, dataType: Checked}
           - {name: T, userData: {Tag: "T-9"}}
           - {name: Key}

@@ -27,17 +27,17 @@
 #include "definitions/ValidationTableDefn.h"
 #include "elements/MessageElement.h"
 #include "foundation/Enumerations.h"
+#include "foundation/TextConversion.h"
 #include "support/StandardDefinition.h"
 
 namespace vantrelia {
 namespace {
 
-constexpr const char* kSource = "hl7/hl7-v2.5.yaml";
+constexpr const char* kHl7Source = "hl7/hl7-v2.5.yaml";
 constexpr const char* kTriggerEventPath = "MSH/MessageType/TriggerEvent";
 
-const MessageSetDefn& hl7() { return testing::messageSet(testing::standardDefinition(kSource), "HL7_2_5"); }
+const MessageSetDefn& hl7() { return testing::messageSet(testing::standardDefinition(kHl7Source), "HL7_2_5"); }
 
-std::string narrow(std::u16string_view text) { return std::string(text.begin(), text.end()); }
 
 const SegmentDefn& segment(const std::string& name) {
   for (const auto& candidate : hl7().getSegments())
@@ -269,7 +269,7 @@ TEST(StandardHl7Test, CodeTablesHoldTheirValues) {
   // and isn't checked against it.
   const FieldDefn& sex = segment("PID").getField(7);
   EXPECT_EQ(sex.getValidationTable(), nullptr);
-  const int tableKey = testing::standardDefinition(kSource).getWarehouse().getUserDataKeyIndex(u"Table");
+  const int tableKey = testing::standardDefinition(kHl7Source).getWarehouse().getUserDataKeyIndex(u"Table");
   ASSERT_GE(tableKey, 0);
   EXPECT_EQ(sex.getUserData().at(tableKey).str(), u"HL70001");
   // MSH-11.1, the processing ID, is checked against table 0103.
@@ -323,7 +323,7 @@ TEST(StandardHl7Test, SeparatorsAreReadRightBehindMsh) {
 // A created message writes the separators it reads behind MSH, and every other segment opens its
 // fields with the field separator.
 TEST(StandardHl7Test, ACreatedMessageWritesItsSeparatorsBehindMsh) {
-  auto message = testing::standardDefinition(kSource).CreateMessage("ADT_A01");
+  auto message = testing::standardDefinition(kHl7Source).CreateMessage("ADT_A01");
   ASSERT_NE(message, nullptr);
   message->getElementAt("PID/SetId")->setValue(u"1");
   message->getElementAt("EVN/EventTypeCode")->setValue(u"A|4");

@@ -18,14 +18,15 @@
 #include "definitions/SeparatorDefn.h"
 #include "definitions/ValidationTableDefn.h"
 #include "foundation/Enumerations.h"
+#include "foundation/TextConversion.h"
 #include "support/StandardDefinition.h"
 
 namespace vantrelia {
 namespace {
 
-constexpr const char* kSource = "ncpdp/ncpdp-d0.yaml";
+constexpr const char* kNcpdpSource = "ncpdp/ncpdp-d0.yaml";
 
-const MessageSetDefn& set(const char* name) { return testing::messageSet(testing::standardDefinition(kSource), name); }
+const MessageSetDefn& set(const char* name) { return testing::messageSet(testing::standardDefinition(kNcpdpSource), name); }
 const MessageSetDefn& requests() { return set("NCPDP_D0"); }
 const MessageSetDefn& responses() { return set("NCPDP_D0_RESPONSE"); }
 
@@ -41,7 +42,6 @@ const FieldDefn& field(const SegmentDefn& in, const std::string& name) {
   throw std::runtime_error("no field " + name + " in " + in.getName().str());
 }
 
-std::string narrow(std::u16string_view text) { return std::string(text.begin(), text.end()); }
 
 // The segment identification (111-AM) of each segment, and one field of it by its identifier.
 TEST(StandardNcpdpTest, SegmentsCarryTheirIdentificationAndFieldIdentifiers) {

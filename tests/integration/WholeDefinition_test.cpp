@@ -77,7 +77,7 @@ messageSets:
 )";
 }
 
-Json load(const std::string& source, int version) {
+Json loadModel(const std::string& source, int version) {
   MessageFactory factory;
   testing::loadBytes(factory, compiler::DefinitionCompiler::compile(source, {version}));
   return tool::ModelInspector(factory.getWarehouse()).toJson();
@@ -86,9 +86,9 @@ Json load(const std::string& source, int version) {
 const Json& message(const Json& model, size_t set, size_t index) { return model["messageSets"][set]["messages"][index]; }
 
 TEST(WholeDefinitionTest, SetsLoadAlikeAtTheOldestAndNewestVersions) {
-  const Json oldest = load(twoSets("built", false), 512);
-  const Json middle = load(twoSets("built"), 851);
-  const Json newest = load(twoSets("built"), 883);
+  const Json oldest = loadModel(twoSets("built", false), 512);
+  const Json middle = loadModel(twoSets("built"), 851);
+  const Json newest = loadModel(twoSets("built"), 883);
   for (const Json* model : {&oldest, &middle, &newest}) {
     ASSERT_EQ((*model)["messageSets"].size(), 2u);
     const Json& inner = (*model)["messageSets"][1];
@@ -115,8 +115,8 @@ TEST(WholeDefinitionTest, SetsLoadAlikeAtTheOldestAndNewestVersions) {
 
 TEST(WholeDefinitionTest, EmbeddedTablesAreTheOnesTheEngineBuilds) {
   for (int version : {851, 883}) {
-    const Json built = load(twoSets("built"), version);
-    const Json embedded = load(twoSets("embedded"), version);
+    const Json built = loadModel(twoSets("built"), version);
+    const Json embedded = loadModel(twoSets("embedded"), version);
     for (size_t set : {0u, 1u})
       for (const char* table : {"strictStates", "relaxedStates"})
         EXPECT_EQ(message(built, set, 0)[table], message(embedded, set, 0)[table]) << version << " " << table;
@@ -163,7 +163,7 @@ Json bundledDefault() {
   std::ifstream file(std::string(VANTRELIA_SOURCE_DIR) + "/bundled/default.yaml");
   std::stringstream source;
   source << file.rdbuf();
-  return load(source.str(), 883);
+  return loadModel(source.str(), 883);
 }
 
 // The entry of a model list whose `key` is `name`; a missing one fails the test that asks for it.
@@ -176,7 +176,7 @@ const Json& entry(const Json& list, const char* key, const std::string& name) {
 TEST(WholeDefinitionTest, BundledDefaultLoadsWithEmbeddedAndBuiltTablesAlike) {
   const Json model = bundledDefault();
   ASSERT_EQ(model["messageSets"].size(), 5u);
-  // ADT_A01 has its tables built at load, ADT_A08 the same items with tables in the file.
+  // ADT_A01 has its tables built at loadModel, ADT_A08 the same items with tables in the file.
   const Json& a01 = message(model, 1, 0);
   const Json& a08 = message(model, 1, 2);
   ASSERT_EQ(a08["Name"], "ADT_A08");

@@ -16,7 +16,7 @@ namespace vantrelia::testing {
 namespace {
 
 // Number and text of each finding the parse recorded, in the order kept.
-std::vector<std::pair<int32_t, std::string>> findingsOf(MessageElement& message) {
+std::vector<std::pair<int32_t, std::string>> numberedFindingsOf(MessageElement& message) {
   std::vector<std::pair<int32_t, std::string>> result;
   static_cast<MessageImpl&>(message).getRecordedErrors().forEach([&](MessageElement*, const ValidationError& error) {
     result.emplace_back(error.getErrorNumber(), narrow(error.getError()));
@@ -40,7 +40,7 @@ TEST_F(MessageParseTest, SegmentsGoToTheirPlacesAndWriteBack) {
   EXPECT_EQ(value(*message, "NTE[1]/Text"), "two");
   EXPECT_EQ(message->getElementAt("VISIT")->getElementCount(), 2);
   EXPECT_EQ(value(*message, "VISIT[0]/OBX[0]/Units"), "u");
-  EXPECT_TRUE(findingsOf(*message).empty());
+  EXPECT_TRUE(numberedFindingsOf(*message).empty());
   EXPECT_EQ(narrow(message->getEncodedValue()), text);
 }
 
@@ -58,7 +58,7 @@ TEST_F(MessageParseTest, WhatDoesntFitIsKeptWithItsFinding) {
   // PV1 is required before OBX; a second PID has no place; "ZZZ" is no segment at all.
   auto message = parse("MSH|s|ADT\rPID|1\rOBX|v\rZZZ|junk\rPID|2\rPV1|I\r");
   ASSERT_NE(message, nullptr);
-  const auto findings = findingsOf(*message);
+  const auto findings = numberedFindingsOf(*message);
   std::vector<int32_t> numbers;
   for (const auto& [number, text] : findings) numbers.push_back(number);
   EXPECT_NE(std::find(numbers.begin(), numbers.end(), 1003), numbers.end());
@@ -93,7 +93,7 @@ TEST_F(MessageParseTest, OptionsSetBetweenParsesReachTheNextParse) {
     std::vector<int32_t> result;
     auto message = parse(text);
     if (!message) return std::vector<int32_t>{-1};
-    for (const auto& finding : findingsOf(*message)) result.push_back(finding.first);
+    for (const auto& finding : numberedFindingsOf(*message)) result.push_back(finding.first);
     return result;
   };
   ASSERT_EQ(numbers(unknown), std::vector<int32_t>{1003});
@@ -187,7 +187,7 @@ TEST_F(MessageParseTest, ReaderYieldsEveryMessageAndTheTextBetween) {
       seen.push_back(item.message ? std::string(item.message->getName()) : "skipped:" + narrow(item.skipped));
       if (item.message && seen.back() == "ADT") {
         EXPECT_EQ(item.length, static_cast<int64_t>(first.size()));
-        EXPECT_EQ(findingsOf(*item.message),
+        EXPECT_EQ(numberedFindingsOf(*item.message),
                   (std::vector<std::pair<int32_t, std::string>>{{1003, "Segment [4] stray text: Unknown segment, ignored"}}));
       }
     }
@@ -265,7 +265,7 @@ TEST(MessageParseWalkTest, QualifiersLookAheadAndRelaxedPlacesDecideWhereSegment
       }
       EXPECT_EQ(found, expected) << path;
     }
-    const auto findings = findingsOf(*message);
+    const auto findings = numberedFindingsOf(*message);
     EXPECT_EQ(static_cast<int>(findings.size()), c.findings);
     if (c.findings == 1) {
       EXPECT_EQ(findings.front(), (std::pair<int32_t, std::string>{1023, "Segment \"NM1\" [1]: Message Item Match-List failed to match correctly"}));
@@ -314,7 +314,7 @@ TEST(MessageParseEmbeddingTest, EmbeddedMessagesSurviveTheirEnclosingCandidateBe
   MessageElement* inner = message->getElementAt("INNER");
   ASSERT_EQ(inner->getElementCount(), 1);
   EXPECT_EQ(narrow(inner->getElementAt(0)->getElementAt("S[1]/Value")->getValue()), "b");
-  EXPECT_TRUE(findingsOf(*message).empty());
+  EXPECT_TRUE(numberedFindingsOf(*message).empty());
   EXPECT_EQ(message->getEncodedValue(), text);
 }
 
@@ -328,7 +328,7 @@ TEST(MessageParseEmbeddingTest, SegmentsOfAFailedEmbeddedMessageAreKept) {
   auto message = factory.Parse(u"H*x~S*bad~S*worse~T*two~");
   ASSERT_NE(message, nullptr);
   EXPECT_STREQ(message->getName(), "SECOND");
-  const auto findings = findingsOf(*message);
+  const auto findings = numberedFindingsOf(*message);
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings.front().first, 1005);
   ASSERT_EQ(message->getUnknownSegmentCount(), 2);

@@ -80,12 +80,12 @@ class TestField : public SeparatorField {
   FieldPathDefn path;
 };
 
-struct Read {
+struct TokenRead {
   std::u16string text;
   int32_t separator;
 };
 
-Read readOne(SeparatorList& list, StringParserStream& stream, const SeparatorField* field = nullptr) {
+TokenRead readOne(SeparatorList& list, StringParserStream& stream, const SeparatorField* field = nullptr) {
   ParserToken token;
   token.useView = true;
   list.readToken(stream, token, 0, true, false, field);
@@ -156,7 +156,7 @@ TEST(SeparatorListTest, TokensEndOnlyAtSeparatorsInForce) {
     for (ESeparatorType index : c.pushes) list.pushSeparator(index);
     for (int i = 0; i < c.pops; ++i) list.popSeparator();
     StringParserStream stream(c.text);
-    const Read read = readOne(list, stream);
+    const TokenRead read = readOne(list, stream);
     EXPECT_EQ(read.text, c.token);
     EXPECT_EQ(read.separator, c.separator);
   }
@@ -195,8 +195,8 @@ TEST(SeparatorListTest, LevelChangesCutAsAFreshTrieWould) {
       SeparatorList fresh(list);
       StringParserStream incremental(text);
       StringParserStream rebuilt(text);
-      const Read got = readOne(list, incremental);
-      const Read want = readOne(fresh, rebuilt);
+      const TokenRead got = readOne(list, incremental);
+      const TokenRead want = readOne(fresh, rebuilt);
       EXPECT_EQ(got.text, want.text);
       EXPECT_EQ(got.separator, want.separator);
     }
@@ -670,7 +670,7 @@ TEST(SeparatorListTest, WireHeaderNestedReadAndWrite) {
   EXPECT_EQ(readOne(list, stream).text, u"MSH");
   ASSERT_TRUE(stream.consume(std::u16string(u"|")));
   const FieldPathDefn msh2 = FieldPathDefn::parse("MSH/Encoding");
-  const Read header = readOne(list, stream);
+  const TokenRead header = readOne(list, stream);
   EXPECT_EQ(list.takeFromField(msh2, header.text), u"*#\\%");
   ASSERT_EQ(header.separator, qxSepField1);
   ASSERT_TRUE(stream.consume(std::u16string(u"|")));
@@ -679,7 +679,7 @@ TEST(SeparatorListTest, WireHeaderNestedReadAndWrite) {
   EXPECT_EQ(readOne(list, stream).text, u"A") << "the component separator read from the header";
   ASSERT_TRUE(stream.consume(std::u16string(u"*")));
   list.pushSeparator(qxSepField3);
-  const Read inner = readOne(list, stream);
+  const TokenRead inner = readOne(list, stream);
   EXPECT_EQ(inner.text, u"B");
   EXPECT_EQ(inner.separator, qxSepField3);
   ASSERT_TRUE(stream.consume(std::u16string(u"%")));

@@ -18,7 +18,7 @@ MessageFactory& standardDefinition(const std::string& relativePath) {
     // half a megabyte of YAML again in every test process would cost more than the tests.
     const std::string pcf = std::filesystem::path(relativePath).stem().string() + ".pcf";
     auto fresh = std::make_unique<MessageFactory>();
-    fresh->LoadDefinition(std::string(VANTRELIA_BUNDLED_DIR) + "/" + pcf);
+    fresh->LoadDefinition((std::filesystem::path(VANTRELIA_BUNDLED_DIR) / pcf).string());
     factory = std::move(fresh);
   }
   return *factory;

@@ -10,8 +10,9 @@ namespace vantrelia::testing {
 
 ToolRun runTool(const TempDir& dir, const std::string& arguments, const std::string& input) {
   const std::string out = dir.path("stdout.txt"), err = dir.path("stderr.txt");
-  std::string command = std::string(VANTRELIA_TOOL_PATH) + " " + arguments + " >" + out + " 2>" + err;
-  command += " <" + (input.empty() ? std::string("/dev/null") : dir.write("stdin.txt", input));
+  std::string command = VANTRELIA_TOOL_PATH;
+  command.append(" ").append(arguments).append(" >").append(out).append(" 2>").append(err).append(" <");
+  command.append(input.empty() ? std::string("/dev/null") : dir.write("stdin.txt", input));
   const int status = std::system(command.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
 }
