@@ -228,7 +228,10 @@ void StateWalk::matchCandidates(ParsePath& path,
       }
     }
     if (!holds) continue;
-    path.states.push_back(target);
+    // A target reached through the relaxed table goes on by the strict one, like the current
+    // state does: one missing segment lets the walk skip ahead once, not for the rest of the
+    // ambiguity.
+    path.states.push_back(defn.getStrictStates()[bit].get());
     path.visited[bit] = 1;
     ++count;
   }

@@ -319,22 +319,24 @@ TEST(StandardParseTest, AnUnlistedQualifierIsRefusedByEveryItem) {
 // The 837P sample with a patient level before its claims: the patient's name loop 2010CA opens
 // with NM1 whose NM101 is QC and nothing else. An NM1 that carries a qualifier no loop lists, none
 // at all, or that of a loop far behind (41, the submitter's) is refused where the patient's name is
-// expected instead of being read as it, and the claim goes on after it.
+// expected instead of being read as it, and the claim goes on after it. Without the patient's
+// required DMG the claims still stay the patient's, service dates and all.
 TEST(StandardParseTest, OnlyItsQualifierOpensALoopOfOneCode) {
   struct Case {
     const char* qualifier;  // NM101 of the NM1 where 2010CA may open
     bool patientName;       // whether 2010CA takes it
+    bool dmg = true;        // whether the patient's DMG is there
   };
   MessageFactory& factory = standardDefinition("x12/x12.yaml");
   const std::string text = sample("837p-two-claims.x12");
   const std::string firstClaim = "CLM*LFM26110-01*";
   ASSERT_NE(text.find(firstClaim), std::string::npos);
-  for (const Case& c : {Case{"QC", true}, Case{"ZZ", false}, Case{"", false}, Case{"41", false}}) {
-    SCOPED_TRACE(c.qualifier);
+  for (const Case& c : {Case{"QC", true}, Case{"QC", true, false}, Case{"ZZ", false}, Case{"", false}, Case{"41", false}}) {
+    SCOPED_TRACE(std::string(c.qualifier) + (c.dmg ? "" : " without DMG"));
     const std::string name = std::string("NM1*") + c.qualifier + "*1*LINDQVIST*SOFIA~";
     std::string changed = text;
     changed.insert(text.find(firstClaim), "HL*3*2*23*0~PAT*19~" + name +
-                                              "N3*77 BIRCH HOLLOW RD~N4*VERONA*WI*53593~DMG*D8*20120301*F~");
+                                              "N3*77 BIRCH HOLLOW RD~N4*VERONA*WI*53593~" + (c.dmg ? "DMG*D8*20120301*F~" : ""));
     auto root = factory.Parse(wide(changed).c_str());
     ASSERT_NE(root, nullptr);
     MessageElement* claim = root->getElementAt("GS_LOOP[0]/TRANSACTION[0]");
@@ -345,10 +347,12 @@ TEST(StandardParseTest, OnlyItsQualifierOpensALoopOfOneCode) {
     EXPECT_EQ(narrow(patient->getElementAt("HL/HL03")->getValue()), "23");
     EXPECT_EQ(narrow(patient->getElementAt("2300[0]/CLM/CLM01")->getValue()), "LFM26110-01") << "the claim goes on after it";
     EXPECT_EQ(narrow(patient->getElementAt("2300[0]/2400[0]/SV1/SV101/C00302")->getValue()), "99214");
+    EXPECT_EQ(narrow(patient->getElementAt("2300[0]/2400[1]/DTP/DTP03")->getValue()), "20261103");
     if (c.patientName) {
       EXPECT_EQ(narrow(patient->getElementAt("2010CA/NM1/NM104")->getValue()), "SOFIA");
-      EXPECT_EQ(narrow(patient->getElementAt("2010CA/DMG/DMG02")->getValue()), "20120301");
+      EXPECT_EQ(patient->getElementAt("2010CA/DMG")->isPresent(), c.dmg);
       EXPECT_EQ(narrow(patient->getElementAt("2300[1]/CLM/CLM01")->getValue()), "LFM26110-02");
+      EXPECT_EQ(narrow(patient->getElementAt("2300[1]/2400[0]/DTP/DTP03")->getValue()), "20261107");
       EXPECT_EQ(narrow(patient->getElementAt("2300[1]/2310B/NM1/NM101")->getValue()), "82");
       EXPECT_EQ(findingsOf(*claim), std::vector<std::string>{});
     } else {

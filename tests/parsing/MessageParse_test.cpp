@@ -274,6 +274,86 @@ TEST(MessageParseWalkTest, QualifiersLookAheadAndRelaxedPlacesDecideWhereSegment
   }
 }
 
+// Claims under a subscriber or under a patient, as in a claim transaction: a claim holds an
+// optional other-payer loop that a required SBR opens, then its service lines.
+const char* const kClaimDefinition = R"(
+messageSets:
+  - name: C
+    trimSegments: true
+    separators:
+      segment: {value: "~", style: terminator}
+      field1: {value: '*', style: initiator}
+    segments:
+      - {name: HD, fields: [{name: Kind}]}
+      - {name: HL, fields: [{name: Level}]}
+      - {name: DMG, fields: [{name: Born}]}
+      - {name: CLM, fields: [{name: Id}]}
+      - {name: SBR, fields: [{name: Payer}]}
+      - {name: LX, fields: [{name: Line}]}
+      - {name: DTP, fields: [{name: Date}]}
+    messages:
+      - name: M
+        items:
+          - {segment: HD, required: true}
+          - group: SUBSCRIBER
+            maxRepeats: 0
+            items:
+              - {segment: HL, required: true, matches: [{path: Level, value: "22"}]}
+              - &claim
+                group: CLAIM
+                maxRepeats: 0
+                items:
+                  - {segment: CLM, required: true}
+                  - group: OTHER
+                    items:
+                      - {segment: SBR, required: true}
+                      - {segment: DTP}
+                  - group: LINE
+                    maxRepeats: 0
+                    items:
+                      - {segment: LX, required: true}
+                      - {segment: DTP}
+              - group: PATIENT
+                maxRepeats: 0
+                items:
+                  - {segment: HL, required: true, matches: [{path: Level, value: "23"}]}
+                  - {segment: DMG, required: true}
+                  - *claim
+)";
+
+// A segment that only the relaxed table takes (a claim behind a patient without its required
+// DMG) may belong to several loops, and waits. The segments behind it are placed by the strict
+// table: a service line's DTP stays in its line and doesn't jump into an other-payer loop whose
+// required SBR never came.
+TEST(MessageParseWalkTest, SegmentsBehindARelaxedJumpFollowTheStrictTable) {
+  MessageFactory factory;
+  compileAndLoad(factory, kClaimDefinition);
+  const char* const head = "HD*x~HL*22~HL*23~";
+  const char* const claims = "CLM*one~LX*1~DTP*d1~LX*2~DTP*d2~CLM*two~LX*1~DTP*d3~";
+  for (const char* dmg : {"DMG*19700101~", ""}) {
+    SCOPED_TRACE(*dmg ? "with DMG" : "without DMG");
+    auto message = factory.Parse(wide(std::string(head) + dmg + claims).c_str());
+    ASSERT_NE(message, nullptr);
+    const std::pair<const char*, const char*> expected[] = {
+        {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[0]/CLM/Id", "one"},
+        {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[0]/LINE[0]/DTP/Date", "d1"},
+        {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[0]/LINE[1]/DTP/Date", "d2"},
+        {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[1]/CLM/Id", "two"},
+        {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[1]/LINE[0]/DTP/Date", "d3"},
+    };
+    for (const auto& [path, value] : expected) {
+      std::string found;
+      try {
+        found = narrow(message->getElementAt(path)->getValue());
+      } catch (const std::exception& refused) {
+        found = std::string("refused: ") + refused.what();
+      }
+      EXPECT_EQ(found, value) << path;
+    }
+    EXPECT_EQ(numberedFindingsOf(*message).size(), 0u);
+  }
+}
+
 // Two messages of one set around an embedded set: the first is given up only after its embedded
 // message was finished, at the message's own match list.
 const char* const kEmbeddingDefinition = R"(
