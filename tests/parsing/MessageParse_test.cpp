@@ -24,6 +24,15 @@ std::vector<std::pair<int32_t, std::string>> numberedFindingsOf(MessageElement& 
   return result;
 }
 
+// The value at a path, or the engine's reason for refusing the path.
+std::string valueAt(MessageElement& message, const char* path) {
+  try {
+    return narrow(message.getElementAt(path)->getValue());
+  } catch (const std::exception& refused) {
+    return std::string("refused: ") + refused.what();
+  }
+}
+
 class MessageParseTest : public ElementTreeTest {
  protected:
   std::unique_ptr<MessageElement> parse(const std::string& text) { return factory.Parse(wide(text).c_str()); }
@@ -256,15 +265,7 @@ TEST(MessageParseWalkTest, QualifiersLookAheadAndRelaxedPlacesDecideWhereSegment
     SCOPED_TRACE(c.text);
     auto message = factory.Parse(wide(c.text).c_str());
     ASSERT_NE(message, nullptr);
-    for (const auto& [path, expected] : c.values) {
-      std::string found;
-      try {
-        found = narrow(message->getElementAt(path)->getValue());
-      } catch (const std::exception& refused) {
-        found = std::string("refused: ") + refused.what();
-      }
-      EXPECT_EQ(found, expected) << path;
-    }
+    for (const auto& [path, expected] : c.values) EXPECT_EQ(valueAt(*message, path), expected) << path;
     const auto findings = numberedFindingsOf(*message);
     EXPECT_EQ(static_cast<int>(findings.size()), c.findings);
     if (c.findings == 1) {
@@ -341,15 +342,7 @@ TEST(MessageParseWalkTest, SegmentsBehindARelaxedJumpFollowTheStrictTable) {
         {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[1]/CLM/Id", "two"},
         {"SUBSCRIBER[0]/PATIENT[0]/CLAIM[1]/LINE[0]/DTP/Date", "d3"},
     };
-    for (const auto& [path, value] : expected) {
-      std::string found;
-      try {
-        found = narrow(message->getElementAt(path)->getValue());
-      } catch (const std::exception& refused) {
-        found = std::string("refused: ") + refused.what();
-      }
-      EXPECT_EQ(found, value) << path;
-    }
+    for (const auto& [path, value] : expected) EXPECT_EQ(valueAt(*message, path), value) << path;
     EXPECT_EQ(numberedFindingsOf(*message).size(), 0u);
   }
 }
