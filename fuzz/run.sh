@@ -23,5 +23,7 @@ mkdir -p "build/fuzz/corpus/$target" build/fuzz/crashes
 # No fill of new blocks, a small quarantine and no allocation stacks: several times the speed. Run
 # a crash input again without these options for the full report.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-max_malloc_fill_size=0:quarantine_size_mb=4:malloc_context_size=0}
-nice "build/fuzz/fuzz/vantrelia_fuzz_$target" "build/fuzz/corpus/$target" "fuzz/corpus/$target" \
+seeds=("fuzz/corpus/$target")
+if [ -d "fuzz/corpus/$target-found" ]; then seeds+=("fuzz/corpus/$target-found"); fi
+nice "build/fuzz/fuzz/vantrelia_fuzz_$target" "build/fuzz/corpus/$target" "${seeds[@]}" \
   -artifact_prefix=build/fuzz/crashes/ -max_total_time="$seconds" -max_len=4096 -print_final_stats=1 "$@"

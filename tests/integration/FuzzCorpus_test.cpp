@@ -41,7 +41,8 @@ TEST(FuzzCorpusTest, MessageSeedsAndSavedCrashesReadAndWriteCleanly) {
   std::vector<fs::path> all = inputsIn("fuzz/corpus/messages");
   // The examples of every bundled set and texts with other delimiters; none means a wrong folder.
   ASSERT_GE(all.size(), 6u);
-  for (const fs::path& crash : inputsIn("fuzz/crashes/messages")) all.push_back(crash);
+  for (const char* more : {"fuzz/corpus/messages-found", "fuzz/crashes/messages"})
+    for (const fs::path& input : inputsIn(more)) all.push_back(input);
   for (const fs::path& input : all) {
     const std::string bytes = testing::readFile(input);
     EXPECT_EQ(fuzz::parseAndWrite(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()), "") << input.filename();
