@@ -51,6 +51,10 @@ class SegmentDefn : public FieldListDefn {
   bool isFixedWidth() const { return FixedWidth != 0; }
   int32_t getId() const { return id; }
   const std::vector<std::unique_ptr<MatchDefn>>& getMatches() const { return matches; }
+  // A fact about the fields that the parser works out once per definition and keeps here: whether
+  // the segment's text ends at the first segment separator whatever its fields hold. -1 until then.
+  int8_t getEndsAtSeparator() const { return endsAtSeparator.load(std::memory_order_relaxed); }
+  void setEndsAtSeparator(bool value) const { endsAtSeparator.store(value ? 1 : 0, std::memory_order_relaxed); }
   const MessageSetDefn* getSet() const { return set; }
   // Presence indicator (0x02) first, then name-value pair (0x04), else normal.
   ESegmentType getSegmentType() const;
@@ -97,6 +101,7 @@ class SegmentDefn : public FieldListDefn {
   mutable std::unique_ptr<std::vector<WideText>> sortedFieldNames;
   mutable std::atomic<const std::vector<WideText>*> sortedFieldNamesReady{nullptr};
   mutable Mutex sortedFieldNamesLock;
+  mutable std::atomic<int8_t> endsAtSeparator{-1};
 };
 
 }  // namespace vantrelia

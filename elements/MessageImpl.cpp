@@ -9,9 +9,11 @@
 #include "elements/ElementMessages.h"
 #include "elements/ElementUserData.h"
 #include "elements/FactorySettings.h"
+#include "elements/SegmentImplBase.h"
 #include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
 #include "parsing/ParseContext.h"
+#include "parsing/ParseFindingsScope.h"
 #include "parsing/SegmentReader.h"
 #include "parsing/SeparatorList.h"
 #include "parsing/StateWalk.h"
@@ -151,6 +153,7 @@ std::u16string_view MessageImpl::setEncodedValue(std::u16string_view text) {
     // The tree's separators stay in force; the fields may point into this one copy of the text.
     auto source = std::make_shared<const std::u16string>(text);
     ParseContext context(*warehouse, source, separators);
+    const ParseFindingsScope findingsScope(context.errors);
     separators->reset(true, true, true);
     StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
     ValidationLocation location(true);
@@ -189,6 +192,9 @@ bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) 
   // A message always writes into its own list, starting from the definition's separators as if a
   // wire text began.
   SeparatorList& list = *separators;
+  // Fields left in the text are cut with the separators they were read with, before the write
+  // starts the list over.
+  if (!(isPreservingParsedText() && sourceLength > 0)) cutAllFields();
   list.reset(true, true, false);
   if (isPreservingParsedText() && sourceLength > 0) {
     list.writeData(std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart),
@@ -228,7 +234,36 @@ int MessageImpl::countMessages(bool) { return 1; }
 
 void MessageImpl::validateInto(SeparatorList&, ValidationErrorList&, bool, ValidationLocation&, bool) {}
 
+namespace {
+
+void cutFieldsBelow(InternalElement& node) {
+  if (auto* segment = dynamic_cast<SegmentImplBase*>(&node)) {
+    if (segment->hasUncutFields()) segment->cutFields();
+    return;
+  }
+  if (auto* items = dynamic_cast<ItemListNode*>(&node)) {
+    for (int i = 0; i < items->getUnknownSegmentCount(); ++i) {
+      cutFieldsBelow(*static_cast<InternalElement*>(items->getUnknownSegment(i)));
+    }
+  }
+  if (auto* container = dynamic_cast<ElementContainer*>(&node)) {
+    for (const auto& child : container->getChildArray()) {
+      if (child) cutFieldsBelow(*child);
+    }
+  }
+}
+
+}  // namespace
+
+void MessageImpl::cutAllFields() { cutFieldsBelow(*this); }
+
+RecordedErrors& MessageImpl::getParseFindings() {
+  cutAllFields();
+  return recordedErrors;
+}
+
 void MessageImpl::validateTop(ValidationErrorList& out, bool includeWarnings) {
+  cutAllFields();
   recordedErrors.replayInto(
       out, includeWarnings, [this](int32_t number) { return separators->getValidationErrorSetting(number); },
       [](MessageElement& element) { return element.getPath(); });

@@ -75,7 +75,13 @@ class MessageImpl : public ItemListNode, public Message {
 
   bool getIsCreated() const { return isCreated; }
   void setCreated(bool value) { isCreated = value; }
+  // The findings as they stand, for the parse that adds to them.
   RecordedErrors& getRecordedErrors() { return recordedErrors; }
+  // All the findings of the parse: fields it left uncut in their text are cut first, since what
+  // their cut finds belongs there too.
+  RecordedErrors& getParseFindings();
+  // Cuts every field that a parse left in the text, in this message and the messages inside it.
+  void cutAllFields();
 
  protected:
   std::string_view restAfterMatch(int index, std::string_view rest) override;

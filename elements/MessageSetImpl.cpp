@@ -16,6 +16,7 @@
 #include "foundation/IllegalOperation.h"
 #include "parsing/MessageParser.h"
 #include "parsing/ParseContext.h"
+#include "parsing/ParseFindingsScope.h"
 #include "parsing/SeparatorList.h"
 #include "parsing/StringParserStream.h"
 #include "validation/ValidationLocation.h"
@@ -145,6 +146,7 @@ std::u16string_view MessageSetImpl::parseEncodedValue(std::u16string_view text, 
   auto source = std::make_shared<const std::u16string>(text);
   StringParserStream stream(source->data(), static_cast<int32_t>(source->size()));
   ParseContext context = ParseContext::buildContextFrom(*enclosing, source);
+  const ParseFindingsScope findingsScope(context.errors);
   ValidationLocation location;
   LookAheadList lookAhead;
   LookAheadList::iterator iterator = lookAhead.end();

@@ -39,6 +39,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
   bool lastFieldFilled = true;
   uint32_t endMask = 0;
   if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
+  if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location)) return true;
 
   const bool useGeneric = usesGenericParsing();
   const int fieldCount = getFieldCount();

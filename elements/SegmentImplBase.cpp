@@ -20,6 +20,12 @@
 #include "elements/ElementUserData.h"
 #include "elements/FieldFactory.h"
 #include "elements/ItemListNode.h"
+#include "elements/MessageImpl.h"
+#include "definitions/CompositeDefn.h"
+#include "definitions/DataTypeCodes.h"
+#include "definitions/PrimitiveTypeDefn.h"
+#include "parsing/ParseFindingsScope.h"
+#include "parsing/SeparatorCut.h"
 #include "elements/PositionedWrite.h"
 #include "elements/SegmentFactory.h"
 #include "elements/RepeatFieldImpl.h"
@@ -75,11 +81,13 @@ const std::vector<std::unique_ptr<FieldDefn>>& SegmentImplBase::getFieldDefns() 
 int SegmentImplBase::getChildCount() { return segmentDefn->getFieldCount(); }
 
 std::span<const std::unique_ptr<InternalElement>> SegmentImplBase::getChildArray() {
+  if (uncut) cutFields();
   fields.resize(static_cast<size_t>(segmentDefn->getFieldCount()));
   return fields;
 }
 
 FieldBase* SegmentImplBase::fieldAt(int index) const {
+  if (uncut) [[unlikely]] const_cast<SegmentImplBase*>(this)->cutFields();
   return index >= 0 && static_cast<size_t>(index) < fields.size()
              ? static_cast<FieldBase*>(fields[static_cast<size_t>(index)].get())
              : nullptr;
@@ -101,12 +109,14 @@ std::unique_ptr<FieldBase> SegmentImplBase::makeField(int index) {
 }
 
 void SegmentImplBase::storeField(int index, std::unique_ptr<FieldBase> field) {
+  if (uncut) cutFields();
   // One slot for each field from the first one made: a segment that holds anything holds a few.
   if (fields.size() <= static_cast<size_t>(index)) fields.resize(static_cast<size_t>(segmentDefn->getFieldCount()));
   fields[static_cast<size_t>(index)] = std::move(field);
 }
 
 void SegmentImplBase::destroyField(int index) {
+  if (uncut) cutFields();
   if (static_cast<size_t>(index) < fields.size()) fields[static_cast<size_t>(index)].reset();
 }
 
@@ -158,6 +168,7 @@ void SegmentImplBase::onFieldValueChanged(int fieldIndex, int repeatIndex, bool 
     return;
   }
   // The ruled field takes the type its key names now; its text survives the change.
+  fieldAt(ruled->second);
   FieldFactory::retype(*this, fields[static_cast<size_t>(ruled->second)], ruled->second);
 }
 
@@ -175,6 +186,7 @@ std::unique_ptr<InternalElement> SegmentImplBase::cloneWithParent(InternalElemen
 }
 
 void SegmentImplBase::copyFieldsInto(SegmentImplBase& copy) const {
+  if (uncut) const_cast<SegmentImplBase*>(this)->cutFields();
   copy.fields.resize(fields.size());
   for (size_t i = 0; i < fields.size(); ++i) {
     if (fields[i]) copy.fields[i] = fields[i]->cloneWithParent(&copy);
@@ -244,11 +256,14 @@ ElementCollection SegmentImplBase::getElementCollection(const char* specText) {
 }
 
 void SegmentImplBase::setEmpty() {
+  // Fields still in the text go with it.
+  uncut.reset();
   fields.clear();
   setChanged(true);
 }
 
 bool SegmentImplBase::isEmpty() {
+  if (uncut) cutFields();
   for (const auto& field : fields) {
     if (field && !field->isEmpty()) return false;
   }
@@ -300,8 +315,17 @@ bool SegmentImplBase::parseElement(ParserStream& stream, RecordedErrors& errors,
   location.segmentNumber = getSegmentNumber();
   location.segmentID = segmentDefn->getTag().c_str();
   sourceLength = 0;
+  uncut.reset();
   const char16_t* first = stream.getCursor();
-  const bool parsed = parseSegmentFields(stream, errors, status, location);
+  bool parsed = false;
+  try {
+    parsed = parseSegmentFields(stream, errors, status, location);
+  } catch (...) {
+    mayLeaveUncut = false;
+    uncut.reset();
+    throw;
+  }
+  mayLeaveUncut = false;
   if (!parsed) forgetParserPositions(errors);
   const char16_t* last = stream.getCursor();
   if (parsed && first && last > first && isInSourceText(std::u16string_view(first, static_cast<size_t>(last - first)))) {
@@ -339,6 +363,8 @@ std::u16string_view SegmentImplBase::parseEncodedValue(std::u16string_view text,
 }
 
 void SegmentImplBase::setChanged(bool flag) {
+  // The text goes out of reach: what still lies in it is cut now.
+  if (uncut) cutFields();
   sourceLength = 0;
   SegmentElement::setChanged(flag);
 }
@@ -354,6 +380,135 @@ std::u16string SegmentImplBase::getEncodedValue() {
 
 std::u16string SegmentImplBase::getEncodedValueNoTouch() {
   return PositionedWrite::element(*this, getMessageSetDefn(), segmentDefn, true);
+}
+
+// ----- fields left in the text
+
+namespace {
+
+// Whether a value of the field is cut at separators alone, so that no segment separator can stand
+// inside it: no binary lengths, quotes, escapes kept as they stand, or separators allowed in data.
+bool cutAtSeparators(const FieldDefn& field) {
+  if (field.getFlags() & (FieldDefn::kNotPlain | FieldDefn::kHasFieldPresenceIndicator)) return false;
+  const int32_t type = field.getDataType();
+  if (DataTypeCodes::isBinary(type) || field.getIsBinary() || type == DataTypeCodes::kQuotedText ||
+      type == DataTypeCodes::kCustom || type == DataTypeCodes::kArray || type == DataTypeCodes::kVariable) {
+    return false;
+  }
+  if (const PrimitiveTypeDefn* custom = field.getCustomType()) {
+    if (custom->getUsingSpecialEscapeCharacters() || custom->hasAllowedSeparators() ||
+        custom->getBaseType() == DataTypeCodes::kQuotedText || DataTypeCodes::isBinary(custom->getBaseType())) {
+      return false;
+    }
+  }
+  if (!field.isComposite()) return true;
+  const CompositeDefn* composite = field.getComposite();
+  if (!composite || !composite->getSpecialSeparatorString().empty() ||
+      composite->getCompositeType() != qxCompTypeNormal) {
+    return false;
+  }
+  for (const auto& component : composite->getFields()) {
+    if (!cutAtSeparators(*component)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool SegmentImplBase::endsAtSeparator() const {
+  const int8_t known = segmentDefn->getEndsAtSeparator();
+  if (known >= 0) return known != 0;
+  bool ends = !segmentDefn->isFixedWidth() && segmentDefn->getSpecialSeparatorString().empty();
+  // A match list looks into the fields while the segment is read.
+  for (const auto& match : segmentDefn->getMatches()) {
+    if (!match->getFieldPath().empty()) ends = false;
+  }
+  for (const auto& field : segmentDefn->getFields()) {
+    if (!ends) break;
+    ends = cutAtSeparators(*field);
+  }
+  segmentDefn->setEndsAtSeparator(ends);
+  return ends;
+}
+
+bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, uint32_t& status,
+                                       RecordedErrors& errors, ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  // Only the segment separator ends a segment here, it ends every field, and no separator is
+  // still to be read from the text.
+  if (!mayLeaveUncut || endMask != 4 || list.getVariablePending() || list.isLevelFixedWidth() ||
+      (separatorFlags(list, qxSepSegment) & SeparatorDefn::kInitiator) || usesGenericParsing() ||
+      !endsAtSeparator()) {
+    return false;
+  }
+  const char16_t* cursor = stream.getCursor();
+  const int32_t remaining = stream.getWholeRemaining();
+  if (!cursor || !isInSourceText(std::u16string_view(cursor, static_cast<size_t>(remaining)))) return false;
+  // The field level that beginSegmentParse pushed sits on the three a message starts with.
+  const std::vector<ESeparatorType>& levels = list.getLevels();
+  if (levels.size() != 4 || levels[0] != qxSepMessage || levels[1] != qxSepGroup || levels[2] != qxSepSegment) {
+    return false;
+  }
+  std::shared_ptr<SeparatorCut> cut = list.shareCut();
+  const int32_t length = cut->scanFields(cursor, remaining);
+  if (length < 0) return false;
+  ParserToken skipped;
+  skipped.useView = true;
+  stream.readChars(length, skipped);
+  list.popSeparator();
+  finishSegmentParse(stream, endMask, false, status, errors, location);
+  uncut = std::move(cut);
+  return true;
+}
+
+void SegmentImplBase::cutFields() {
+  // Cleared first: the cut below makes fields through the same accessors.
+  const std::shared_ptr<SeparatorCut> cut = std::move(uncut);
+  uncut.reset();
+  if (!cut || !sourceText || sourceLength == 0) return;
+  RecordedErrors scratch;
+  RecordedErrors* findings = ParseFindingsScope::current();
+  const MessageDefn* messageDefn = nullptr;
+  for (InternalElement* node = parent; node; node = node->parent) {
+    if (!messageDefn) {
+      if (auto* items = dynamic_cast<ItemListNode*>(node)) messageDefn = &items->getMessageDefn();
+    }
+    if (auto* message = dynamic_cast<MessageImpl*>(node)) {
+      if (!findings) findings = &message->getRecordedErrors();
+      break;
+    }
+  }
+  if (!findings) findings = &scratch;
+
+  // The cut runs as the parse did, on a segment of no tree: what the fields do while they are made
+  // is no change of the tree.
+  SeparatorCut::Lease lease(*cut);
+  SeparatorList* const own = separators;
+  InternalElement* const owner = parent;
+  separators = &lease.list();
+  parent = nullptr;
+  const auto restore = [&] {
+    separators = own;
+    parent = owner;
+    pathCache.reset();
+  };
+  ValidationLocation location;
+  location.segmentNumber = getSegmentNumber();
+  location.segmentID = segmentDefn->getTag().c_str();
+  StringParserStream stream(sourceText->data() + sourceStart, sourceLength);
+  uint32_t status = 0;
+  const int32_t start = sourceStart;
+  const int32_t length = sourceLength;
+  try {
+    parseSegmentFields(stream, *findings, status, location);
+  } catch (...) {
+    restore();
+    throw;
+  }
+  restore();
+  sourceStart = start;
+  sourceLength = length;
+  if (messageDefn) setMessageDefn(messageDefn);
 }
 
 // ----- reading and writing the segment around its fields

@@ -16,6 +16,7 @@ namespace vantrelia {
 class FieldBase;
 class MessageItemDefn;
 class SegmentDefn;
+class SeparatorCut;
 struct ParserToken;
 
 class SegmentImplBase : public SegmentElement, public FieldContainer {
@@ -72,8 +73,17 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
 
   // The field at that index, made (or, for a variable field whose key changed, made anew) when needed.
   FieldBase* getField(int index);
-  // The field if it exists, else null; makes nothing.
+  // The field if it exists, else null; makes nothing but the fields a parse left uncut.
   FieldBase* fieldAt(int index) const;
+  // A parse may leave a segment's fields in its text, to be cut when first needed: most segments
+  // of a large text are never looked into field by field. What the cut finds is recorded as the
+  // parse would have recorded it.
+  bool hasUncutFields() const { return uncut != nullptr; }
+  // Lets the next parseElement leave the fields uncut: for the reader of whole texts, whose
+  // findings reach the message however late they are made. A caller that collects the findings of
+  // one parse itself doesn't ask for it.
+  void allowUncutFields() { mayLeaveUncut = true; }
+  void cutFields();
   bool isFieldRequired(int index);
   // Cuts the fields of one segment text; status gets kNotThisSegment when the text isn't one.
   virtual bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
@@ -147,8 +157,19 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   static uint32_t separatorFlags(const SeparatorList& list, int32_t separator);
   bool fieldHasDefault(int index);
 
+  // Leaves the fields uncut when the text of the segment, from the cursor behind its tag, surely
+  // ends at the first segment separator; the stream is then left behind that separator.
+  bool leaveFieldsUncut(ParserStream& stream, uint32_t endMask, uint32_t& status, RecordedErrors& errors,
+                        ValidationLocation& location);
+  // Whether the fields of the definition may be left uncut at all.
+  bool endsAtSeparator() const;
+
   // Slots up to the highest field made so far; getChildArray fills them up to the field count.
   std::vector<std::unique_ptr<InternalElement>> fields;
+  // While the fields wait in the text: the separators they are to be cut with.
+  std::shared_ptr<SeparatorCut> uncut;
+  // Set by allowUncutFields until the next parseElement ends.
+  bool mayLeaveUncut = false;
   ESeparatorType fieldSeparator;
   std::unique_ptr<std::string> pathCache;
   const SegmentDefn* segmentDefn;

@@ -16,6 +16,7 @@
 #include "foundation/BadParameter.h"
 #include "foundation/IllegalOperation.h"
 #include "parsing/ParseContext.h"
+#include "parsing/ParseFindingsScope.h"
 #include "parsing/ParserStream.h"
 #include "parsing/SegmentReader.h"
 #include "parsing/SeparatorList.h"
@@ -226,6 +227,7 @@ std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWareho
   const auto& sets = warehouse.getMessageSets();
   if (sets.empty()) return nullptr;
   ParseContext context(warehouse, text);
+  const ParseFindingsScope findingsScope(context.errors);
   ValidationLocation location(true);
   const SeparatorDefn& leading = sets.front()->getSeparator(qxSepSegment);
   if ((leading.getFlags() & SeparatorDefn::kInitiator) && !leading.getValue().view().empty()) {

@@ -56,6 +56,9 @@ class ParserStream {
   virtual bool atEnd() const = 0;
   // The character the cursor stands on, where the text lies in memory as a whole; else null.
   virtual const char16_t* getCursor() const { return nullptr; }
+  // How many characters from the cursor on are in memory behind it, up to the end of the text; 0
+  // where the text isn't all there.
+  virtual int32_t getWholeRemaining() const { return 0; }
 };
 
 }  // namespace vantrelia

@@ -7,6 +7,7 @@
 #include "definitions/SeparatorDefn.h"
 #include "foundation/BadParameter.h"
 #include "parsing/ParsingMessages.h"
+#include "parsing/SeparatorCut.h"
 
 namespace vantrelia {
 
@@ -91,7 +92,18 @@ std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& 
   return std::make_shared<SeparatorList>(*prototype, parent);
 }
 
-SeparatorList::~SeparatorList() = default;
+SeparatorList::~SeparatorList() { beforeSlotsChange(); }
+
+std::shared_ptr<SeparatorCut> SeparatorList::shareCut() {
+  if (!cut) cut = std::make_shared<SeparatorCut>(*this);
+  return cut;
+}
+
+void SeparatorList::keepCut() {
+  // Nobody else holding it means no segment waits for its fields.
+  if (cut.use_count() > 1) cut->freeze();
+  cut.reset();
+}
 
 SeparatorList::Slots SeparatorList::savedOrDefinedSlots() const {
   if (savedSlots) return *savedSlots;
@@ -107,6 +119,7 @@ void SeparatorList::checkSeparatorIndex(int32_t index) {
 // ----- reset and recompute
 
 void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorSettings) {
+  beforeSlotsChange();
   // translateValue looks at fromWire, so it takes its new value first.
   fromWire = fromWireArg;
   if (initSeparators) {
@@ -137,18 +150,28 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
     errorSettings.reload(*messageSet, parent ? &parent->errorSettings : nullptr);
   }
 
+  resetLevels();
+  checkOutputTail = false;
+  clearOutput();
+  updateActive();
+}
+
+void SeparatorList::resetLevels() {
   levels.assign(std::begin(kBaseLevels), std::end(kBaseLevels));
   trie->setLevel(static_cast<int32_t>(levels.size()));
   currentSeparator = qxSepSegment;
   specialStrings.clear();
   levelFixedWidth.assign(levels.size(), fixedWidth ? 1 : 0);
   stackSaver.clear();
-
-  checkOutputTail = false;
-  clearOutput();
+  poppedOutOfForce.clear();
+  savedLevels.clear();
   trieDirty = true;
   if (genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
-  updateActive();
+}
+
+bool SeparatorList::atBaseLevels() const {
+  return std::equal(levels.begin(), levels.end(), std::begin(kBaseLevels), std::end(kBaseLevels)) &&
+         specialStrings.empty() && stackSaver.empty();
 }
 
 void SeparatorList::takeCrlfEquivalent() {
@@ -209,6 +232,7 @@ const SeparatorImpl& SeparatorList::getSlot(int32_t index) const {
 
 void SeparatorList::setSeparatorValue(int32_t index, std::u16string_view text) {
   checkSeparatorIndex(index);
+  beforeSlotsChange();
   SeparatorImpl& slot = slots[static_cast<size_t>(index)];
   slot.setValue(std::u16string(text));
   slot.useDefault = false;
@@ -218,6 +242,7 @@ void SeparatorList::setSeparatorValue(int32_t index, std::u16string_view text) {
 
 void SeparatorList::setKnown(int32_t index, bool known) {
   checkSeparatorIndex(index);
+  beforeSlotsChange();
   slots[static_cast<size_t>(index)].known = known;
   updateActive();
 }
@@ -227,6 +252,7 @@ void SeparatorList::setKnown(int32_t index, bool known) {
 EVErrType SeparatorList::getValidationErrorSetting(int32_t errorNumber) const { return errorSettings.get(errorNumber); }
 
 void SeparatorList::setValidationErrorSetting(int32_t errorNumber, EVErrType setting) {
+  beforeSlotsChange();
   errorSettings.set(errorNumber, setting);
 }
 

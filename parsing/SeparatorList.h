@@ -38,6 +38,7 @@ class MessageDefn;
 class MessageSetDefn;
 class PrimitiveTypeDefn;
 class SegmentDefn;
+class SeparatorCut;
 struct ParserToken;
 
 // What the list needs to know of a field element while reading its value or checking it. The
@@ -85,6 +86,13 @@ class SeparatorList {
   // the wire settles them. initSeparators: take the slots from the definition (or the parent).
   // initErrorSettings: the same for the severities.
   void reset(bool fromWire, bool initSeparators, bool initErrorSettings);
+  // Back to the three levels a message starts with, nothing pushed.
+  void resetLevels();
+  bool atBaseLevels() const;
+  // What segments whose fields are left uncut hold on to: the separators they were read with,
+  // kept as they stand now even when this list changes or goes.
+  std::shared_ptr<SeparatorCut> shareCut();
+
   // Works out which slots are active, whether some separator is still to be read, and the
   // characters that make a value need encoding or quotes.
   void updateActive();
@@ -270,6 +278,13 @@ class SeparatorList {
     return slot.active ? std::u16string_view(slot.value) : std::u16string_view();
   }
 
+  // Called before anything a segment's fields are cut with changes: segments read without cutting
+  // them keep the state they were read with.
+  void beforeSlotsChange() {
+    if (cut) [[unlikely]] keepCut();
+  }
+  void keepCut();
+
   // --- levels
   void addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level);
   // Takes the sequences of popped levels out of force for every level.
@@ -350,6 +365,8 @@ class SeparatorList {
   // What saveAndPopTo took off the stack, one batch per call, innermost last.
   std::vector<std::vector<PoppedLevel>> stackSaver;
   SeverityTable errorSettings;
+  // Shared with the segments read under the slots as they stand; not copied with the list.
+  std::shared_ptr<SeparatorCut> cut;
 };
 
 }  // namespace vantrelia

@@ -70,11 +70,13 @@ bool SeparatorList::atOuterSeparator(ParserStream& stream, int32_t innerLevels) 
 }
 
 void SeparatorList::restoreSavedSlots() {
+  beforeSlotsChange();
   slots = savedOrDefinedSlots();
   trieDirty = true;
 }
 
 void SeparatorList::finishWalk() {
+  beforeSlotsChange();
   if (variablePending) {
     for (SeparatorImpl& slot : slots) {
       if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) settleToDefault(slot);

@@ -86,6 +86,7 @@ void SeparatorList::readSlotsFromStream(const std::vector<int32_t>& slotIndexes,
     SeparatorImpl& slot = slots[static_cast<size_t>(i)];
     // A value cut short by the end of the text leaves the slot to its default.
     if (slot.known || token.text.size() != static_cast<size_t>(length)) continue;
+    beforeSlotsChange();
     slot.known = true;
     slot.setValue(token.text);
     changed = true;
@@ -123,6 +124,7 @@ std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std:
   for (const int32_t i : ofField) {
     SeparatorImpl& slot = slots[static_cast<size_t>(i)];
     if (slot.known) continue;
+    beforeSlotsChange();
     const SeparatorDefn& defn = defnOf(i);
     const size_t position = static_cast<size_t>(defn.getPosition());
     if (defn.getValue().length() != 0 && position < text.size()) {
@@ -174,6 +176,7 @@ void SeparatorList::writeSeparatorsOf(const FieldPathDefn& segmentPath, bool end
     if (lastPosition == slot.defn->getPosition()) continue;  // each position once
     lastPosition = slot.defn->getPosition();
     if (!slot.known) {
+      beforeSlotsChange();
       // A message parsed with other separators keeps them; a new one takes the definition's.
       if (slot.value.empty()) slot.takeDefaultValue();
       slot.known = true;
@@ -210,6 +213,7 @@ void SeparatorList::settleToDefault(SeparatorImpl& slot) {
 
 void SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
   if (!variablePending) return;
+  beforeSlotsChange();
   for (SeparatorImpl& slot : slots) {
     if (slot.known || !fieldLiesUnder(slot.defn->getFieldPath(), path)) continue;
     if (takeDefaults) {
@@ -228,6 +232,7 @@ void SeparatorList::applyDefaultForPath(std::string_view path) { settleForPath(p
 void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
                                          const std::function<int32_t(std::string_view)>& childIndex) {
   if (!variablePending) return;
+  beforeSlotsChange();
   for (SeparatorImpl& slot : slots) {
     const FieldPathDefn& fieldPath = slot.defn->getFieldPath();
     if (slot.known || fieldPath.getName().length() == 0) continue;
@@ -250,6 +255,7 @@ void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
 }
 
 void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_view name) {
+  beforeSlotsChange();
   if (savedSlots) {
     *savedSlots = slots;
   } else {

@@ -42,6 +42,7 @@ class StringParserStream : public BufferedParserStream {
   // The text is all there: there is never more to fill in.
   bool fill(const char16_t* destination, int32_t missing) override;
   int32_t getRemaining() const override { return remaining; }
+  int32_t getWholeRemaining() const override { return remaining; }
 
  private:
   // The walk of readToken from the first candidate on, for all but the plainest tokens. Returns

@@ -105,7 +105,7 @@ void MessageCommand::addFindings(MessageElement& root, MessageElement& node, Val
   // own; they are the user's as much as the interchange's.
   if (auto* impl = dynamic_cast<MessageImpl*>(&node)) {
     ValidationErrorList own;
-    impl->getRecordedErrors().replayInto(
+    impl->getParseFindings().replayInto(
         own, true, [&](int32_t number) { return node.getValidationErrorSettingType(number); },
         [](MessageElement& element) { return element.getPath(); });
     const std::string place = &node == &root ? std::string() : node.getPath();

@@ -1,0 +1,85 @@
+#include "parsing/SeparatorCut.h"
+
+#include "parsing/SeparatorList.h"
+
+namespace vantrelia {
+
+SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
+  const SeparatorImpl& segment = liveList.getSlot(qxSepSegment);
+  const auto plain = [&](const std::u16string& text) { return text.empty() || text == segment.value; };
+  scannable = segment.active && segment.value.size() == 1 && plain(segment.initiator) && plain(segment.terminator);
+  if (!scannable) return;
+  end = segment.value.front();
+  const auto stop = [&](char16_t character) {
+    if (character < 128) {
+      asciiStops[character >> 6] |= uint64_t{1} << (character & 63);
+    } else if (otherStops.find(character) == std::u16string::npos) {
+      otherStops += character;
+    }
+  };
+  stop(end);
+  // A quoted value may hold anything up to its closing quote.
+  stop(u'"');
+  // A replacement (an escape or a release) may stand for a separator inside a value.
+  for (int32_t i = 0; i < SeparatorList::kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = liveList.getSlot(i);
+    if (!slot.active) continue;
+    if (!slot.replacementValue.empty()) stop(slot.replacementValue.front());
+    if (!slot.terminatorReplacement.empty()) stop(slot.terminatorReplacement.front());
+  }
+  // A line end that also ends segments, where the separator is another character.
+  if (liveList.getCrlfEquivalent() == qxSepSegment && end != u'\r') stop(u'\r');
+}
+
+int32_t SeparatorCut::scanFields(const char16_t* from, int32_t length) const {
+  if (!scannable) return -1;
+  for (int32_t i = 0; i < length; ++i) {
+    const char16_t character = from[i];
+    const bool stops = character < 128 ? (asciiStops[character >> 6] >> (character & 63)) & 1
+                                       : otherStops.find(character) != std::u16string::npos;
+    if (!stops) continue;
+    return character == end ? i : -1;
+  }
+  return length;
+}
+
+SeparatorCut::~SeparatorCut() = default;
+
+std::unique_ptr<SeparatorList> SeparatorCut::copyOfLive() const {
+  auto made = std::make_unique<SeparatorList>(*live);
+  made->resetLevels();
+  return made;
+}
+
+void SeparatorCut::freeze() {
+  if (live && !copy) copy = copyOfLive();
+  live = nullptr;
+}
+
+SeparatorCut::Lease::Lease(SeparatorCut& owner) : cut(owner) {
+  if (!cut.busy && cut.live && cut.live->atBaseLevels()) {
+    // A cut pushes and pops the levels of one segment, as the read of the segment did.
+    cut.busy = true;
+    in = cut.live;
+    return;
+  }
+  if (!cut.copy) cut.copy = cut.copyOfLive();
+  if (cut.busy) {
+    own = std::make_unique<SeparatorList>(*cut.copy);
+    own->resetLevels();
+    in = own.get();
+  } else {
+    cut.busy = true;
+    in = cut.copy.get();
+  }
+}
+
+SeparatorCut::Lease::~Lease() {
+  if (!own) {
+    cut.busy = false;
+    // A cut that ended early (an exception from a field) may leave levels pushed.
+    if (!in->atBaseLevels()) in->resetLevels();
+  }
+}
+
+}  // namespace vantrelia
