@@ -9,6 +9,7 @@
 #include "elements/ElementMessages.h"
 #include "elements/ElementUserData.h"
 #include "elements/FactorySettings.h"
+#include "elements/RepeatItemImpl.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/Format.h"
 #include "foundation/IllegalOperation.h"
@@ -245,6 +246,13 @@ void cutFieldsBelow(InternalElement& node) {
     for (int i = 0; i < items->getUnknownSegmentCount(); ++i) {
       cutFieldsBelow(*static_cast<InternalElement*>(items->getUnknownSegment(i)));
     }
+  }
+  if (auto* repeats = dynamic_cast<RepeatItemImpl*>(&node)) {
+    // The repeats of a segment or group: each one there is an element.
+    for (int i = 0; i < repeats->getElementCount(); ++i) {
+      cutFieldsBelow(*static_cast<InternalElement*>(repeats->getElementAt(i)));
+    }
+    return;
   }
   if (auto* container = dynamic_cast<ElementContainer*>(&node)) {
     for (const auto& child : container->getChildArray()) {

@@ -142,5 +142,22 @@ TEST_F(BundledParseTest, EachHl7MessageKeepsItsOwnDelimiters) {
   EXPECT_EQ(seen, (std::vector<std::string>{"skipped", "ADT_A08 DOE", "ADT_A01 ROE"}));
 }
 
+// Fields read only once every message of the text is parsed are cut with the delimiters of their
+// own message, though the reader has read other headers since.
+TEST_F(BundledParseTest, FieldsReadAfterTheWholeTextKeepTheirMessagesDelimiters) {
+  const std::u16string text = wide(readBundledSource("fuzz/corpus/messages/hl7-two-delimiters.hl7"));
+  MessageReader reader(factory->getWarehouse(), text);
+  MessageReader::Item item;
+  std::vector<std::unique_ptr<MessageElement>> messages;
+  while (reader.next(item)) {
+    if (item.message) messages.push_back(std::move(item.message));
+  }
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_EQ(value(*messages[1], "PID/PatientName[0]/FamilyName"), "ROE");
+  EXPECT_EQ(value(*messages[1], "PID/PatientIdentifierList[0]/IdNumber"), "2");
+  EXPECT_EQ(value(*messages[0], "PID/PatientName[0]/GivenName"), "J");
+  EXPECT_EQ(value(*messages[0], "PV1/PatientClass"), "I");
+}
+
 }  // namespace
 }  // namespace vantrelia::testing
