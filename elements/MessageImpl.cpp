@@ -39,7 +39,12 @@ MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent
     : ItemListNode(messageDefn, messageDefn.getItems(), messageDefn.getVisibleChildren(), parent, index),
       separators(std::move(sharedSeparators)) {}
 
-MessageImpl::~MessageImpl() = default;
+MessageImpl::~MessageImpl() {
+  // The segments go before the separators: a list that outlives no segment read with it needn't
+  // keep a copy of itself for them.
+  children.clear();
+  unknownSegments.clear();
+}
 
 bool MessageImpl::isPreservingParsedText() {
   return !isCreated && FactorySettings::of(&messageDefn->getSet()).preserveParsedText;
@@ -194,8 +199,8 @@ bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) 
   // wire text began.
   SeparatorList& list = *separators;
   // Fields left in the text are cut with the separators they were read with, before the write
-  // starts the list over.
-  if (!(isPreservingParsedText() && sourceLength > 0)) cutAllFields();
+  // starts the list over; a segment that is written as it was read needs none of them.
+  if (!isPreservingParsedText()) cutAllFields();
   list.reset(true, true, false);
   if (isPreservingParsedText() && sourceLength > 0) {
     list.writeData(std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart),

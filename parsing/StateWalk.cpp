@@ -121,7 +121,7 @@ bool StateWalk::walk(bool& ended) {
       range = rangeOf(name);
       unexpectedCalled = true;
     }
-    ParsePath path{iterator, {}, std::vector<char>(visited.size(), 0)};
+    ParsePath path{iterator, {}};
     int count = 0;
     matchCandidates(path, range, count);
     const bool anyName = range.first != range.second;
@@ -133,7 +133,7 @@ bool StateWalk::walk(bool& ended) {
       range = rangeOf(name);
       matchCandidates(path, range, count);
     }
-    if (count == 1 || (pending.size() > 1 && path.visited == firstVisited)) {
+    if (count == 1 || (pending.size() > 1 && path.stateIndexes() == firstStates)) {
       const ParseState* target = path.states.front();
       if (!resolvePending(target->getIndex()) || !placePending()) return false;
     }
@@ -148,12 +148,24 @@ bool StateWalk::walk(bool& ended) {
       currentState = target->getIndex();
       currentPath = target->getPath();
     } else {
-      if (pending.empty()) firstVisited = path.visited;
+      if (pending.empty()) firstStates = path.stateIndexes();
       ++iterator;
       pending.push_back(std::move(path));
     }
   }
   return true;
+}
+
+bool StateWalk::ParsePath::holds(int32_t index) const {
+  return std::any_of(states.begin(), states.end(), [&](const ParseState* state) { return state->getIndex() == index; });
+}
+
+std::vector<int32_t> StateWalk::ParsePath::stateIndexes() const {
+  std::vector<int32_t> indexes;
+  indexes.reserve(states.size());
+  for (const ParseState* state : states) indexes.push_back(state->getIndex());
+  std::sort(indexes.begin(), indexes.end());
+  return indexes;
 }
 
 void StateWalk::gatherCandidates() {
@@ -213,7 +225,7 @@ void StateWalk::matchCandidates(ParsePath& path,
   for (auto at = range.first; at != range.second; ++at) {
     const ParseState* target = at->second;
     const size_t bit = static_cast<size_t>(target->getIndex());
-    if (path.visited[bit]) continue;
+    if (path.holds(target->getIndex())) continue;
     bool holds = true;
     if (const MessageItemDefn* item = target->getItem()) {
       for (const auto& entry : item->getMatches()) {
@@ -232,7 +244,6 @@ void StateWalk::matchCandidates(ParsePath& path,
     // state does: one missing segment lets the walk skip ahead once, not for the rest of the
     // ambiguity.
     path.states.push_back(defn.getStrictStates()[bit].get());
-    path.visited[bit] = 1;
     ++count;
   }
 }

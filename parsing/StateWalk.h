@@ -36,7 +36,10 @@ class StateWalk {
   struct ParsePath {
     LookAheadList::iterator entry;
     std::vector<const ParseState*> states;
-    std::vector<char> visited;
+    // Whether the path holds the state of that index already; paths hold a few states.
+    bool holds(int32_t index) const;
+    // The indexes of its states, in rising order.
+    std::vector<int32_t> stateIndexes() const;
   };
   using Candidates = std::vector<std::pair<std::string_view, const ParseState*>>;
 
@@ -78,7 +81,7 @@ class StateWalk {
 
   Candidates candidates;
   std::vector<char> visited;
-  std::vector<char> firstVisited;
+  std::vector<int32_t> firstStates;
   std::vector<ParsePath> pending;
   int32_t currentState = 0;
   std::vector<int32_t> currentPath{-1};
