@@ -102,8 +102,9 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
   }
   // A header field carries separators: what it holds settles them, and the text comes back with
   // each at its place.
-  const bool carriesSeparators = list.getVariablePending() && list.holdsSeparatorsOf(getFieldPath());
-  if (list.getVariablePending()) text = list.takeFromField(getFieldPath(), text);
+  const bool pending = list.getVariablePending() && mayCarrySeparators(list);
+  const bool carriesSeparators = pending && list.holdsSeparatorsOf(getFieldPath());
+  if (pending) text = list.takeFromField(getFieldPath(), text);
   if (text.empty() && !fixed) return false;
   if (Formatter* formatter = text.empty() ? nullptr : getFormatter()) FormattedValue::toWire(*formatter, base, text);
 

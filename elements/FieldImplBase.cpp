@@ -123,6 +123,14 @@ bool FieldImplBase::isSeparatorAllowed(int32_t separator) const {
          type->isSeparatorAllowed(static_cast<ESeparatorType>(separator));
 }
 
+bool FieldImplBase::mayCarrySeparators(const SeparatorList& list) {
+  SegmentImplBase* owner = getOwner();
+  if (!owner) return true;
+  // Working out the path takes a few allocations; most fields of a header carry nothing.
+  const int32_t number = parent == owner ? index + 1 : 0;
+  return list.mayTakeFromField(owner->getSegmentDefn().getName().view(), number);
+}
+
 const FieldPathDefn& FieldImplBase::getFieldPath() const {
   if (!headerPath) {
     auto* self = const_cast<FieldImplBase*>(this);
@@ -361,7 +369,7 @@ void FieldImplBase::readValue(std::u16string_view token, bool stable) {
     }
   }
   // A header field that holds separators settles them as it is read.
-  if (list && list->getVariablePending()) list->takeFromField(getFieldPath(), value.view());
+  if (list && list->getVariablePending() && mayCarrySeparators(*list)) list->takeFromField(getFieldPath(), value.view());
   if (fieldDefn->isVariableTypeField() && parent) parent->onFieldValueChanged(index, -1, false);
 }
 

@@ -71,6 +71,8 @@ class FieldImplBase : public FieldBase, public SeparatorField {
   int32_t getFieldType() const override { return getBaseType(); }
   bool isSeparatorAllowed(int32_t separator) const override;
   const FieldPathDefn& getFieldPath() const override;
+  // Whether a separator still to be read may come from this field; false only when none can.
+  bool mayCarrySeparators(const SeparatorList& list);
 
  protected:
   // The text getValue gives: null text, count, calculation, stored value or default.

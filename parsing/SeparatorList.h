@@ -173,6 +173,10 @@ class SeparatorList {
   std::u16string takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text);
   // Whether a separator is taken from the field at that path.
   bool holdsSeparatorsOf(const FieldPathDefn& fieldPath) const;
+  // A quick test before a field's path is worked out: whether a separator still to be read may
+  // come from field `fieldNumber` (1-based; 0 for one below the segment's own fields) of the
+  // segment named so. False only when none can.
+  bool mayTakeFromField(std::string_view segmentName, int32_t fieldNumber) const;
   // The text of a header field for writing, from its separators.
   std::u16string collectForField(const FieldPathDefn& fieldPath) const;
   // The writer's counterpart of readFromStream: writes the separators that a segment carries right

@@ -118,6 +118,19 @@ bool SeparatorList::holdsSeparatorsOf(const FieldPathDefn& fieldPath) const {
   return false;
 }
 
+bool SeparatorList::mayTakeFromField(std::string_view segmentName, int32_t fieldNumber) const {
+  for (const SeparatorImpl& slot : slots) {
+    if (slot.known || !slot.defn) continue;
+    const FieldPathDefn& path = slot.defn->getFieldPath();
+    if (path.getName().length() == 0 || !equalIgnoringCase(path.getName().view(), segmentName)) continue;
+    if (fieldNumber > 0 && path.isNumeric() && !path.getIndexes().empty() && path.getIndexes().front() != fieldNumber) {
+      continue;
+    }
+    return true;
+  }
+  return false;
+}
+
 std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text) {
   const std::vector<int32_t> ofField = slotsOfField(fieldPath, false, false);
   bool taken = false;
