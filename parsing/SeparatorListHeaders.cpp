@@ -120,7 +120,8 @@ bool SeparatorList::holdsSeparatorsOf(const FieldPathDefn& fieldPath) const {
 
 bool SeparatorList::mayTakeFromField(std::string_view segmentName, int32_t fieldNumber) const {
   for (const SeparatorImpl& slot : slots) {
-    if (slot.known || !slot.defn) continue;
+    // Separators behind a segment are read from the text, never taken from a field's value.
+    if (slot.known || !slot.defn || slot.defn->getPosition() < 0) continue;
     const FieldPathDefn& path = slot.defn->getFieldPath();
     if (path.getName().length() == 0 || !equalIgnoringCase(path.getName().view(), segmentName)) continue;
     if (fieldNumber > 0 && path.isNumeric() && !path.getIndexes().empty() && path.getIndexes().front() != fieldNumber) {
