@@ -30,6 +30,9 @@ struct WarehouseSettings {
   bool ignoreGenericSegments = false;
   // Untouched parsed text is written back exactly as it was read.
   bool preserveParsedText = false;
+  // Every segment's fields are cut as it is read, rather than when first needed: the parse
+  // findings are complete when the parse ends.
+  bool cutFieldsWhenRead = false;
   bool testBool = false;
   int32_t testInt = 0;
   double testDouble = 0.0;

@@ -252,6 +252,14 @@ void cutFieldsBelow(InternalElement& node) {
       cutFieldsBelow(*static_cast<InternalElement*>(items->getUnknownSegment(i)));
     }
   }
+  if (node.getNodeType() == qxMessageSet) {
+    // The messages embedded here; asking by wildcard makes none that isn't there.
+    const ElementCollection messages = node.getElementCollection("[*]");
+    for (int i = 0; i < messages.getCount(); ++i) {
+      if (MessageElement* message = messages.getItem(i)) cutFieldsBelow(*static_cast<InternalElement*>(message));
+    }
+    return;
+  }
   if (auto* repeats = dynamic_cast<RepeatItemImpl*>(&node)) {
     // The repeats of a segment or group: each one there is an element.
     for (int i = 0; i < repeats->getElementCount(); ++i) {

@@ -46,6 +46,7 @@ const OptionEntry kOptions[] = {
     {u"/edi/forceCountUpdate", OptionKind::Bool, &WarehouseSettings::forceCountUpdate},
     {u"/edi/ignoreGenericSegments", OptionKind::Bool, &WarehouseSettings::ignoreGenericSegments},
     {u"/edi/preserveParsedText", OptionKind::Bool, &WarehouseSettings::preserveParsedText},
+    {u"/edi/cutFieldsWhenRead", OptionKind::Bool, &WarehouseSettings::cutFieldsWhenRead},
 };
 
 // The name up to and including its first "?", or the whole name.

@@ -118,10 +118,20 @@ bool parentMatchesHold(MessageImpl& message) {
 
 }  // namespace
 
-void MessageParser::detachForRetry(MessageImpl& message, LookAheadList& lookAhead) {
+void MessageParser::detachForRetry(MessageImpl& message, LookAheadList& lookAhead, ParseContext& context) {
   for (SegmentMatch& entry : lookAhead) {
     SegmentElement* segment = entry.getElement();
     if (!segment || entry.ownsElement() || !isWithin(segment->parent, &message)) continue;
+    // What reading the segment found goes back with it: the message that took it (this one, or
+    // one embedded in it) is given up.
+    for (InternalElement* holder = segment->parent; holder; holder = holder->parent) {
+      if (auto* taker = dynamic_cast<MessageImpl*>(holder)) {
+        context.errors.takeWhere(taker->getRecordedErrors(), [&](MessageElement* element) {
+          return isWithin(static_cast<InternalElement*>(element), segment);
+        });
+      }
+      if (holder == &message) break;
+    }
     std::unique_ptr<SegmentElement> back = segment->parent->releaseSegment(segment);
     if (!back) continue;
     back->parent = nullptr;
@@ -212,7 +222,7 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
         return result;
       }
       iterator = saved;
-      detachForRetry(*message, lookAhead);
+      detachForRetry(*message, lookAhead, context);
       context.errors.forget(message.get());
     }
     if (passStart == byType.end()) break;

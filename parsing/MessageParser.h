@@ -43,7 +43,7 @@ class MessageParser {
                                       const ParseCallback* callback, ValidationLocation& location);
   // Takes a failed message apart: every segment of the look-ahead that it took goes back to its
   // entry, unhooked, with the separators it was read with.
-  static void detachForRetry(MessageImpl& message, LookAheadList& lookAhead);
+  static void detachForRetry(MessageImpl& message, LookAheadList& lookAhead, ParseContext& context);
 };
 
 }  // namespace vantrelia

@@ -153,7 +153,7 @@ bool Reader::attempt(const SegmentDefn* segment, bool unconditional) {
       SegmentFactory::create(*segment, nullptr, nullptr, 0, match.separators.get());
   made->setSegmentNumber(match.segmentNumber);
   made->setSourceText(context.text);
-  made->allowUncutFields();
+  if (!context.warehouse.getSettings().cutFieldsWhenRead) made->allowUncutFields();
   uint32_t endKind = 0;
   const bool accepted = made->parseElement(stream, context.errors, endKind, location);
   if (accepted || unconditional) {

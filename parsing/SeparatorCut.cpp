@@ -10,6 +10,29 @@ SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
   scannable = segment.active && segment.value.size() == 1 && plain(segment.initiator) && plain(segment.terminator);
   if (!scannable) return;
   end = segment.value.front();
+  // What may make the separator part of a value: a quote, which a value may open and run to its
+  // closing one, and the first character of a replacement (an escape or a release).
+  std::u16string hiding = u"\"";
+  for (int32_t i = 0; i < SeparatorList::kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = liveList.getSlot(i);
+    if (!slot.active) continue;
+    // Another separator made of the same character (or holding it) ends fields as well: which of
+    // the two a character is depends on where the read stands.
+    const auto holdsEnd = [&](const std::u16string& text) { return text.find(end) != std::u16string::npos; };
+    if (i != qxSepSegment && (holdsEnd(slot.value) || holdsEnd(slot.initiator) || holdsEnd(slot.terminator))) {
+      scannable = false;
+      return;
+    }
+    if (!slot.replacementValue.empty()) hiding += slot.replacementValue.front();
+    if (!slot.terminatorReplacement.empty()) hiding += slot.terminatorReplacement.front();
+  }
+  // A line end that also ends segments, where the separator is another character.
+  if (liveList.getCrlfEquivalent() == qxSepSegment && end != u'\r') hiding += u'\r';
+  // A separator that itself opens a replacement can't be told from one without reading the value.
+  if (hiding.find(end) != std::u16string::npos) {
+    scannable = false;
+    return;
+  }
   const auto stop = [&](char16_t character) {
     if (character < 128) {
       asciiStops[character >> 6] |= uint64_t{1} << (character & 63);
@@ -18,17 +41,7 @@ SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
     }
   };
   stop(end);
-  // A quoted value may hold anything up to its closing quote.
-  stop(u'"');
-  // A replacement (an escape or a release) may stand for a separator inside a value.
-  for (int32_t i = 0; i < SeparatorList::kSeparatorSlots; ++i) {
-    const SeparatorImpl& slot = liveList.getSlot(i);
-    if (!slot.active) continue;
-    if (!slot.replacementValue.empty()) stop(slot.replacementValue.front());
-    if (!slot.terminatorReplacement.empty()) stop(slot.terminatorReplacement.front());
-  }
-  // A line end that also ends segments, where the separator is another character.
-  if (liveList.getCrlfEquivalent() == qxSepSegment && end != u'\r') stop(u'\r');
+  for (const char16_t character : hiding) stop(character);
 }
 
 int32_t SeparatorCut::scanFields(const char16_t* from, int32_t length) const {

@@ -19,6 +19,16 @@ void RecordedErrors::takeAll(RecordedErrors& other) {
   other.findings.clear();
 }
 
+void RecordedErrors::takeWhere(RecordedErrors& other, const std::function<bool(MessageElement* element)>& belongs) {
+  for (auto at = other.findings.begin(); at != other.findings.end();) {
+    if (at->first && belongs(at->first)) {
+      findings.insert(other.findings.extract(at++));
+    } else {
+      ++at;
+    }
+  }
+}
+
 void RecordedErrors::replayInto(ValidationErrorList& errors, bool includeWarnings, const SeverityOf& severityOf,
                                 const PathOf& pathOf) const {
   for (const auto& [element, finding] : findings) {

@@ -25,6 +25,8 @@ class RecordedErrors {
   void forgetElementFindings();
   // Moves all of other's findings here, leaving other empty.
   void takeAll(RecordedErrors& other);
+  // Moves here the findings of other whose element `belongs` accepts.
+  void takeWhere(RecordedErrors& other, const std::function<bool(MessageElement* element)>& belongs);
   void clear() { findings.clear(); }
 
   int count() const { return static_cast<int>(findings.size()); }

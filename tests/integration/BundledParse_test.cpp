@@ -142,6 +142,18 @@ TEST_F(BundledParseTest, EachHl7MessageKeepsItsOwnDelimiters) {
   EXPECT_EQ(seen, (std::vector<std::string>{"skipped", "ADT_A08 DOE", "ADT_A01 ROE"}));
 }
 
+// Where the segment terminator also releases a character, only cutting the fields tells where a
+// segment ends: such segments are cut as they are read.
+TEST_F(BundledParseTest, ATerminatorThatAlsoReleasesIsCutAsRead) {
+  const std::string text =
+      "UNA:+.# #UNB+UNOC:3+A:14+B:14+261123:1015+R1#UNH+1+ORDERS:D:96A:UN#BGM+220+PO##4711+9#"
+      "UNS+S#UNT+4+1#UNZ+1+R1#";
+  auto message = parse(text);
+  ASSERT_NE(message, nullptr);
+  EXPECT_EQ(value(*message, "MESSAGE/BGM/DocumentMessageNumber"), "PO#4711");
+  EXPECT_EQ(narrow(message->getEncodedValue()), text);
+}
+
 // Fields read only once every message of the text is parsed are cut with the delimiters of their
 // own message, though the reader has read other headers since.
 TEST_F(BundledParseTest, FieldsReadAfterTheWholeTextKeepTheirMessagesDelimiters) {

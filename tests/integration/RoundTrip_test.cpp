@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
 #include "bench/BundledTextGenerator.h"
 #include "elements/MessageElement.h"
+#include "elements/MessageImpl.h"
 #include "foundation/MessageFactory.h"
 #include "parsing/MessageReader.h"
 #include "support/CompilerTesting.h"
@@ -21,6 +23,7 @@ namespace {
 using Standard = bench::BundledTextGenerator::Standard;
 
 const std::u16string kPreserve = std::u16string(OptionUriPrefix) + u"/edi/preserveParsedText";
+const std::u16string kCutWhenRead = std::u16string(OptionUriPrefix) + u"/edi/cutFieldsWhenRead";
 
 // Every present node below `element`, one line each: its path, and its value where it has one.
 void describe(MessageElement& element, std::string& out) {
@@ -107,6 +110,32 @@ TEST_P(RoundTripTest, WrittenTreesParseIntoTheSameTree) {
     ASSERT_NE(again, nullptr) << narrow(written);
     EXPECT_EQ(describe(*again), describe(*first.messages[i]));
     EXPECT_EQ(again->getEncodedValue(), written);
+  }
+}
+
+// Fields cut when first needed and fields cut as they are read give the same trees, texts and
+// parse findings.
+TEST_P(RoundTripTest, FieldsCutLateAndAtOnceAgree) {
+  const std::u16string text = generated();
+  Read late = readAll(*factory, text);
+  factory->SetOption(kCutWhenRead, Any::any(true));
+  Read atOnce = readAll(*factory, text);
+  factory->SetOption(kCutWhenRead, Any::any(false));
+  ASSERT_GT(late.messages.size(), 10u);
+  ASSERT_EQ(late.messages.size(), atOnce.messages.size());
+  const auto findingsOf = [](MessageElement& message) {
+    std::multiset<std::pair<int32_t, std::string>> found;
+    static_cast<MessageImpl&>(message).getParseFindings().forEach([&](MessageElement*, const ValidationError& error) {
+      found.emplace(error.getErrorNumber(), narrow(error.getError()));
+    });
+    return found;
+  };
+  for (size_t i = 0; i < late.messages.size(); ++i) {
+    SCOPED_TRACE("message " + std::to_string(i));
+    EXPECT_EQ(late.spans[i], atOnce.spans[i]);
+    EXPECT_EQ(findingsOf(*late.messages[i]), findingsOf(*atOnce.messages[i]));
+    EXPECT_EQ(describe(*late.messages[i]), describe(*atOnce.messages[i]));
+    EXPECT_EQ(late.messages[i]->getEncodedValue(), atOnce.messages[i]->getEncodedValue());
   }
 }
 

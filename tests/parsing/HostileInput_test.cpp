@@ -122,6 +122,9 @@ TEST_F(HostileInputTest, HeadersDeclaringOddSeparatorsAreReadToTheEnd) {
            std::string("UNA::::::UNB:UNOC"),
            std::string("UNA"),
            std::string("UNA:+.? "),
+           // The terminator also releases, or also separates components.
+           std::string("UNA:+.# #UNB+UNOC:3+A:14+B:14+261123:1015+R1#UNH+1+ORDERS:D:96A:UN#BGM+220+PO##1+9#UNT+3+1#"),
+           std::string("UNA#+.? #UNB+UNOC#3+A#14+B#14+261123#1015+R1#UNH+1+ORDERS#D#96A#UN#BGM+220+PO1+9#UNT+3+1#"),
        }) {
     SCOPED_TRACE(text);
     EXPECT_EQ(readsCleanly(text), "");
