@@ -147,7 +147,7 @@ TEST_F(BundledParseTest, EachHl7MessageKeepsItsOwnDelimiters) {
 TEST_F(BundledParseTest, ATerminatorThatAlsoReleasesIsCutAsRead) {
   const std::string text =
       "UNA:+.# #UNB+UNOC:3+A:14+B:14+261123:1015+R1#UNH+1+ORDERS:D:96A:UN#BGM+220+PO##4711+9#"
-      "UNS+S#UNT+4+1#UNZ+1+R1#";
+      "DTM+137:20261123:102#UNS+S#UNT+5+1#UNZ+1+R1#";
   auto message = parse(text);
   ASSERT_NE(message, nullptr);
   EXPECT_EQ(value(*message, "MESSAGE/BGM/DocumentMessageNumber"), "PO#4711");
