@@ -196,25 +196,26 @@ std::pair<StateWalk::Candidates::const_iterator, StateWalk::Candidates::const_it
 }
 
 void StateWalk::readAhead() {
-  std::vector<const SegmentDefn*> expected;
+  // Kept between reads: one read for every segment of the text.
+  expectedNext.clear();
   for (const auto& [key, target] : candidates) {
     const MessageItemDefn* item = target->getItem();
     if (!item) continue;
     if (item->getMessageItemType() == MessageItemDefn::kSegmentItem) {
-      if (item->getSegment()) expected.push_back(item->getSegment());
+      if (item->getSegment()) expectedNext.push_back(item->getSegment());
     } else if (item->getMessageItemType() == MessageItemDefn::kMessageSetItem && item->getMessageSet() &&
                item->getMessageSet()->getMessageCount() > 0) {
       const MessageDefn& first = *item->getMessageSet()->getMessages().front();
-      if (first.getItemCount() > 0 && first.getItem(0).getSegment()) expected.push_back(first.getItem(0).getSegment());
+      if (first.getItemCount() > 0 && first.getItem(0).getSegment()) expectedNext.push_back(first.getItem(0).getSegment());
     }
   }
-  std::vector<int32_t> states;
+  standingStates.clear();
   if (pending.empty()) {
-    states.push_back(currentState);
+    standingStates.push_back(currentState);
   } else {
-    for (const ParseState* state : pending.back().states) states.push_back(state->getIndex());
+    for (const ParseState* state : pending.back().states) standingStates.push_back(state->getIndex());
   }
-  lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, &expected, &states,
+  lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, &expectedNext, &standingStates,
                                                      &defn.getRelaxedStates(), false));
   iterator = std::prev(lookAhead.end());
 }

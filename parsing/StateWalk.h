@@ -20,6 +20,7 @@ class MessageImpl;
 class ParseContext;
 class ParseState;
 class ParserStream;
+class SegmentDefn;
 class SegmentElement;
 class ValidationLocation;
 struct ParseCallback;
@@ -82,6 +83,10 @@ class StateWalk {
   Candidates candidates;
   std::vector<char> visited;
   std::vector<int32_t> firstStates;
+  // What readAhead hands the segment reader: the segments expected next, and the states the walk
+  // stands in.
+  std::vector<const SegmentDefn*> expectedNext;
+  std::vector<int32_t> standingStates;
   std::vector<ParsePath> pending;
   int32_t currentState = 0;
   std::vector<int32_t> currentPath{-1};
