@@ -14,6 +14,7 @@
 
 #include "bench/BundledTextGenerator.h"
 #include "compiler/DefinitionCompiler.h"
+#include "elements/MessageImpl.h"
 #include "elements/NodePool.h"
 #include "foundation/MessageFactory.h"
 #include "parsing/MessageReader.h"
@@ -167,6 +168,8 @@ void hostileBenchmark(benchmark::State& state, int kind) {
   size_t skipped = 0;
   for (auto _ : state) {
     std::vector<std::unique_ptr<MessageElement>> messages = parseAll(text, skipped);
+    // The fields too: a parse leaves them in the text, and it is their cut that meets the shape.
+    for (const auto& message : messages) static_cast<MessageImpl&>(*message).cutAllFields();
     benchmark::DoNotOptimize(messages.data());
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
