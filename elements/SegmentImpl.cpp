@@ -107,7 +107,19 @@ void SegmentImpl::parseField(int index, ParserStream& stream, RecordedErrors& er
     FieldBase* field = getField(index);
     uint32_t moreFollows = 0;
     lastFieldFilled = field->parseElement(stream, errors, moreFollows, location);
-    if (field->isEmpty()) destroyField(index);
+    if (field->isEmpty()) {
+      // The empty repeat goes, but not what reading it found ("~^~" has separators too many): that
+      // stays with the segment, since the nodes it named are gone.
+      RecordedErrors found;
+      found.takeWhere(errors, [&](MessageElement* element) {
+        for (auto* node = static_cast<InternalElement*>(element); node; node = node->parent) {
+          if (node == field) return true;
+        }
+        return false;
+      });
+      found.forEach([&](MessageElement*, const ValidationError& error) { errors.record(this, error); });
+      destroyField(index);
+    }
     return;
   }
   if (defn.getFlags() & FieldDefn::kNotPlain) {

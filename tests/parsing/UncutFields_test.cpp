@@ -77,6 +77,8 @@ TEST_F(UncutFieldsTest, ACutLateFindsWhatACutAtOnceFinds) {
       {"PID", "PID||A^B^C&D^\r"},
       {"PID", "PID|||A^B^C^D\r"},
       {"PID", "PID|1||||M|x|y~z~w~v|0012|extra\r"},
+      // A repeat of nothing but separators is dropped; what its read found stays with the segment.
+      {"PID", "PID|1|^~^\r"},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.segment);
