@@ -76,7 +76,7 @@ class CompositeImpl : public FieldBase, public FieldContainer, public ElementCon
   bool childRequired(int index);
   bool childHasDefault(int index);
 
-  std::vector<std::unique_ptr<InternalElement>> children;
+  NodeVector<InternalElement> children;
   const CompositeDefn* compositeDefn;
   ESeparatorType parentSeparator;
   ESeparatorType childSeparator;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "elements/MessageElement.h"
+#include "elements/NodePool.h"
 
 namespace vantrelia {
 

@@ -86,8 +86,8 @@ class ItemListNode : public InternalElement, public ElementContainer {
   const MessageDefn* messageDefn;
   const std::vector<std::unique_ptr<MessageItemDefn>>* items;
   const VisibleChildTable* table;
-  std::vector<std::unique_ptr<InternalElement>> children;
-  std::vector<std::unique_ptr<SegmentElement>> unknownSegments;
+  NodeVector<InternalElement> children;
+  NodeVector<SegmentElement> unknownSegments;
 };
 
 }  // namespace vantrelia

@@ -27,8 +27,8 @@ namespace vantrelia {
 MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent, int32_t index,
                          const SeparatorList* parentSeparators)
     : ItemListNode(messageDefn, messageDefn.getItems(), messageDefn.getVisibleChildren(), parent, index),
-      separators(std::make_shared<SeparatorList>(messageDefn.getSet(), messageDefn.getSet().isFixedWidth(),
-                                                 parentSeparators)) {
+      separators(std::allocate_shared<SeparatorList>(NodePoolAllocator<SeparatorList>(), messageDefn.getSet(),
+                                                     messageDefn.getSet().isFixedWidth(), parentSeparators)) {
   // Initiators, separators and severities as the definition gives them, as for a message written
   // from scratch; a parse resets the list for the wire.
   separators->reset(false, true, true);

@@ -70,7 +70,7 @@ class MessageSetImpl : public InternalElement {
   std::unique_ptr<MessageSetImpl> copyWithParent(InternalElement* newParent, SeparatorList* list) const;
 
   const MessageItemDefn* itemDefn;
-  std::vector<std::unique_ptr<InternalElement>> messages;
+  NodeVector<InternalElement> messages;
   SeparatorList* separators;
   const MessageSetDefn* setDefn;
 };

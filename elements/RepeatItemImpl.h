@@ -70,7 +70,7 @@ class RepeatItemImpl : public InternalElement {
 
   const MessageDefn* messageDefn;
   const MessageItemDefn* itemDefn;
-  std::vector<std::unique_ptr<InternalElement>> items;
+  NodeVector<InternalElement> items;
   SeparatorList* separators;
 };
 

@@ -57,7 +57,7 @@ class RepeatingFieldBase : public FieldBase {
   // The default of the instance as a writer gives it for an empty list.
   const WideText& defaultText() { return getDefaultValue(); }
 
-  std::vector<std::unique_ptr<InternalElement>> items;
+  NodeVector<InternalElement> items;
   ESeparatorType fieldSeparator;
 };
 

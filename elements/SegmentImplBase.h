@@ -165,7 +165,7 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   bool endsAtSeparator() const;
 
   // Slots up to the highest field made so far; getChildArray fills them up to the field count.
-  std::vector<std::unique_ptr<InternalElement>> fields;
+  NodeVector<InternalElement> fields;
   // While the fields wait in the text: the separators they are to be cut with.
   std::shared_ptr<SeparatorCut> uncut;
   // Set by allowUncutFields until the next parseElement ends.

@@ -5,6 +5,7 @@
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/SeparatorDefn.h"
+#include "elements/NodePool.h"
 #include "foundation/BadParameter.h"
 #include "parsing/ParsingMessages.h"
 #include "parsing/SeparatorCut.h"
@@ -78,7 +79,7 @@ std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& 
   const bool inherits =
       parent && (set.getInitializeSeparatorsFromParent() || set.getInitializeValidationErrSettingsFromParent());
   if (!warehouse || inherits) {
-    auto list = std::make_shared<SeparatorList>(set, set.isFixedWidth(), parent);
+    auto list = std::allocate_shared<SeparatorList>(NodePoolAllocator<SeparatorList>(), set, set.isFixedWidth(), parent);
     list->reset(true, true, true);
     return list;
   }
@@ -89,7 +90,7 @@ std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& 
     warehouse->keepSeparatorPrototype(set, made);
     prototype = std::move(made);
   }
-  return std::make_shared<SeparatorList>(*prototype, parent);
+  return std::allocate_shared<SeparatorList>(NodePoolAllocator<SeparatorList>(), *prototype, parent);
 }
 
 SeparatorList::~SeparatorList() { beforeSlotsChange(); }

@@ -16,8 +16,8 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -352,7 +352,9 @@ class SeparatorList {
   int32_t currentSeparator = qxSepSegment;
   std::vector<ReplaceEntry> replaceOrder;
   std::vector<ESeparatorType> levels;
-  std::deque<std::u16string> specialStrings;
+  // Pushed strings stay put as more are pushed, as with the deque this once was; unlike a deque,
+  // an empty list costs no allocation, and every message's list is copied with one.
+  std::list<std::u16string> specialStrings;
   std::vector<uint8_t> levelFixedWidth;  // one per level, 1 for fixed width
   std::unique_ptr<SeparatorTrieNode> trie;
   std::unique_ptr<SeparatorTrieNode> genericTrie;

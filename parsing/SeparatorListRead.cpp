@@ -26,14 +26,13 @@ void SeparatorList::buildTrie() {
   trie->setLevel(static_cast<int32_t>(levels.size()));
   // A pushed string keeps its place on the stack too: the k-th qxSepString level owns the k-th
   // entry of specialStrings.
-  size_t stringLevel = 0;
+  auto pushedString = specialStrings.begin();
   for (size_t i = 0; i < levels.size(); ++i) {
     const ESeparatorType index = levels[i];
     const int32_t level = static_cast<int32_t>(i + 1);
     if (index == qxSepNone) continue;
     if (index == qxSepString) {
-      if (stringLevel < specialStrings.size()) addLevelSequences(index, specialStrings[stringLevel], level);
-      ++stringLevel;
+      if (pushedString != specialStrings.end()) addLevelSequences(index, *pushedString++, level);
       continue;
     }
     if (slots[static_cast<size_t>(index)].active) addLevelSequences(index, slots[static_cast<size_t>(index)].value, level);
