@@ -30,8 +30,10 @@ struct WarehouseSettings {
   bool ignoreGenericSegments = false;
   // Untouched parsed text is written back exactly as it was read.
   bool preserveParsedText = false;
-  // Every segment's fields are cut as it is read, rather than when first needed: the parse
-  // findings are complete when the parse ends.
+  // Every segment is read in full when it is met: its fields are cut as it is read rather than
+  // when first needed, and the header that opens the next message is read before the message
+  // ends rather than known by its tag. The parse findings are complete when the parse ends; and
+  // this is what the lazy reading is checked against.
   bool cutFieldsWhenRead = false;
   bool testBool = false;
   int32_t testInt = 0;

@@ -86,8 +86,9 @@ std::string parseAndWrite(const uint8_t* data, size_t size) {
       }
       if (covered != static_cast<int64_t>(text.size())) return "the reader stopped before the end of the text";
       if (pass.preserve) continue;
-      // Fields cut when first needed and fields cut as they are read agree.
-      if (pass.cutWhenRead && seen != first) return "fields cut late and at once disagree";
+      // Lazy reading (fields cut when first needed, the next message's header known by its tag)
+      // and reading everything in full agree.
+      if (pass.cutWhenRead && seen != first) return "lazy reading and reading in full disagree";
       first = std::move(seen);
     }
   } catch (const std::exception& failure) {

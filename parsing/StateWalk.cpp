@@ -11,6 +11,8 @@
 #include "definitions/ParseState.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentGroupDefn.h"
+#include "definitions/SegmentTagMap.h"
+#include "definitions/SeparatorDefn.h"
 #include "elements/MessageImpl.h"
 #include "elements/MessageSetImpl.h"
 #include "elements/SegmentGroupImpl.h"
@@ -98,7 +100,10 @@ bool StateWalk::walk(bool& ended) {
   while (!ended) {
     if (iterator == lookAhead.end() && stream.atEnd()) break;
     gatherCandidates();
-    if (iterator == lookAhead.end()) readAhead();
+    if (iterator == lookAhead.end()) {
+      if (nextMessageBegins()) break;
+      readAhead();
+    }
     SegmentMatch& match = *iterator;
     if (match.endKind & SegmentMatch::kEndMessage) ended = true;
     SegmentElement* element = match.getElement();
@@ -199,15 +204,7 @@ void StateWalk::readAhead() {
   // Kept between reads: one read for every segment of the text.
   expectedNext.clear();
   for (const auto& [key, target] : candidates) {
-    const MessageItemDefn* item = target->getItem();
-    if (!item) continue;
-    if (item->getMessageItemType() == MessageItemDefn::kSegmentItem) {
-      if (item->getSegment()) expectedNext.push_back(item->getSegment());
-    } else if (item->getMessageItemType() == MessageItemDefn::kMessageSetItem && item->getMessageSet() &&
-               item->getMessageSet()->getMessageCount() > 0) {
-      const MessageDefn& first = *item->getMessageSet()->getMessages().front();
-      if (first.getItemCount() > 0 && first.getItem(0).getSegment()) expectedNext.push_back(first.getItem(0).getSegment());
-    }
+    if (const SegmentDefn* segment = expectedSegmentOf(*target)) expectedNext.push_back(segment);
   }
   standingStates.clear();
   if (pending.empty()) {
@@ -218,6 +215,55 @@ void StateWalk::readAhead() {
   lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, &expectedNext, &standingStates,
                                                      &defn.getRelaxedStates(), false));
   iterator = std::prev(lookAhead.end());
+}
+
+bool StateWalk::nextMessageBegins() {
+  // The read of a header tag of the message's own set, at the top level and with nothing left
+  // to settle, takes a segment of the set whatever its fields hold, and a new separator list with
+  // it; unless the message expects a segment of that tag, that ends the message. Anywhere else
+  // the segment is read.
+  if (context.warehouse.getSettings().cutFieldsWhenRead || message.parent || !pending.empty() ||
+      context.fixedSeparators || !context.separatorStack.empty() || context.setIndex != messageSetIndex ||
+      context.headerIndex < 0 || context.excludedSets.count(messageSetIndex)) {
+    return false;
+  }
+  const MessageSetDefn& set = defn.getSet();
+  if ((set.getSeparator(qxSepSegment).getFlags() & SeparatorDefn::kInitiator) || set.getMessageCount() == 0) {
+    return false;
+  }
+  const SegmentTagMap::Entry* entry = set.getTagMap().matchStream(stream);
+  if (!entry || entry->empty()) return false;
+  const MessageDefn& first = *set.getMessages().front();
+  const int32_t headers = std::min(set.getHeaderItemCount(), first.getItemCount());
+  int32_t place = headers;
+  for (int32_t i = 0; i < headers; ++i) {
+    const SegmentDefn* header = first.getItem(i).getSegment();
+    if (header && header->getTag() == entry->front()->getTag()) {
+      place = i;
+      break;
+    }
+  }
+  if (place >= headers || place > context.headerIndex) return false;
+  bool takenWhateverItHolds = false;
+  for (const SegmentDefn* segment : *entry) {
+    if (segment->getMatches().empty()) takenWhateverItHolds = true;
+    for (const auto& [key, target] : candidates) {
+      if (key == segment->getName().view() || expectedSegmentOf(*target) == segment) return false;
+    }
+  }
+  return takenWhateverItHolds;
+}
+
+const SegmentDefn* StateWalk::expectedSegmentOf(const ParseState& target) {
+  const MessageItemDefn* item = target.getItem();
+  if (!item) return nullptr;
+  if (item->getMessageItemType() == MessageItemDefn::kSegmentItem) return item->getSegment();
+  if (item->getMessageItemType() == MessageItemDefn::kMessageSetItem && item->getMessageSet() &&
+      item->getMessageSet()->getMessageCount() > 0) {
+    const MessageDefn& first = *item->getMessageSet()->getMessages().front();
+    if (first.getItemCount() > 0) return first.getItem(0).getSegment();
+  }
+  return nullptr;
 }
 
 void StateWalk::matchCandidates(ParsePath& path,

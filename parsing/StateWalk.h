@@ -47,6 +47,12 @@ class StateWalk {
   bool walk(bool& ended);
   void gatherCandidates();
   void readAhead();
+  // Whether the text at the cursor surely opens the next message, so that the walk ends without
+  // reading it (the next parse reads it once, instead of both).
+  bool nextMessageBegins();
+  // The segment that a transition to `target` reads first: the item's own, or the first of the
+  // set it embeds; null for neither.
+  static const SegmentDefn* expectedSegmentOf(const ParseState& target);
   std::pair<Candidates::const_iterator, Candidates::const_iterator> rangeOf(std::string_view name) const;
   // Adds the targets of `range` whose match lists hold to the path; true if any had the name.
   void matchCandidates(ParsePath& path, std::pair<Candidates::const_iterator, Candidates::const_iterator> range,

@@ -113,9 +113,9 @@ TEST_P(RoundTripTest, WrittenTreesParseIntoTheSameTree) {
   }
 }
 
-// Fields cut when first needed and fields cut as they are read give the same trees, texts and
-// parse findings.
-TEST_P(RoundTripTest, FieldsCutLateAndAtOnceAgree) {
+// Lazy reading (fields cut when first needed, a message ended by the tag of the next one's header)
+// and reading every segment in full give the same messages, trees, texts and parse findings.
+TEST_P(RoundTripTest, LazyReadingAndReadingInFullAgree) {
   const std::u16string text = generated();
   Read late = readAll(*factory, text);
   factory->SetOption(kCutWhenRead, Any::any(true));
@@ -155,6 +155,11 @@ TEST(RoundTripMixedTest, MixedBatchWithJunkIsReadCompletely) {
   size_t alone = 0;
   for (const auto* part : {&hl7, &x12, &edifact}) alone += readAll(factory, *part).messages.size();
   EXPECT_EQ(mixed.messages.size(), alone);
+  // A message followed by junk or by another standard ends where reading everything says.
+  factory.SetOption(kCutWhenRead, Any::any(true));
+  const Read inFull = readAll(factory, text);
+  EXPECT_EQ(inFull.spans, mixed.spans);
+  EXPECT_EQ(inFull.skipped, mixed.skipped);
 }
 
 // Required items the text lacked: the tree's writer makes them up, unless the host asks for the

@@ -326,6 +326,65 @@ messageSets:
 // DMG) may belong to several loops, and waits. The segments behind it are placed by the strict
 // table: a service line's DTP stays in its line and doesn't jump into an other-payer loop whose
 // required SBR never came.
+// A set whose header opens every message, and a message that takes the header's tag again inside.
+const char* const kRepeatedHeaderDefinition = R"(
+messageSets:
+  - name: R
+    headerItemCount: 1
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', style: initiator}
+    messageTypeFields: [HDR.1]
+    segments:
+      - {name: HDR, fields: [{name: Type}]}
+      - {name: BODY, fields: [{name: Text}]}
+    messages:
+      - name: ONE
+        type: ONE
+        items:
+          - {segment: HDR, required: true}
+          - {segment: BODY, maxRepeats: 0}
+      - name: TWO
+        type: TWO
+        items:
+          - {segment: HDR, required: true}
+          - {segment: BODY}
+          - group: AGAIN
+            items:
+              - {segment: HDR, required: true}
+              - {segment: BODY}
+)";
+
+// A message ends where its set's header opens the next one, unless the message itself expects a
+// segment of that tag there; reading that header in full first gives the same messages.
+TEST(MessageParseWalkTest, AHeaderTagEndsTheMessageUnlessTheMessageExpectsIt) {
+  MessageFactory factory;
+  compileAndLoad(factory, kRepeatedHeaderDefinition);
+  struct Case {
+    const char* text;
+    std::vector<std::string> messages;  // name and length of each
+  };
+  const std::vector<Case> cases = {
+      {"HDR|ONE\rBODY|a\rBODY|b\rHDR|ONE\rBODY|c\r", {"ONE 22", "ONE 15"}},
+      {"HDR|TWO\rBODY|a\rHDR|ignored\rBODY|b\rHDR|ONE\r", {"TWO 34", "ONE 8"}},
+      {"HDR|ONE\rHDR|TWO\rBODY|x\r", {"ONE 8", "TWO 15"}},
+  };
+  for (const bool inFull : {false, true}) {
+    factory.SetOption(std::u16string(OptionUriPrefix) + u"/edi/cutFieldsWhenRead", Any::any(inFull));
+    for (const Case& test : cases) {
+      SCOPED_TRACE(std::string(test.text) + (inFull ? " read in full" : ""));
+      MessageReader reader(factory.getWarehouse(), wide(test.text));
+      MessageReader::Item item;
+      std::vector<std::string> seen;
+      while (reader.next(item)) {
+        seen.push_back((item.message ? std::string(item.message->getName()) : "skipped") + " " +
+                       std::to_string(item.length));
+      }
+      EXPECT_EQ(seen, test.messages);
+    }
+  }
+}
+
 TEST(MessageParseWalkTest, SegmentsBehindARelaxedJumpFollowTheStrictTable) {
   MessageFactory factory;
   compileAndLoad(factory, kClaimDefinition);
