@@ -20,6 +20,11 @@ MessageReader::MessageReader(const MessageWarehouseDefn& owner, std::u16string t
     : warehouse(owner), chunkSize(kDefaultChunk), exhausted(true),
       window(std::make_shared<const std::u16string>(std::move(text))), headerTags(SegmentReader::headerTags(owner)) {}
 
+MessageReader::MessageReader(const MessageWarehouseDefn& owner, std::shared_ptr<const std::u16string> text)
+    : warehouse(owner), chunkSize(kDefaultChunk), exhausted(true),
+      window(text ? std::move(text) : std::make_shared<const std::u16string>()),
+      headerTags(SegmentReader::headerTags(owner)) {}
+
 MessageReader::MessageReader(const MessageWarehouseDefn& owner, Source textSource, size_t chunk)
     : warehouse(owner), source(std::move(textSource)), chunkSize(std::max<size_t>(chunk, 1024)),
       window(std::make_shared<const std::u16string>()), headerTags(SegmentReader::headerTags(owner)) {}

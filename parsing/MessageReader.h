@@ -33,6 +33,8 @@ class MessageReader {
   };
 
   MessageReader(const MessageWarehouseDefn& warehouse, std::u16string text);
+  // The same over a text the host keeps: the messages share it instead of a copy.
+  MessageReader(const MessageWarehouseDefn& warehouse, std::shared_ptr<const std::u16string> text);
   MessageReader(const MessageWarehouseDefn& warehouse, Source source, size_t chunkSize = kDefaultChunk);
 
   // The next message or stretch of skipped text; false at the end of the text.

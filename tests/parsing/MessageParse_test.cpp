@@ -205,6 +205,29 @@ TEST_F(MessageParseTest, ReaderYieldsEveryMessageAndTheTextBetween) {
   }
 }
 
+TEST_F(MessageParseTest, ReaderOverASharedTextKeepsItForItsMessages) {
+  auto text = std::make_shared<const std::u16string>(wide("MSH|s|ADT\rPID|1\rPV1|I\rMSH|t|FLAT\rNTE|x\r"));
+  const std::weak_ptr<const std::u16string> watched = text;
+  std::vector<std::unique_ptr<MessageElement>> messages;
+  {
+    MessageReader reader(factory.getWarehouse(), std::move(text));
+    MessageReader::Item item;
+    while (reader.next(item)) {
+      ASSERT_NE(item.message, nullptr);
+      messages.push_back(std::move(item.message));
+    }
+  }
+  ASSERT_EQ(messages.size(), 2u);
+  // The fields were left in the text, which the messages alone keep alive now.
+  EXPECT_FALSE(watched.expired());
+  EXPECT_EQ(value(*messages[1], "NTE/Text"), "x");
+  messages.clear();
+  EXPECT_TRUE(watched.expired());
+  MessageReader empty(factory.getWarehouse(), std::shared_ptr<const std::u16string>());
+  MessageReader::Item none;
+  EXPECT_FALSE(empty.next(none));
+}
+
 // A set whose segments of one tag are told apart by a qualifier, in the item and in the segment
 // definitions, and whose loops repeat and can stay undecided until a later segment.
 const char* const kQualifierDefinition = R"(
