@@ -190,6 +190,7 @@ void MessageDefn::readStateTables(InputStream& stream, const ItemIdMap& itemIds)
   // The parser moves between twin states of one index: tables of different sizes can't be run.
   if (relaxedStates.size() != strictStates.size()) throw InvalidFile(messages::kInvalidStateCount);
   stateCount = static_cast<int32_t>(strictStates.size());
+  settleCandidates(strictStates);
 }
 
 void MessageDefn::buildStateTables() {
@@ -197,6 +198,7 @@ void MessageDefn::buildStateTables() {
   relaxedStates = StateTableBuilder::buildRelaxed(items);
   StateTableBuilder::workOutDistances(relaxedStates, strictStates);
   stateCount = static_cast<int32_t>(strictStates.size());
+  settleCandidates(strictStates);
 }
 
 void MessageDefn::completeEmbeddedReferences(const MessageWarehouseDefn& warehouse) {

@@ -174,36 +174,35 @@ std::vector<int32_t> StateWalk::ParsePath::stateIndexes() const {
 }
 
 void StateWalk::gatherCandidates() {
-  candidates.clear();
-  std::fill(visited.begin(), visited.end(), 0);
   const StateTable& strict = defn.getStrictStates();
-  const auto addFrom = [&](const ParseState& state) {
-    for (const ParseTransition& transition : state.getTransitions()) {
+  if (pending.empty()) {
+    candidates = &strict[static_cast<size_t>(currentState)]->getCandidates();
+    return;
+  }
+  gathered.clear();
+  std::fill(visited.begin(), visited.end(), 0);
+  for (const ParseState* state : pending.back().states) {
+    for (const ParseTransition& transition : state->getTransitions()) {
       const int32_t target = transition.target->getIndex();
       if (visited[static_cast<size_t>(target)]) continue;
       visited[static_cast<size_t>(target)] = 1;
-      candidates.emplace_back(transition.key, transition.target);
+      gathered.emplace_back(transition.key, transition.target);
     }
-  };
-  if (pending.empty()) {
-    addFrom(*strict[static_cast<size_t>(currentState)]);
-  } else {
-    for (const ParseState* state : pending.back().states) addFrom(*state);
   }
-  std::stable_sort(candidates.begin(), candidates.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::stable_sort(gathered.begin(), gathered.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  candidates = &gathered;
 }
 
 std::pair<StateWalk::Candidates::const_iterator, StateWalk::Candidates::const_iterator> StateWalk::rangeOf(
     std::string_view name) const {
-  return std::equal_range(candidates.begin(), candidates.end(), std::pair<std::string_view, const ParseState*>(name, nullptr),
+  return std::equal_range(candidates->begin(), candidates->end(), std::pair<std::string_view, const ParseState*>(name, nullptr),
                           [](const auto& a, const auto& b) { return a.first < b.first; });
 }
 
 void StateWalk::readAhead() {
   // Kept between reads: one read for every segment of the text.
   expectedNext.clear();
-  for (const auto& [key, target] : candidates) {
+  for (const auto& [key, target] : *candidates) {
     if (const SegmentDefn* segment = expectedSegmentOf(*target)) expectedNext.push_back(segment);
   }
   standingStates.clear();
@@ -247,7 +246,7 @@ bool StateWalk::nextMessageBegins() {
   bool takenWhateverItHolds = false;
   for (const SegmentDefn* segment : *entry) {
     if (segment->getMatches().empty()) takenWhateverItHolds = true;
-    for (const auto& [key, target] : candidates) {
+    for (const auto& [key, target] : *candidates) {
       if (key == segment->getName().view() || expectedSegmentOf(*target) == segment) return false;
     }
   }
@@ -305,10 +304,11 @@ int StateWalk::handleUnexpected() {
   if (match.newSeparators || !belongsHere(match)) return 3;
   const std::string_view name = match.getElement()->getName();
   const StateTable& relaxed = defn.getRelaxedStates();
-  candidates.clear();
+  gathered.clear();
+  candidates = &gathered;
   if (pending.empty()) {
     for (const ParseTransition& transition : relaxed[static_cast<size_t>(currentState)]->getTransitions()) {
-      if (transition.key == name) candidates.emplace_back(transition.key, transition.target);
+      if (transition.key == name) gathered.emplace_back(transition.key, transition.target);
     }
   } else {
     const ParseTransition* best = nullptr;
@@ -323,7 +323,7 @@ int StateWalk::handleUnexpected() {
     }
     int32_t chosen = -1;
     if (best) {
-      candidates.emplace_back(best->key, best->target);
+      gathered.emplace_back(best->key, best->target);
       chosen = best->target->getIndex();
     } else {
       for (const ParseState* state : pending.back().states) {
@@ -340,7 +340,7 @@ int StateWalk::handleUnexpected() {
     }
     if (!resolvePending(chosen) || !placePending()) return 0;
   }
-  if (candidates.empty()) {
+  if (gathered.empty()) {
     reportUnplaceable(match, false);
     ++iterator;
     return 1;

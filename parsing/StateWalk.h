@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "definitions/ParseState.h"
 #include "parsing/SegmentMatch.h"
 
 namespace vantrelia {
@@ -18,7 +19,6 @@ class InternalElement;
 class MessageDefn;
 class MessageImpl;
 class ParseContext;
-class ParseState;
 class ParserStream;
 class SegmentDefn;
 class SegmentElement;
@@ -42,7 +42,7 @@ class StateWalk {
     // The indexes of its states, in rising order.
     std::vector<int32_t> stateIndexes() const;
   };
-  using Candidates = std::vector<std::pair<std::string_view, const ParseState*>>;
+  using Candidates = ParseState::Candidates;
 
   bool walk(bool& ended);
   void gatherCandidates();
@@ -86,7 +86,10 @@ class StateWalk {
   ValidationLocation& location;
   int32_t messageSetIndex;
 
-  Candidates candidates;
+  // What the walk may read next: a state's own settled list when it stands in one state, else
+  // `gathered`.
+  const Candidates* candidates = &gathered;
+  Candidates gathered;
   std::vector<char> visited;
   std::vector<int32_t> firstStates;
   // What readAhead hands the segment reader: the segments expected next, and the states the walk

@@ -363,6 +363,35 @@ messages:
   EXPECT_EQ(carried.message().getItem(1).getGroup()->getItem(0).getId(), 3);  // ids from 1, depth first
 }
 
+// What a walk standing in a state may read next, settled once: each target once, in key order, the
+// same for tables built at load and tables carried in the file.
+TEST(StateTableTest, CandidatesAreTheTargetsInKeyOrder) {
+  const std::string yaml = R"(
+messages:
+  - name: M
+    stateTables: embedded
+    items:
+      - {segment: A, required: true}
+      - {group: G, unordered: true, maxRepeats: 0, items: [{segment: NTE}, {segment: C}, {segment: B}]}
+)";
+  const auto candidates = [](const ParseState& state) {
+    std::string line;
+    for (const auto& [key, target] : state.getCandidates())
+      line += (line.empty() ? "" : " ") + std::string(key) + ">" + std::to_string(target->getIndex());
+    return line;
+  };
+  const Loaded built = load(yaml);
+  const Loaded carried = load(yaml, 883, {"MSH.9"}, {compiler::StateTableWriter::bytesOf(built.message())});
+  for (const Loaded* loaded : {&built, &carried}) {
+    const StateTable& strict = loaded->message().getStrictStates();
+    const std::string any = "NTE>2 C>3 B>4 $>5";
+    ASSERT_EQ(describe(strict), (Lines{"A>1", any, any, any, any, ""}));
+    EXPECT_EQ(candidates(*strict[0]), "A>1");
+    EXPECT_EQ(candidates(*strict[3]), "$>5 B>4 C>3 NTE>2");
+    EXPECT_EQ(candidates(*strict[5]), "");
+  }
+}
+
 TEST(StateTableTest, DistanceForms) {
   struct Case { std::vector<uint8_t> bytes; int32_t distance; } cases[] = {
       {{0x7F}, ParseTransition::kNoDistance},
