@@ -1,5 +1,7 @@
 #include "definitions/SegmentTagMap.h"
 
+#include <algorithm>
+
 #include "parsing/ParserStream.h"
 
 namespace vantrelia {
@@ -20,6 +22,17 @@ const SegmentTagMap::Entry* SegmentTagMap::lookup(std::u16string_view tag) const
 }
 
 const SegmentTagMap::Entry* SegmentTagMap::matchStream(ParserStream& stream) const {
+  // Where the rest of the text lies in memory, the tags are compared in place: every segment
+  // read asks.
+  const char16_t* cursor = stream.getCursor();
+  const auto whole = static_cast<size_t>(std::max(stream.getWholeRemaining(), 0));
+  if (cursor && whole > 0) {
+    for (const size_t length : lengths) {
+      if (length > whole) continue;
+      if (const Entry* entry = lookup(std::u16string_view(cursor, length))) return entry;
+    }
+    return nullptr;
+  }
   for (const size_t length : lengths) {
     const std::u16string text = stream.peek(static_cast<int32_t>(length));
     // Near the end of the text a peek comes back short; that length can't match.

@@ -230,10 +230,17 @@ bool StateWalk::nextMessageBegins() {
   if ((set.getSeparator(qxSepSegment).getFlags() & SeparatorDefn::kInitiator) || set.getMessageCount() == 0) {
     return false;
   }
-  const SegmentTagMap::Entry* entry = set.getTagMap().matchStream(stream);
-  if (!entry || entry->empty()) return false;
   const MessageDefn& first = *set.getMessages().front();
   const int32_t headers = std::min(set.getHeaderItemCount(), first.getItemCount());
+  // Most segments start with no header's first character: they go to the reader at once.
+  bool mayBeHeader = false;
+  for (int32_t i = 0; i < headers && !mayBeHeader; ++i) {
+    const SegmentDefn* header = first.getItem(i).getSegment();
+    mayBeHeader = header && !header->getTag().view().empty() && stream.nextIs(header->getTag().view().front());
+  }
+  if (!mayBeHeader) return false;
+  const SegmentTagMap::Entry* entry = set.getTagMap().matchStream(stream);
+  if (!entry || entry->empty()) return false;
   int32_t place = headers;
   for (int32_t i = 0; i < headers; ++i) {
     const SegmentDefn* header = first.getItem(i).getSegment();

@@ -46,6 +46,12 @@ TEST(SegmentTagMapTest, MatchStreamTakesTheLongestTag) {
     }
     EXPECT_EQ(stream.peek(8), c.text) << "the stream moved";
   }
+  // A stream over part of a text sees no tag that runs past its end.
+  const std::u16string longer = u"ABCD";
+  StringParserStream part(longer.data(), 2);
+  const SegmentTagMap::Entry* entry = map.matchStream(part);
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(entry->front(), &ab);
 }
 
 }  // namespace
