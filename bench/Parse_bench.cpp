@@ -15,10 +15,10 @@
 #include "bench/BundledTextGenerator.h"
 #include "compiler/DefinitionCompiler.h"
 #include "elements/MessageImpl.h"
-#include "elements/NodePool.h"
 #include "elements/RepeatItemImpl.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/MessageFactory.h"
+#include "foundation/NodePool.h"
 #include "parsing/MessageReader.h"
 
 namespace vantrelia::bench {

@@ -14,8 +14,8 @@
 #include "bench/Hl7TextGenerator.h"
 #include "compiler/DefinitionCompiler.h"
 #include "elements/InternalElement.h"
-#include "elements/NodePool.h"
 #include "foundation/MessageFactory.h"
+#include "foundation/NodePool.h"
 
 namespace vantrelia::bench {
 namespace {

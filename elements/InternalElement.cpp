@@ -7,7 +7,7 @@
 #include "definitions/FieldPathDefn.h"
 #include "definitions/SeparatorDefn.h"
 #include "elements/ElementMessages.h"
-#include "elements/NodePool.h"
+#include "foundation/NodePool.h"
 #include "foundation/BadParameter.h"
 #include "parsing/SeparatorList.h"
 #include "validation/ValidationErrorList.h"

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "elements/MessageElement.h"
-#include "elements/NodePool.h"
+#include "foundation/NodePool.h"
 
 namespace vantrelia {
 

@@ -9,7 +9,7 @@
 
 namespace vantrelia {
 
-class ParserPosition {
+class ParserPosition : public PoolAllocated {
  public:
   explicit ParserPosition(std::unique_ptr<ParserPositionData> data) : data(std::move(data)) {}
 

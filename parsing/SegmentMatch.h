@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "foundation/NodePool.h"
 #include "parsing/ParserPosition.h"
 
 namespace vantrelia {
@@ -59,6 +60,6 @@ class SegmentMatch {
 };
 
 // The segments read so far and not yet used up, in text order; shared by all levels of one parse.
-using LookAheadList = std::list<SegmentMatch>;
+using LookAheadList = std::list<SegmentMatch, NodePoolAllocator<SegmentMatch>>;
 
 }  // namespace vantrelia

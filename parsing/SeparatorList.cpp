@@ -5,8 +5,8 @@
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
 #include "definitions/SeparatorDefn.h"
-#include "elements/NodePool.h"
 #include "foundation/BadParameter.h"
+#include "foundation/NodePool.h"
 #include "parsing/ParsingMessages.h"
 #include "parsing/SeparatorCut.h"
 

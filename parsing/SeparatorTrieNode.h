@@ -20,9 +20,11 @@
 #include <emmintrin.h>
 #endif
 
+#include "foundation/NodePool.h"
+
 namespace vantrelia {
 
-class SeparatorTrieNode {
+class SeparatorTrieNode : public PoolAllocated {
  public:
   // Bits of getFlags(); the kind argument of addSequence is one of 1, 2, 0x10000, 0x20000.
   static constexpr uint32_t kSeparator = 0x1;    // a separator ends here
@@ -104,7 +106,7 @@ class SeparatorTrieNode {
   // change of level or a sequence taken out of force leaves it as it is; only a new child of the
   // root, or a lower minLevel of one, makes it stale. Whether a child counts at the level of the
   // moment is asked on each hit.
-  struct FirstCharacters {
+  struct FirstCharacters : PoolAllocated {
     FirstCharacters() { slotByLowByte.fill(kNoChild); }
     struct Entry {
       const SeparatorTrieNode* node;

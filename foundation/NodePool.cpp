@@ -1,4 +1,4 @@
-#include "elements/NodePool.h"
+#include "foundation/NodePool.h"
 
 #include <sys/mman.h>
 

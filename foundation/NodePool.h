@@ -1,8 +1,9 @@
 #pragma once
-// Where element nodes live: fixed-size slots carved from large blocks, one free list for each
-// size, kept per thread. A parse makes one node for every field it meets, and general-purpose
-// allocation (with its per-block headers, searches and consolidation) costs more than the parse
-// itself; here a node costs a pointer swap, and freed slots serve the next message.
+// Where element nodes and the other small objects of a parse live: fixed-size slots carved from
+// large blocks, one free list for each size, kept per thread. A parse makes one node for every
+// field it meets and several objects for every segment it reads, and general-purpose allocation
+// (with its per-block headers, searches and consolidation) costs more than the parse itself;
+// here an object costs a pointer swap, and freed slots serve the next message.
 //
 // Blocks are never given back: a slot freed on another thread than the one that made it joins
 // that thread's list, which is safe because no block ever goes away. Memory stays at the peak
@@ -27,6 +28,13 @@ class NodePool {
   // What the slots of this thread's live nodes take, for measuring trees; nodes freed on another
   // thread than the one that made them make the figure of both threads wrong.
   static size_t bytesInUse();
+};
+
+// A base for classes whose objects come from the pool. The deleting destructor of a class with a
+// virtual one passes the size of the object's own class.
+struct PoolAllocated {
+  static void* operator new(size_t size) { return NodePool::allocate(size); }
+  static void operator delete(void* object, size_t size) { NodePool::release(object, size); }
 };
 
 // For the containers inside nodes (the child slots above all): a composite's few children cost a

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "elements/NodePool.h"
+#include "foundation/NodePool.h"
 
 namespace vantrelia::testing {
 namespace {
