@@ -92,7 +92,16 @@ bool StateWalk::parseSegments() {
   }
   if (!messageMatchesHold()) return false;
   cleanUp();
-  message.getRecordedErrors().takeAll(context.errors);
+  // The message takes what the reads of its own segments found. What the read of a segment
+  // beyond its end found stays with that segment, for the message that takes it next or for none:
+  // kept here, it would name a segment that is dropped, or counted twice when read again.
+  message.getRecordedErrors().takeWhere(context.errors, [this](MessageElement* element) {
+    if (!element) return true;
+    for (auto* node = static_cast<InternalElement*>(element); node; node = node->parent) {
+      if (node == &message) return true;
+    }
+    return false;
+  });
   return true;
 }
 
