@@ -533,7 +533,7 @@ bool SegmentImplBase::beginSegmentParse(ParserStream& stream, uint32_t& status, 
     list.settleHeadersBefore(getMessageSetDefn(), segmentDefn, -1);
   }
   if (separatorFlags(list, fieldSeparator) & SeparatorDefn::kInitiator) {
-    const std::u16string initiator(list.getSlot(fieldSeparator).initiator);
+    const std::u16string initiator(list.getSlot(fieldSeparator).initiator());
     const bool found = list.getCrlfEquivalent() == list.getCurrentSeparator()
                            ? stream.consumeLonger(initiator, SeparatorList::kCarriageReturnLineFeed)
                            : stream.consume(initiator);
@@ -589,7 +589,7 @@ bool SegmentImplBase::consumeFieldSeparator(int index, ParserStream& stream, Rec
                             ? stream.consumeLonger(separator, SeparatorList::kCarriageReturnLineFeed)
                             : stream.consume(separator);
   if (!consumed) {
-    const std::u16string terminator(list.getSlot(qxSepSegment).terminator);
+    const std::u16string terminator(list.getSlot(qxSepSegment).terminator());
     if (!terminator.empty() && stream.startsWith(terminator)) return false;
   }
   if (separatorFlags(list, fieldSeparator) & (SeparatorDefn::kInitiator | SeparatorDefn::kSeparator)) {

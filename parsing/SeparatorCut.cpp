@@ -6,8 +6,8 @@ namespace vantrelia {
 
 SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
   const SeparatorImpl& segment = liveList.getSlot(qxSepSegment);
-  const auto plain = [&](const std::u16string& text) { return text.empty() || text == segment.value; };
-  scannable = segment.active && segment.value.size() == 1 && plain(segment.initiator) && plain(segment.terminator);
+  const auto plain = [&](std::u16string_view text) { return text.empty() || text == segment.value; };
+  scannable = segment.active && segment.value.size() == 1 && plain(segment.initiator()) && plain(segment.terminator());
   if (!scannable) return;
   end = segment.value.front();
   // What may make the separator part of a value: a quote, which a value may open and run to its
@@ -18,13 +18,13 @@ SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
     if (!slot.active) continue;
     // Another separator made of the same character (or holding it) ends fields as well: which of
     // the two a character is depends on where the read stands.
-    const auto holdsEnd = [&](const std::u16string& text) { return text.find(end) != std::u16string::npos; };
-    if (i != qxSepSegment && (holdsEnd(slot.value) || holdsEnd(slot.initiator) || holdsEnd(slot.terminator))) {
+    const auto holdsEnd = [&](std::u16string_view text) { return text.find(end) != std::u16string_view::npos; };
+    if (i != qxSepSegment && (holdsEnd(slot.value) || holdsEnd(slot.initiator()) || holdsEnd(slot.terminator()))) {
       scannable = false;
       return;
     }
     if (!slot.replacementValue.empty()) hiding += slot.replacementValue.front();
-    if (!slot.terminatorReplacement.empty()) hiding += slot.terminatorReplacement.front();
+    if (!slot.terminatorReplacement().empty()) hiding += slot.terminatorReplacement().front();
   }
   // A line end that also ends segments, where the separator is another character.
   if (liveList.getCrlfEquivalent() == qxSepSegment && end != u'\r') hiding += u'\r';

@@ -4,13 +4,6 @@
 
 namespace vantrelia {
 
-SeparatorImpl::SeparatorImpl(const SeparatorDefn& definition) : defn(&definition) {
-  if (isVariable()) {
-    initiator = definition.getInitiator().str();
-    terminator = definition.getTerminator().str();
-  }
-}
-
 uint32_t SeparatorImpl::flags() const { return defn ? defn->getFlags() : 0; }
 
 bool SeparatorImpl::isVariable() const { return (flags() & SeparatorDefn::kVariable) != 0; }
@@ -19,12 +12,12 @@ void SeparatorImpl::takeDefaultValue() {
   if (defn) setValue(defn->getValue().str());
 }
 
-void SeparatorImpl::setValue(std::u16string text) {
-  value = std::move(text);
-  if (!isVariable()) {
-    initiator = value;
-    terminator = value;
-  }
+std::u16string_view SeparatorImpl::initiator() const {
+  return isVariable() ? defn->getInitiator().view() : std::u16string_view(value);
+}
+
+std::u16string_view SeparatorImpl::terminator() const {
+  return isVariable() ? defn->getTerminator().view() : std::u16string_view(value);
 }
 
 }  // namespace vantrelia

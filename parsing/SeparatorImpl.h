@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace vantrelia {
 
@@ -13,28 +14,35 @@ class SeparatorDefn;
 class SeparatorImpl {
  public:
   SeparatorImpl() = default;
-  // Points at its definition; a variable separator takes its own initiator and terminator at once,
-  // since nothing else will ever set them.
-  explicit SeparatorImpl(const SeparatorDefn& definition);
+  explicit SeparatorImpl(const SeparatorDefn& definition) : defn(&definition) {}
 
-  // Takes the definition's value, and the initiator and terminator with it unless they are the
-  // separator's own.
+  // Takes the definition's value.
   void takeDefaultValue();
-  // Sets the value; without texts of its own, the initiator and terminator follow it.
-  void setValue(std::u16string text);
+  void setValue(std::u16string text) { value = std::move(text); }
   // Whether the definition keeps an initiator and terminator apart from the value.
   bool isVariable() const;
   uint32_t flags() const;
+
+  // A variable separator's initiator and terminator are its definition's, since nothing ever sets
+  // them; any other separator's are its value. Kept apart from the value in no copy of the slot:
+  // every message parsed makes a list of slots.
+  std::u16string_view initiator() const;
+  std::u16string_view terminator() const;
+  // What stands for the terminator inside data: a variable separator's own, else the separator's.
+  std::u16string_view terminatorReplacement() const {
+    return isVariable() ? std::u16string_view(variableTerminatorReplacement) : std::u16string_view(replacementValue);
+  }
+  void setTerminatorReplacement(std::u16string text) { variableTerminatorReplacement = std::move(text); }
 
   bool known = false;     // settled: by the definition, the wire or the host
   bool active = false;    // takes part in reading and writing now
   bool useDefault = true; // cleared once the host sets the value, so a reset keeps the host's text
   std::u16string value;
-  std::u16string initiator;
-  std::u16string terminator;
-  std::u16string replacementValue;       // stands for the separator inside data
-  std::u16string terminatorReplacement;  // stands for the terminator inside data
+  std::u16string replacementValue;  // stands for the separator inside data
   const SeparatorDefn* defn = nullptr;
+
+ private:
+  std::u16string variableTerminatorReplacement;
 };
 
 }  // namespace vantrelia

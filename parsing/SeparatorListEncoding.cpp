@@ -47,8 +47,7 @@ bool putSlotValueAt(const std::array<SeparatorImpl, kSeparatorCount>& slots, std
 
 void SeparatorList::takeReplacements(SeparatorImpl& slot) {
   slot.replacementValue = translateValue(slot.defn->getReplacementValue().view());
-  slot.terminatorReplacement =
-      slot.isVariable() ? translateValue(slot.defn->getTerminatorReplacement().view()) : slot.replacementValue;
+  if (slot.isVariable()) slot.setTerminatorReplacement(translateValue(slot.defn->getTerminatorReplacement().view()));
 }
 
 void SeparatorList::takeReplacements() {
@@ -57,12 +56,12 @@ void SeparatorList::takeReplacements() {
 
 std::u16string_view SeparatorList::entryText(const ReplaceEntry& entry) const {
   const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
-  return entry.isTerminator ? slot.terminator : slot.value;
+  return entry.isTerminator ? slot.terminator() : std::u16string_view(slot.value);
 }
 
 std::u16string_view SeparatorList::entryReplacement(const ReplaceEntry& entry) const {
   const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
-  return entry.isTerminator ? slot.terminatorReplacement : slot.replacementValue;
+  return entry.isTerminator ? slot.terminatorReplacement() : std::u16string_view(slot.replacementValue);
 }
 
 void SeparatorList::rebuildReplaceOrder() {

@@ -46,7 +46,7 @@ void SeparatorList::buildTrie() {
           root.addSequence(i, slot.replacementValue, SeparatorTrieNode::kReplacement, level, slot.value);
       if (node && i == qxSepCrlf && slot.replacementValue == kLineEnd) node->setIsCrlf(true);
       if (slot.isVariable()) {
-        root.addSequence(i, slot.terminatorReplacement, SeparatorTrieNode::kReplacement, level, slot.terminator);
+        root.addSequence(i, slot.terminatorReplacement(), SeparatorTrieNode::kReplacement, level, slot.terminator());
       }
     }
   };

@@ -38,8 +38,8 @@ void SeparatorList::writeSeparator(int32_t position, int32_t index) {
   if (!(flags & static_cast<uint32_t>(position))) return;
 
   std::u16string_view text = index == qxSepString        ? inUse
-                             : position == kWriteInitiator  ? std::u16string_view(slot.initiator)
-                             : position == kWriteTerminator ? std::u16string_view(slot.terminator)
+                             : position == kWriteInitiator  ? slot.initiator()
+                             : position == kWriteTerminator ? slot.terminator()
                                                             : std::u16string_view(slot.value);
   if (!text.empty()) {
     const int32_t newRank = rank(index);
