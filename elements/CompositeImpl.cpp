@@ -52,7 +52,7 @@ CompositeImpl::CompositeImpl(const FieldDefn& fieldDefn, InternalElement* parent
       parentSeparator(parentSeparator),
       childSeparator(childSeparatorOf(compositeDefn, parentSeparator)) {}
 
-CompositeImpl::~CompositeImpl() = default;
+CompositeImpl::~CompositeImpl() { prefetchEach(children); }
 
 int CompositeImpl::getFieldCount() { return compositeDefn ? compositeDefn->getFieldCount() : 0; }
 

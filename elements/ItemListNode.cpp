@@ -22,7 +22,7 @@ ItemListNode::ItemListNode(const MessageDefn& messageDefn, const std::vector<std
                            const VisibleChildTable* table, InternalElement* parent, int32_t index)
     : InternalElement(parent, index), messageDefn(&messageDefn), items(&items), table(table), children(items.size()) {}
 
-ItemListNode::~ItemListNode() = default;
+ItemListNode::~ItemListNode() { prefetchEach(children); }
 
 int ItemListNode::visibleCount(int index) const { return table ? table->getVisibleCount(index) : 1; }
 

@@ -42,6 +42,7 @@ MessageImpl::MessageImpl(const MessageDefn& messageDefn, InternalElement* parent
 MessageImpl::~MessageImpl() {
   // The segments go before the separators: a list that outlives no segment read with it needn't
   // keep a copy of itself for them.
+  prefetchEach(children);
   children.clear();
   unknownSegments.clear();
 }

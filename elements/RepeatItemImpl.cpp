@@ -22,7 +22,7 @@ RepeatItemImpl::RepeatItemImpl(const MessageDefn& messageDefn, const MessageItem
                                InternalElement* parent, int32_t index, SeparatorList* separators)
     : InternalElement(parent, index), messageDefn(&messageDefn), itemDefn(&itemDefn), separators(separators) {}
 
-RepeatItemImpl::~RepeatItemImpl() = default;
+RepeatItemImpl::~RepeatItemImpl() { prefetchEach(items); }
 
 const char* RepeatItemImpl::getName() const { return itemDefn->getName().c_str(); }
 

@@ -50,7 +50,7 @@ SegmentImplBase::SegmentImplBase(const SegmentDefn& segmentDefn, const MessageIt
       segmentDefn(&segmentDefn),
       itemDefn(itemDefn) {}
 
-SegmentImplBase::~SegmentImplBase() = default;
+SegmentImplBase::~SegmentImplBase() { prefetchEach(fields); }
 
 const char* SegmentImplBase::getName() const {
   return itemDefn ? itemDefn->getName().c_str() : segmentDefn->getName().c_str();

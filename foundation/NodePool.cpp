@@ -70,6 +70,9 @@ void* NodePool::allocate(size_t size) {
   pool.inUse += (sizeClass + 1) * kGranule;
   if (FreeSlot* slot = pool.free[sizeClass]) {
     pool.free[sizeClass] = slot->next;
+    // The next slot of this size is wanted soon, and after a large tree was freed it lies far from
+    // the cache: fetching it now hides that wait behind the work until then.
+    __builtin_prefetch(slot->next, 1, 3);
     return slot;
   }
   const size_t slotBytes = (sizeClass + 1) * kGranule;

@@ -60,4 +60,12 @@ struct NodePoolAllocator {
 template <class T>
 using NodeVector = std::vector<std::unique_ptr<T>, NodePoolAllocator<std::unique_ptr<T>>>;
 
+// Called by a node's destructor before its children go: their memory is fetched all at once
+// instead of each when its destructor reaches it. A large tree is mostly freed long after it was
+// made, when little of it is still in the cache.
+template <class T>
+void prefetchEach(const NodeVector<T>& nodes) {
+  for (const auto& node : nodes) __builtin_prefetch(node.get(), 1, 3);
+}
+
 }  // namespace vantrelia
