@@ -70,10 +70,17 @@ void SeparatorList::rebuildReplaceOrder() {
     replaceOrder.push_back({i, false});
     if (slots[static_cast<size_t>(i)].isVariable()) replaceOrder.push_back({i, true});
   }
-  // Longest first, so that a separator that begins another is never taken for it.
-  std::stable_sort(replaceOrder.begin(), replaceOrder.end(), [this](const ReplaceEntry& a, const ReplaceEntry& b) {
-    return entryText(a).size() > entryText(b).size();
-  });
+  // Longest first, so that a separator that begins another is never taken for it; equal lengths
+  // keep their slot order. Sorted in place by insertion: the list is a few dozen entries, mostly in
+  // order already, and made again for every message, where a library stable sort takes a buffer
+  // from the general allocator each time.
+  for (size_t i = 1; i < replaceOrder.size(); ++i) {
+    const ReplaceEntry entry = replaceOrder[i];
+    const size_t length = entryText(entry).size();
+    size_t at = i;
+    for (; at > 0 && entryText(replaceOrder[at - 1]).size() < length; --at) replaceOrder[at] = replaceOrder[at - 1];
+    replaceOrder[at] = entry;
+  }
 }
 
 void SeparatorList::rebuildCharacterSets() {

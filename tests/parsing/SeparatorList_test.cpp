@@ -639,6 +639,27 @@ TEST(SeparatorListTest, EncodeDecodeAndTranslate) {
   EXPECT_EQ(list.translateValue(u"a|b^c"), u"a!b^c");
 }
 
+// Where one separator begins another, the longer one is replaced first, in whichever slot order
+// the two stand: the shorter must never take the first half of the longer.
+TEST(SeparatorListTest, EncodingReplacesTheLongerOfTwoSeparatorsThatBeginAlike) {
+  for (const bool longerFirst : {false, true}) {
+    SCOPED_TRACE(longerFirst ? "longer in the first slot" : "shorter in the first slot");
+    const std::string shorter = "{value: '|', replacement: '\\F\\'}";
+    const std::string longer = "{value: '||', replacement: '\\D\\'}";
+    const auto warehouse = loadWarehouse(R"(
+messageSets:
+  - name: Pairs
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: )" + (longerFirst ? longer : shorter) + R"(
+      field2: )" + (longerFirst ? shorter : longer) + "\n");
+    SeparatorList list(*warehouse->getMessageSets().front(), false, nullptr);
+    list.reset(false, true, true);
+    EXPECT_EQ(list.encodeValue(u"A||B|C", 0), u"A\\D\\B\\F\\C");
+    EXPECT_EQ(list.decodeValue(u"A\\D\\B\\F\\C", 0), u"A||B|C");
+  }
+}
+
 TEST(SeparatorListTest, InvalidCharactersFollowTheSeverity) {
   Hl7Set hl7;
   SeparatorList list(hl7.set(), false, nullptr);
