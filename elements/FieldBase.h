@@ -11,7 +11,6 @@
 #include "elements/FieldLocation.h"
 #include "elements/InternalElement.h"
 #include "elements/VariableFieldType.h"
-#include "foundation/NodePool.h"
 #include "foundation/TRVString.h"
 
 namespace vantrelia {
@@ -106,9 +105,7 @@ class FieldBase : public InternalElement, public FieldLocation {
 
  protected:
   // What a place's overrides say about this one field, looked up once.
-  // Made for a field the first time a value of its place is asked, which a write does for every
-  // field: from the node pool, like the field.
-  struct InstValues : PoolAllocated {
+  struct InstValues {
     virtual ~InstValues() = default;
     int32_t minLength = 0;
     int32_t maxLength = 0;
