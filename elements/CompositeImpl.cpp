@@ -31,9 +31,7 @@
 
 namespace vantrelia {
 
-namespace {
-
-ESeparatorType childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator) {
+ESeparatorType CompositeImpl::childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator) {
   const int32_t own = defn ? defn->getSeparatorType() : qxSepAuto;
   if (own != qxSepAuto) return static_cast<ESeparatorType>(own);
   // One level deeper than the owner's separator: a field gives its components field2, a
@@ -42,8 +40,6 @@ ESeparatorType childSeparatorOf(const CompositeDefn* defn, ESeparatorType parent
   if (parentSeparator == qxSepRepeat) return qxSepField2;
   return static_cast<ESeparatorType>(parentSeparator + 1);
 }
-
-}  // namespace
 
 CompositeImpl::CompositeImpl(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index,
                              ESeparatorType parentSeparator)

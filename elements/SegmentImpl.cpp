@@ -35,17 +35,31 @@ namespace vantrelia {
 
 bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                                      ValidationLocation& location) {
-  SeparatorList& list = *separators;
   bool lastFieldFilled = true;
   uint32_t endMask = 0;
   if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
   if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location)) return true;
+  return parseFieldsFrom(0, stream, errors, status, location, endMask, lastFieldFilled);
+}
 
+bool SegmentImpl::resumeSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                      ValidationLocation& location, int firstField, bool lastFieldFilled) {
+  uint32_t endMask = 0;
+  pushFieldLevel(endMask);
+  return parseFieldsFrom(firstField, stream, errors, status, location, endMask, lastFieldFilled);
+}
+
+bool SegmentImpl::parseFieldsFrom(int firstField, ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                  ValidationLocation& location, uint32_t endMask, bool lastFieldFilled) {
+  SeparatorList& list = *separators;
+  // A header whose first fields carry the separators of the rest: once they are read, the rest
+  // may wait in the text like the fields of any other segment.
+  const bool settling = mayLeaveUncut && list.getVariablePending();
   const bool useGeneric = usesGenericParsing();
   const int fieldCount = getFieldCount();
   bool popped = false;
   DeferredFields deferred;
-  for (int i = 0; i < fieldCount; ++i) {
+  for (int i = firstField; i < fieldCount; ++i) {
     if (stream.atEnd()) break;
     location.fieldPosition = i + 1;
     location.fieldRepetition = 1;
@@ -55,6 +69,10 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
     if (list.atOuterSeparator(stream, popped ? 0 : 1)) break;
     location.fieldPosition = -1;
     location.fieldRepetition = -1;
+    if (settling && !popped && deferred.empty() && i + 1 < fieldCount && !list.getVariablePending() &&
+        leaveFieldsUncut(stream, endMask, status, errors, location, i + 1, lastFieldFilled)) {
+      return true;
+    }
   }
   location.fieldPosition = -1;
   location.fieldRepetition = -1;

@@ -16,6 +16,7 @@
 #include "definitions/SegmentFieldInstancesControl.h"
 #include "elements/ElementMessages.h"
 #include "foundation/FoundationMessages.h"
+#include "elements/CompositeImpl.h"
 #include "elements/ElementPath.h"
 #include "elements/ElementUserData.h"
 #include "elements/FieldFactory.h"
@@ -23,6 +24,7 @@
 #include "elements/MessageImpl.h"
 #include "definitions/CompositeDefn.h"
 #include "definitions/DataTypeCodes.h"
+#include "definitions/FieldListDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "parsing/ParseFindingsScope.h"
 #include "parsing/SeparatorCut.h"
@@ -432,13 +434,14 @@ bool SegmentImplBase::endsAtSeparator() const {
 }
 
 bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, uint32_t& status,
-                                       RecordedErrors& errors, ValidationLocation& location) {
+                                       RecordedErrors& errors, ValidationLocation& location, int firstField,
+                                       bool lastFieldFilled) {
   SeparatorList& list = *separators;
   // Only the segment separator ends a segment here, it ends every field, and no separator is
   // still to be read from the text.
   if (!mayLeaveUncut || endMask != 4 || list.getVariablePending() || list.isLevelFixedWidth() ||
       (separatorFlags(list, qxSepSegment) & SeparatorDefn::kInitiator) || usesGenericParsing() ||
-      !endsAtSeparator()) {
+      !endsAtSeparator() || firstField > INT16_MAX) {
     return false;
   }
   const char16_t* cursor = stream.getCursor();
@@ -458,7 +461,78 @@ bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, u
   list.popSeparator();
   finishSegmentParse(stream, endMask, false, status, errors, location);
   uncut = std::move(cut);
+  uncutFrom = static_cast<int16_t>(firstField);
+  uncutLastFilled = lastFieldFilled;
+  uncutOffset = static_cast<int32_t>(cursor - sourceText->data());
   return true;
+}
+
+std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::string_view path) const {
+  std::vector<int32_t> indexes;
+  const FieldListDefn* fieldsOf = segmentDefn;
+  for (ElementPath::Step step = ElementPath::split(path, false); !step.head.empty();
+       step = ElementPath::split(step.rest, false)) {
+    if (!fieldsOf || step.head.find_first_of("[]()*") != std::string_view::npos) return std::nullopt;
+    const auto& fields = fieldsOf->getFields();
+    size_t index = 0;
+    while (index < fields.size() && !equalIgnoringCase(step.head, fields[index]->getName().view())) ++index;
+    if (index == fields.size()) return std::nullopt;
+    indexes.push_back(static_cast<int32_t>(index));
+    fieldsOf = fields[index]->isComposite() ? fields[index]->getComposite() : nullptr;
+  }
+  return peekUncutValue(indexes);
+}
+
+std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const int32_t> path) const {
+  if (!uncut || !sourceText || sourceLength == 0 || path.empty()) return std::nullopt;
+  const SeparatorList& list = uncut->separators();
+  const char16_t* const segmentEnd = sourceText->data() + sourceStart + sourceLength;
+  std::u16string_view text(sourceText->data() + uncutOffset,
+                           static_cast<size_t>(segmentEnd - sourceText->data() - uncutOffset));
+  // The scan that left the fields uncut saw no quote or replacement in them, and no separator
+  // but the segment's ends them: the text up to its first segment separator is the fields'.
+  text = text.substr(0, text.find(list.getSeparatorValue(qxSepSegment)));
+
+  const FieldListDefn* fieldsOf = segmentDefn;
+  ESeparatorType separator = fieldSeparator;
+  int32_t first = uncutFrom;
+  const FieldDefn* defn = nullptr;
+  // The separators of the levels passed: where two share a character, only the read can tell
+  // which one stands in the text.
+  std::vector<std::u16string_view> outer{list.getSeparatorValue(qxSepSegment)};
+  for (const int32_t index : path) {
+    if (!fieldsOf || index < first || index >= static_cast<int32_t>(fieldsOf->getFields().size())) return std::nullopt;
+    defn = fieldsOf->getFields()[static_cast<size_t>(index)].get();
+    if (defn->getMaxRepeats() != 1 || (defn->getFlags() & FieldDefn::kNotPlain) || !list.isInUse(separator)) {
+      return std::nullopt;
+    }
+    const std::u16string_view between = list.getSeparatorValue(separator);
+    for (const std::u16string_view other : outer) {
+      if (between.find_first_of(other) != std::u16string_view::npos) return std::nullopt;
+    }
+    outer.push_back(between);
+    for (int32_t skipped = first; skipped < index; ++skipped) {
+      const size_t next = text.find(between);
+      text = next == std::u16string_view::npos ? std::u16string_view() : text.substr(next + between.size());
+    }
+    text = text.substr(0, text.find(between));
+    const CompositeDefn* composite = defn->isComposite() ? defn->getComposite() : nullptr;
+    if (defn->isComposite() && (!composite || composite->getCompositeType() != qxCompTypeNormal ||
+                                !composite->getSpecialSeparatorString().empty())) {
+      return std::nullopt;
+    }
+    fieldsOf = composite;
+    separator = CompositeImpl::childSeparatorOf(composite, separator);
+    first = 0;
+  }
+  // A leaf value of plain text, as its field would give it: no type of its own, nothing trimmed,
+  // no default standing in for it and no null marker.
+  if (!defn || defn->isComposite() || defn->getBaseType() != FieldDefn::kString || defn->getCustomType() ||
+      defn->getIsBinary() || defn->getAlignment() != qxLeft || text.empty() ||
+      (list.isInUse(qxSepNull) && text == list.getSeparatorValue(qxSepNull))) {
+    return std::nullopt;
+  }
+  return std::u16string(text);
 }
 
 void SegmentImplBase::cutFields() {
@@ -495,12 +569,20 @@ void SegmentImplBase::cutFields() {
   ValidationLocation location;
   location.segmentNumber = getSegmentNumber();
   location.segmentID = segmentDefn->getTag().c_str();
-  StringParserStream stream(sourceText->data() + sourceStart, sourceLength);
+  // A segment whose first fields were cut as it was read goes on behind them.
+  const int firstField = uncutFrom;
+  const int32_t from = firstField > 0 ? uncutOffset : sourceStart;
+  StringParserStream stream(sourceText->data() + from, sourceStart + sourceLength - from);
   uint32_t status = 0;
   const int32_t start = sourceStart;
   const int32_t length = sourceLength;
+  uncutFrom = 0;
   try {
-    parseSegmentFields(stream, *findings, status, location);
+    if (firstField > 0) {
+      resumeSegmentFields(stream, *findings, status, location, firstField, uncutLastFilled);
+    } else {
+      parseSegmentFields(stream, *findings, status, location);
+    }
   } catch (...) {
     restore();
     throw;
@@ -539,12 +621,21 @@ bool SegmentImplBase::beginSegmentParse(ParserStream& stream, uint32_t& status, 
                            : stream.consume(initiator);
     if (found) lastFieldFilled = false;
   }
+  pushFieldLevel(endMask);
+  return true;
+}
+
+void SegmentImplBase::pushFieldLevel(uint32_t& endMask) {
+  SeparatorList& list = *separators;
   endMask = 0;
   if (list.isSeparatorActive(qxSepMessage)) endMask |= 1;
   if (list.isSeparatorActive(qxSepGroup)) endMask |= 2;
   if (list.isSeparatorActive(qxSepSegment)) endMask |= 4;
   list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
-  return true;
+}
+
+bool SegmentImplBase::resumeSegmentFields(ParserStream&, RecordedErrors&, uint32_t&, ValidationLocation&, int, bool) {
+  throw IllegalOperation(messages::kInternalError);
 }
 
 bool SegmentImplBase::openField(bool last, bool& popped) {

@@ -5,6 +5,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
 #include <string>
 #include <vector>
 
@@ -84,10 +87,22 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   // one parse itself doesn't ask for it.
   void allowUncutFields() { mayLeaveUncut = true; }
   void cutFields();
+  // The value at a path of field and component names, read from the text while the fields wait
+  // in it, where that surely gives what the cut would: a plain text value, not empty, of a field
+  // that doesn't repeat. Nothing otherwise; nothing is cut either way. What the parser asks of a
+  // header to choose the message, which would otherwise cut the whole segment.
+  std::optional<std::u16string> peekUncutValue(std::string_view path) const;
+  // The same for a path of 0-based indexes.
+  std::optional<std::u16string> peekUncutValue(std::span<const int32_t> path) const;
   bool isFieldRequired(int index);
   // Cuts the fields of one segment text; status gets kNotThisSegment when the text isn't one.
   virtual bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                                   ValidationLocation& location) = 0;
+  // Cuts the fields from `firstField` on, the stream standing at that field's text: the rest of a
+  // segment whose first fields were cut as it was read. `lastFieldFilled` is what the read knew
+  // of the field before. Kinds that never leave part of a segment uncut don't override it.
+  virtual bool resumeSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                   ValidationLocation& location, int firstField, bool lastFieldFilled);
 
   const SegmentDefn& getSegmentDefn() const { return *segmentDefn; }
   const MessageItemDefn* getItemDefn() const { return itemDefn; }
@@ -158,9 +173,14 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   bool fieldHasDefault(int index);
 
   // Leaves the fields uncut when the text of the segment, from the cursor behind its tag, surely
-  // ends at the first segment separator; the stream is then left behind that separator.
+  // ends at the first segment separator; the stream is then left behind that separator. A
+  // `firstField` above 0 leaves only the fields from that one on, the fields before it cut
+  // already (those of a header that carry the separators the rest is read with).
   bool leaveFieldsUncut(ParserStream& stream, uint32_t endMask, uint32_t& status, RecordedErrors& errors,
-                        ValidationLocation& location);
+                        ValidationLocation& location, int firstField = 0, bool lastFieldFilled = true);
+  // Pushes the level of the fields, telling in `endMask` which of message (1), group (2) and
+  // segment (4) separators may end the segment.
+  void pushFieldLevel(uint32_t& endMask);
   // Whether the fields of the definition may be left uncut at all.
   bool endsAtSeparator() const;
 
@@ -170,6 +190,11 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   std::shared_ptr<SeparatorCut> uncut;
   // Set by allowUncutFields until the next parseElement ends.
   bool mayLeaveUncut = false;
+  // With fields uncut: whether the field before the first uncut one held anything, the first
+  // uncut field, and where its text begins in sourceText.
+  bool uncutLastFilled = true;
+  int16_t uncutFrom = 0;
+  int32_t uncutOffset = 0;
   ESeparatorType fieldSeparator;
   std::unique_ptr<std::string> pathCache;
   const SegmentDefn* segmentDefn;

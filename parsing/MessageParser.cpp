@@ -77,6 +77,19 @@ std::optional<std::u16string> typeValue(const FieldPathDefn& field, ParseContext
     if (!defined || segmentName == defined->getSegmentDefn().getName().view()) entry = std::prev(lookAhead.end());
   }
   MessageElement* element = entry->getElement();
+  // A header left uncut is read where it stands: cutting all of it for one value costs more than
+  // the rest of its message.
+  if (auto* segment = dynamic_cast<SegmentImplBase*>(element); segment && segment->hasUncutFields()) {
+    std::optional<std::u16string> value;
+    if (!fieldPath.empty()) {
+      value = segment->peekUncutValue(fieldPath);
+    } else {
+      std::vector<int32_t> indexes(field.getIndexes().begin(), field.getIndexes().end());
+      for (int32_t& index : indexes) --index;
+      value = segment->peekUncutValue(indexes);
+    }
+    if (value) return entry->separators->untranslateValue(*value);
+  }
   if (!fieldPath.empty()) {
     element = element->getElementAt(fieldPath.c_str());
   } else {

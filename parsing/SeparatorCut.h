@@ -38,6 +38,8 @@ class SeparatorCut {
 
   // The live list is about to change or be destroyed: what it holds now is kept.
   void freeze();
+  // The separators the segments were read with; their levels are not those of a segment's start.
+  const SeparatorList& separators() const { return live ? *live : *copy; }
 
   // How many characters from `from` on belong to a segment's fields: up to its separator, or all
   // `length` of them when none follows. -1 when a character comes first that might make a

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "elements/InternalElement.h"
+#include "elements/MessageImpl.h"
+#include "elements/SegmentImplBase.h"
 #include "foundation/MessageFactory.h"
 #include "parsing/MessageReader.h"
 #include "support/CompilerTesting.h"
@@ -169,6 +172,56 @@ TEST_F(BundledParseTest, FieldsReadAfterTheWholeTextKeepTheirMessagesDelimiters)
   EXPECT_EQ(value(*messages[1], "PID/PatientIdentifierList[0]/IdNumber"), "2");
   EXPECT_EQ(value(*messages[0], "PID/PatientName[0]/GivenName"), "J");
   EXPECT_EQ(value(*messages[0], "PV1/PatientClass"), "I");
+}
+
+// A header that carries the separators of its message is cut only as far as the fields that carry
+// them; the rest waits in the text like the fields of any other segment, the message type is read
+// where it stands, and what the header holds comes out as a parse in full finds it.
+TEST_F(BundledParseTest, AHeaderWaitsBehindTheFieldsThatCarryItsSeparators) {
+  const std::string rest = "EVN|A01|2026\rPID|1||7^^^X||DOE^J\rPV1|1|I\r";
+  struct Case {
+    std::string text;
+    bool waits;  // whether the header's fields after its encoding characters wait in the text
+  };
+  const Case cases[] = {
+      {"MSH|^~\\&|APP^1|FAC|C|D|2026||ADT^A01^ADT_A01|1|P|2.5\r" + rest, true},
+      {"MSH#!@$%#APP!1#FAC#C#D#2026##ADT!A01!ADT_A01#1#P#2.5\rEVN#A01#2026\rPID#1##7!!!X##DOE!J\rPV1#1#I\r", true},
+      // Data behind the last field: the finding is made once, when the header is cut.
+      {"MSH|^~\\&|A|FAC|C|D|2026||ADT^A01|1|P|2.5|EXTRA\r" + rest, true},
+      // A quoted value may hold a separator: the header is cut as it is read.
+      {"MSH|^~\\&|A|FAC|C|D|2026||ADT^A01|\"1\"|P|2.5\r" + rest, false},
+      // The type is the last field there is.
+      {"MSH|^~\\&|A||||||ADT^A01\r" + rest, true},
+  };
+  const std::u16string cutWhenRead = std::u16string(OptionUriPrefix) + u"/edi/cutFieldsWhenRead";
+  const auto findingsOf = [](MessageElement& message) {
+    std::multiset<std::pair<int32_t, std::string>> found;
+    static_cast<MessageImpl&>(message).getParseFindings().forEach([&](MessageElement*, const ValidationError& error) {
+      found.emplace(error.getErrorNumber(), narrow(error.getError()));
+    });
+    return found;
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    auto late = parse(c.text);
+    factory->SetOption(cutWhenRead, Any::any(true));
+    auto atOnce = parse(c.text);
+    factory->SetOption(cutWhenRead, Any::any(false));
+    ASSERT_NE(late, nullptr);
+    ASSERT_NE(atOnce, nullptr);
+    EXPECT_STREQ(late->getName(), atOnce->getName());
+    EXPECT_EQ(static_cast<SegmentImplBase*>(late->getElementAt("MSH"))->hasUncutFields(), c.waits);
+    for (const char* path : {"MSH/SendingApplication/UniversalId", "MSH/MessageType/TriggerEvent", "MSH/VersionId",
+                             "MSH/EncodingCharacters", "PID/PatientName[0]/GivenName"}) {
+      EXPECT_EQ(value(*late, path), value(*atOnce, path)) << path;
+    }
+    EXPECT_EQ(findingsOf(*late), findingsOf(*atOnce));
+    EXPECT_EQ(findingsOf(*late).size(), c.text.find("EXTRA") == std::string::npos ? 0u : 1u);
+    if (c.text.find("EXTRA") == std::string::npos) {
+      EXPECT_EQ(narrow(late->getEncodedValue()), narrow(atOnce->getEncodedValue()));
+    }
+  }
+  EXPECT_EQ(value(*parse(cases[1].text), "MSH/SendingApplication/UniversalId"), "1");
 }
 
 }  // namespace

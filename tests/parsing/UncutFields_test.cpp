@@ -52,8 +52,8 @@ TEST_F(UncutFieldsTest, FieldsWaitInTheTextUntilSomethingAsks) {
   const std::string text = "MSH|s|ADT\rPID|1|a^b~c^d|n|19700101|M\rNTE|one\rPV1|I\rOBX|v|u\r";
   auto message = parse(text);
   ASSERT_NE(message, nullptr);
-  // The header's type field chose the message: it was cut during the parse.
-  EXPECT_FALSE(uncut(*message, "MSH"));
+  // The header's type field chose the message, read where it stands: the header waits too.
+  EXPECT_TRUE(uncut(*message, "MSH"));
   EXPECT_TRUE(uncut(*message, "PID"));
   EXPECT_TRUE(uncut(*message, "NTE[0]"));
   EXPECT_EQ(value(*message, "PID/Ids[1]/Check"), "d");
@@ -63,6 +63,8 @@ TEST_F(UncutFieldsTest, FieldsWaitInTheTextUntilSomethingAsks) {
   EXPECT_TRUE(uncut(*message, "VISIT[0]/OBX[0]"));
   EXPECT_EQ(narrow(message->getEncodedValue()), text);
   EXPECT_EQ(value(*message, "VISIT[0]/OBX[0]/Units"), "u");
+  EXPECT_EQ(value(*message, "MSH/Type"), "ADT");
+  EXPECT_FALSE(uncut(*message, "MSH"));
 }
 
 // The same segment texts read on their own (their fields cut at once) and inside a parsed message
