@@ -59,6 +59,7 @@ void MessageImpl::setSourceText(std::shared_ptr<const std::u16string> text, int3
 
 bool MessageImpl::parseSegments(ParseContext& context, LookAheadList& lookAhead, LookAheadList::iterator& iterator,
                                 ParserStream& stream, const ParseCallback* callback, ValidationLocation& location) {
+  cutForWriting = false;
   return StateWalk(*this, context, lookAhead, iterator, stream, callback, location).parseSegments();
 }
 
@@ -200,8 +201,12 @@ bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) 
   // wire text began.
   SeparatorList& list = *separators;
   // Fields left in the text are cut with the separators they were read with, before the write
-  // starts the list over; a segment that is written as it was read needs none of them.
-  if (!isPreservingParsedText()) cutAllFields();
+  // starts the list over; a segment that is written as it was read needs none of them. Once is
+  // enough: looking through the whole tree for them again costs every later write a tenth.
+  if (!isPreservingParsedText() && !cutForWriting) {
+    cutAllFields();
+    cutForWriting = true;
+  }
   list.reset(true, true, false);
   if (isPreservingParsedText() && sourceLength > 0) {
     list.writeData(std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart),
