@@ -180,6 +180,14 @@ BENCHMARK(BM_FirstWrite_EDIFACT)->Unit(benchmark::kMillisecond);
 std::u16string hostileText(int kind, size_t count) {
   std::string text = "MSH|^~\\&|SEND|FAC|RECV|FAC|20261123||ADT^A04|1|P|2.5\rPID|1||";
   switch (kind) {
+    case 3:  // headers of three standards packed together, without any segment separator
+      text.clear();
+      for (size_t i = 0; i < count; ++i) text += "MSH|x|UNB+y+ISA*z*";
+      break;
+    case 4:  // interchange headers, each a segment of its own, and no message
+      text.clear();
+      for (size_t i = 0; i < count; ++i) text += "UNB+UNOA:1+A+B+X'";
+      break;
     case 0:  // many tiny segments of a tag no set knows
       text += "123\r";
       for (size_t i = 0; i < count; ++i) text += "ZZ1|x\r";
@@ -212,10 +220,14 @@ void hostileBenchmark(benchmark::State& state, int kind) {
 void BM_Hostile_TinySegments(benchmark::State& state) { hostileBenchmark(state, 0); }
 void BM_Hostile_HugeSegment(benchmark::State& state) { hostileBenchmark(state, 1); }
 void BM_Hostile_Repeats(benchmark::State& state) { hostileBenchmark(state, 2); }
+void BM_Hostile_PackedHeaders(benchmark::State& state) { hostileBenchmark(state, 3); }
+void BM_Hostile_HeadersOnly(benchmark::State& state) { hostileBenchmark(state, 4); }
 
 BENCHMARK(BM_Hostile_TinySegments)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity(benchmark::oN);
 BENCHMARK(BM_Hostile_HugeSegment)->RangeMultiplier(4)->Range(1 << 10, 1 << 18)->Complexity(benchmark::oN);
 BENCHMARK(BM_Hostile_Repeats)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity(benchmark::oN);
+BENCHMARK(BM_Hostile_PackedHeaders)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity(benchmark::oN);
+BENCHMARK(BM_Hostile_HeadersOnly)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity(benchmark::oN);
 
 }  // namespace
 }  // namespace vantrelia::bench

@@ -1,5 +1,8 @@
 #include "elements/SegmentImplBase.h"
 
+#include <algorithm>
+#include <array>
+
 #include "definitions/FieldDefn.h"
 #include "definitions/FieldInstancesControl.h"
 #include "definitions/FieldPathDefn.h"
@@ -468,54 +471,58 @@ bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, u
 }
 
 std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::string_view path) const {
-  std::vector<int32_t> indexes;
+  std::array<int32_t, kPeekDepth> indexes{};
+  size_t depth = 0;
   const FieldListDefn* fieldsOf = segmentDefn;
   for (ElementPath::Step step = ElementPath::split(path, false); !step.head.empty();
        step = ElementPath::split(step.rest, false)) {
-    if (!fieldsOf || step.head.find_first_of("[]()*") != std::string_view::npos) return std::nullopt;
+    if (!fieldsOf || depth == kPeekDepth || step.head.find_first_of("[]()*") != std::string_view::npos) {
+      return std::nullopt;
+    }
     const auto& fields = fieldsOf->getFields();
     size_t index = 0;
     while (index < fields.size() && !equalIgnoringCase(step.head, fields[index]->getName().view())) ++index;
     if (index == fields.size()) return std::nullopt;
-    indexes.push_back(static_cast<int32_t>(index));
+    indexes[depth++] = static_cast<int32_t>(index);
     fieldsOf = fields[index]->isComposite() ? fields[index]->getComposite() : nullptr;
   }
-  return peekUncutValue(indexes);
+  return peekUncutValue(std::span<const int32_t>(indexes.data(), depth));
 }
 
 std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const int32_t> path) const {
-  if (!uncut || !sourceText || sourceLength == 0 || path.empty()) return std::nullopt;
+  if (!uncut || !sourceText || sourceLength == 0 || path.empty() || path.size() > kPeekDepth) return std::nullopt;
   const SeparatorList& list = uncut->separators();
-  const char16_t* const segmentEnd = sourceText->data() + sourceStart + sourceLength;
-  std::u16string_view text(sourceText->data() + uncutOffset,
-                           static_cast<size_t>(segmentEnd - sourceText->data() - uncutOffset));
-  // The scan that left the fields uncut saw no quote or replacement in them, and no separator
-  // but the segment's ends them: the text up to its first segment separator is the fields'.
-  text = text.substr(0, text.find(list.getSeparatorValue(qxSepSegment)));
+  // The scan that left the fields uncut saw no quote or replacement in them, and no separator but
+  // the segment's, a single character, ends them.
+  std::array<char16_t, kPeekDepth + 1> stops{};
+  size_t stopCount = 0;
+  stops[stopCount++] = list.getSeparatorValue(qxSepSegment).front();
+  const char16_t* from = sourceText->data() + uncutOffset;
+  const char16_t* to = std::find(from, sourceText->data() + sourceStart + sourceLength, stops[0]);
 
   const FieldListDefn* fieldsOf = segmentDefn;
   ESeparatorType separator = fieldSeparator;
   int32_t first = uncutFrom;
   const FieldDefn* defn = nullptr;
-  // The separators of the levels passed: where two share a character, only the read can tell
-  // which one stands in the text.
-  std::vector<std::u16string_view> outer{list.getSeparatorValue(qxSepSegment)};
   for (const int32_t index : path) {
     if (!fieldsOf || index < first || index >= static_cast<int32_t>(fieldsOf->getFields().size())) return std::nullopt;
     defn = fieldsOf->getFields()[static_cast<size_t>(index)].get();
     if (defn->getMaxRepeats() != 1 || (defn->getFlags() & FieldDefn::kNotPlain) || !list.isInUse(separator)) {
       return std::nullopt;
     }
+    // A separator of one character that no outer level shares: else only the read can tell which
+    // of them stands in the text.
     const std::u16string_view between = list.getSeparatorValue(separator);
-    for (const std::u16string_view other : outer) {
-      if (between.find_first_of(other) != std::u16string_view::npos) return std::nullopt;
+    if (between.size() != 1 || std::find(stops.begin(), stops.begin() + stopCount, between.front()) !=
+                                   stops.begin() + stopCount) {
+      return std::nullopt;
     }
-    outer.push_back(between);
-    for (int32_t skipped = first; skipped < index; ++skipped) {
-      const size_t next = text.find(between);
-      text = next == std::u16string_view::npos ? std::u16string_view() : text.substr(next + between.size());
+    stops[stopCount++] = between.front();
+    for (int32_t skipped = first; skipped < index && from != to; ++skipped) {
+      from = std::find(from, to, between.front());
+      if (from != to) ++from;
     }
-    text = text.substr(0, text.find(between));
+    to = std::find(from, to, between.front());
     const CompositeDefn* composite = defn->isComposite() ? defn->getComposite() : nullptr;
     if (defn->isComposite() && (!composite || composite->getCompositeType() != qxCompTypeNormal ||
                                 !composite->getSpecialSeparatorString().empty())) {
@@ -525,6 +532,7 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const in
     separator = CompositeImpl::childSeparatorOf(composite, separator);
     first = 0;
   }
+  const std::u16string_view text(from, static_cast<size_t>(to - from));
   // A leaf value of plain text, as its field would give it: no type of its own, nothing trimmed,
   // no default standing in for it and no null marker.
   if (!defn || defn->isComposite() || defn->getBaseType() != FieldDefn::kString || defn->getCustomType() ||

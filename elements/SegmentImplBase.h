@@ -94,6 +94,8 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   std::optional<std::u16string> peekUncutValue(std::string_view path) const;
   // The same for a path of 0-based indexes.
   std::optional<std::u16string> peekUncutValue(std::span<const int32_t> path) const;
+  // The deepest path peekUncutValue reads.
+  static constexpr size_t kPeekDepth = 4;
   bool isFieldRequired(int index);
   // Cuts the fields of one segment text; status gets kNotThisSegment when the text isn't one.
   virtual bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,

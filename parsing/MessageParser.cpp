@@ -15,9 +15,11 @@
 #include "elements/SegmentImplBase.h"
 #include "foundation/BadParameter.h"
 #include "foundation/IllegalOperation.h"
+#include "parsing/FailedSegmentEnds.h"
 #include "parsing/ParseContext.h"
 #include "parsing/ParseFindingsScope.h"
 #include "parsing/ParserStream.h"
+#include "parsing/ParserToken.h"
 #include "parsing/SegmentReader.h"
 #include "parsing/SeparatorList.h"
 #include "parsing/StateWalk.h"
@@ -31,6 +33,16 @@ namespace {
 int32_t offsetOf(const std::u16string& text, ParserStream& stream) {
   const auto* buffered = dynamic_cast<BufferedParserStream*>(&stream);
   return buffered ? static_cast<int32_t>(text.size()) - buffered->getRemaining() : -1;
+}
+
+// Whether the text at the cursor begins with the tag of a header that opens a message of some set.
+bool atHeaderTag(ParseContext& context, ParserStream& stream) {
+  const char16_t* cursor = stream.getCursor();
+  if (cursor) return context.headerTags().startsAt(cursor, cursor + stream.getWholeRemaining());
+  for (const std::u16string& tag : SegmentReader::headerTags(context.warehouse)) {
+    if (stream.startsWith(tag)) return true;
+  }
+  return false;
 }
 
 bool isWithin(InternalElement* node, const InternalElement* root) {
@@ -66,11 +78,22 @@ std::optional<std::u16string> typeValue(const FieldPathDefn& field, ParseContext
   auto entry = std::find_if(from, lookAhead.end(), [&](const SegmentMatch& match) {
     return match.getElement() && segmentName == match.getElement()->getName();
   });
+  bool begun = from != lookAhead.end();
   while (entry == lookAhead.end()) {
     if (stream.atEnd()) return std::nullopt;
     lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, false));
     const SegmentMatch& read = lookAhead.back();
     if (read.isDeadEnd()) return std::nullopt;
+    // A segment with separators of its own begins another message (a header seen again, or one of
+    // another set): the type fields of this one lie before it. Reading on to the end of the text
+    // instead would read it all once for every header in it.
+    if (begun && read.newSeparators) return std::nullopt;
+    // So does the tag of a header that didn't even make a segment.
+    if (begun && !read.getElement() && !read.tagText.empty() &&
+        context.headerTags().startsAt(read.tagText.data(), read.tagText.data() + read.tagText.size())) {
+      return std::nullopt;
+    }
+    begun = true;
     SegmentElement* element = read.getElement();
     if (!element) continue;
     auto* defined = dynamic_cast<SegmentImplBase*>(element);
@@ -246,16 +269,52 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
 std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWarehouseDefn& warehouse,
                                                              std::shared_ptr<const std::u16string> text,
                                                              ParserStream& stream, const ParseCallback* callback,
-                                                             Extent* extent) {
+                                                             Extent* extent, HeaderTagFinder* tagFinder) {
   const auto& sets = warehouse.getMessageSets();
   if (sets.empty()) return nullptr;
-  ParseContext context(warehouse, text);
-  const ParseFindingsScope findingsScope(context.errors);
-  ValidationLocation location(true);
+  std::optional<HeaderTagFinder> ownTagFinder;
+  if (!tagFinder) tagFinder = &ownTagFinder.emplace(warehouse);
   const SeparatorDefn& leading = sets.front()->getSeparator(qxSepSegment);
   if ((leading.getFlags() & SeparatorDefn::kInitiator) && !leading.getValue().view().empty()) {
     stream.consume(leading.getValue());
   }
+  // Text that no set takes, up to where a header begins: the parse begins again there, afresh,
+  // as a reader of many messages would. Carrying on with the state the junk left would let every
+  // later attempt read all of the junk again.
+  // Segments are numbered from the start of the text, the skipped ones included.
+  int32_t segmentsRead = 0;
+  FailedSegmentEnds failures;
+  while (true) {
+    bool headerAhead = false;
+    int32_t failedEnd = -1;
+    std::unique_ptr<MessageElement> message =
+        parseFrom(warehouse, text, stream, callback, extent, *tagFinder, segmentsRead, failedEnd, headerAhead);
+    if (message || !headerAhead) return message;
+    if (failedEnd < 0) continue;
+    const int32_t at = offsetOf(*text, stream);
+    const auto goOn = static_cast<int32_t>(failures.note(failedEnd, at));
+    if (goOn > at) {
+      ParserToken skipped;
+      skipped.useView = true;
+      stream.readChars(goOn - at, skipped);
+    }
+  }
+}
+
+std::unique_ptr<MessageElement> MessageParser::parseFrom(const MessageWarehouseDefn& warehouse,
+                                                         const std::shared_ptr<const std::u16string>& text,
+                                                         ParserStream& stream, const ParseCallback* callback,
+                                                         Extent* extent, HeaderTagFinder& tagFinder,
+                                                         int32_t& segmentsRead, int32_t& failedEnd,
+                                                         bool& headerAhead) {
+  const auto& sets = warehouse.getMessageSets();
+  ParseContext context(warehouse, text);
+  context.tagFinder = &tagFinder;
+  context.segmentCount = segmentsRead;
+  const ParseFindingsScope findingsScope(context.errors);
+  ValidationLocation location(true);
+  // On failure: the first segment of the last message that failed, or the end of the text.
+  if (extent) extent->start = extent->end = static_cast<int32_t>(text->size());
 
   while (true) {
     const std::unique_ptr<ParserPosition> position = stream.savePosition();
@@ -279,10 +338,20 @@ std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWareho
       match = SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, true);
       if (match.getElement()) break;
       if (match.isDeadEnd()) return nullptr;
+      if (atHeaderTag(context, stream)) {
+        headerAhead = true;
+        segmentsRead = context.segmentCount;
+        return nullptr;
+      }
     }
     if (atEnd) {
       restore();
       return nullptr;
+    }
+    const int32_t firstEnd = offsetOf(*text, stream);
+    if (extent) {
+      extent->start = start;
+      extent->end = firstEnd;
     }
 
     const int32_t setIndex = match.setIndex;
@@ -332,6 +401,7 @@ std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWareho
     }
     dropEntries(lookAhead, context, message.get());
     if (message) return message;
+    failedEnd = firstEnd;
     context.excludedSets.insert(setIndex);
     restore();
     if (context.excludedSets.size() >= sets.size()) return nullptr;

@@ -18,16 +18,16 @@ constexpr size_t kHeldBack = size_t{1} << 16;
 
 MessageReader::MessageReader(const MessageWarehouseDefn& owner, std::u16string text)
     : warehouse(owner), chunkSize(kDefaultChunk), exhausted(true),
-      window(std::make_shared<const std::u16string>(std::move(text))), headerTags(SegmentReader::headerTags(owner)) {}
+      window(std::make_shared<const std::u16string>(std::move(text))), headerTags(owner) {}
 
 MessageReader::MessageReader(const MessageWarehouseDefn& owner, std::shared_ptr<const std::u16string> text)
     : warehouse(owner), chunkSize(kDefaultChunk), exhausted(true),
       window(text ? std::move(text) : std::make_shared<const std::u16string>()),
-      headerTags(SegmentReader::headerTags(owner)) {}
+      headerTags(owner) {}
 
 MessageReader::MessageReader(const MessageWarehouseDefn& owner, Source textSource, size_t chunk)
     : warehouse(owner), source(std::move(textSource)), chunkSize(std::max<size_t>(chunk, 1024)),
-      window(std::make_shared<const std::u16string>()), headerTags(SegmentReader::headerTags(owner)) {}
+      window(std::make_shared<const std::u16string>()), headerTags(owner) {}
 
 bool MessageReader::readMore() {
   if (exhausted) return false;
@@ -44,16 +44,14 @@ bool MessageReader::readMore() {
     }
   }
   window = std::make_shared<const std::u16string>(std::move(next));
+  failures.clear();
   return true;
 }
 
-size_t MessageReader::nextHeaderAt(size_t from) const {
-  size_t nearest = window->size();
-  for (const std::u16string& tag : headerTags) {
-    const size_t at = window->find(tag, from);
-    if (at < nearest) nearest = at;
-  }
-  return nearest;
+size_t MessageReader::nextHeaderAt(size_t from) {
+  if (from >= window->size()) return window->size();
+  const char16_t* const begin = window->data();
+  return static_cast<size_t>(headerTags.next(begin + from, begin + window->size()) - begin);
 }
 
 void MessageReader::skip(Item& item, size_t end) {
@@ -76,7 +74,7 @@ bool MessageReader::next(Item& item) {
 
     StringParserStream stream(window->data() + position, static_cast<int32_t>(window->size() - position));
     MessageParser::Extent extent;
-    std::unique_ptr<MessageElement> message = MessageParser::parseTopLevel(warehouse, window, stream, nullptr, &extent);
+    std::unique_ptr<MessageElement> message = MessageParser::parseTopLevel(warehouse, window, stream, nullptr, &extent, &headerTags);
     if (!message) {
       // Nothing in what is held is a message: a little more text may complete one, else all but
       // the held-back end is skipped.
@@ -86,8 +84,15 @@ bool MessageReader::next(Item& item) {
       }
       // Where another message may begin, the skipping stops: text that no set takes would
       // otherwise swallow a message of another standard behind it, read with the wrong separators.
+      // The parse tried every header before the one its last failed message began with.
       const size_t heldBack = exhausted ? window->size() : window->size() - kHeldBack;
-      skip(item, std::min(heldBack, nextHeaderAt(position + 1)));
+      const size_t tried = std::max(position, static_cast<size_t>(std::max(extent.start, 0)));
+      // A header inside the first segment of a failed message is tried in turn, but not forever.
+      size_t resume = nextHeaderAt(tried + 1);
+      if (extent.end >= 0) {
+        resume = std::max(resume, static_cast<size_t>(failures.note(extent.end, static_cast<int64_t>(resume))));
+      }
+      skip(item, std::max(position + 1, std::min(heldBack, resume)));
       return true;
     }
     const size_t end = static_cast<size_t>(extent.end);

@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "elements/MessageElement.h"
+#include "parsing/FailedSegmentEnds.h"
+#include "parsing/HeaderTagFinder.h"
 
 namespace vantrelia {
 
@@ -47,8 +49,8 @@ class MessageReader {
   bool readMore();
   void skip(Item& item, size_t end);
   // Where in the window, at `from` or later, the tag of a set's header segment stands next; the
-  // window's size when nowhere.
-  size_t nextHeaderAt(size_t from) const;
+  // window's size when nowhere. `from` only grows within a window.
+  size_t nextHeaderAt(size_t from);
 
   const MessageWarehouseDefn& warehouse;
   Source source;
@@ -62,7 +64,10 @@ class MessageReader {
   // A message found behind skipped text waits here while the skipped text goes out first.
   Item waiting;
   bool hasWaiting = false;
-  const std::vector<std::u16string> headerTags;
+  // Kept across the attempts of every message: the parse skips junk up to the same tags.
+  HeaderTagFinder headerTags;
+  // Where in the window the first segments of failed messages ended.
+  FailedSegmentEnds failures;
 };
 
 }  // namespace vantrelia

@@ -5,10 +5,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "parsing/HeaderTagFinder.h"
 #include "validation/RecordedErrors.h"
 
 namespace vantrelia {
@@ -55,9 +57,17 @@ class ParseContext {
   RecordedErrors errors;
   std::set<int32_t> excludedSets;
   std::set<int32_t> genericSets;
-  // The tags that open a message of some set, found when text is first skipped.
-  std::vector<std::u16string> headerTags;
-  bool headerTagsFound = false;
+  // Where the tags that open a message of some set stand: the finder of whoever reads the whole
+  // text, kept across its attempts, else one of the context's own, made when text is first skipped.
+  HeaderTagFinder& headerTags() {
+    if (tagFinder) return *tagFinder;
+    if (!ownTagFinder) ownTagFinder.emplace(warehouse);
+    return *ownTagFinder;
+  }
+  HeaderTagFinder* tagFinder = nullptr;
+
+ private:
+  std::optional<HeaderTagFinder> ownTagFinder;
 };
 
 }  // namespace vantrelia

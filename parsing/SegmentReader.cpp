@@ -297,27 +297,39 @@ void Reader::skipText(bool plainConsume) {
   token.useView = true;
   const std::unique_ptr<ParserPosition> start = stream.savePosition();
   const char16_t* const startCursor = stream.getCursor();
-  // Skipped text is kept as it stood, replacement sequences and all.
-  stream.readToken(list.getTrie(), token, 0, false);
-  // The skipping ends where a message of some set may begin: text of another standard behind
-  // the junk is read with its own separators, not swallowed with the wrong ones.
+  // Skipped text is kept as it stood, replacement sequences and all. The skipping ends where a
+  // message of some set may begin: text of another standard behind the junk is read with its own
+  // separators, not swallowed with the wrong ones. The read stops there too, so that junk without
+  // a separator is read once, not once for each header in it.
+  const bool inMemory = startCursor && stream.getWholeRemaining() > 0;
+  int32_t limit = 0;
+  if (inMemory) {
+    const char16_t* const end = startCursor + stream.getWholeRemaining();
+    const char16_t* const header = context.headerTags().next(startCursor + 1, end);
+    if (header != end) limit = static_cast<int32_t>(header - startCursor);
+  }
+  stream.readToken(list.getTrie(), token, limit, false);
   const std::u16string_view skipped = token.characters();
-  size_t header = skipped.size();
-  if (!context.headerTagsFound) {
-    context.headerTags = SegmentReader::headerTags(context.warehouse);
-    context.headerTagsFound = true;
-  }
-  for (const std::u16string& tag : context.headerTags) {
-    const size_t at = skipped.find(tag, 1);
-    if (at < header) header = at;
-  }
-  if (header < skipped.size()) {
-    match.tagText.assign(skipped.substr(0, header));
-    stream.restorePosition(*start);
-    ParserToken taken;
-    stream.readChars(static_cast<int32_t>(header), taken);
+  if (limit > 0 && token.separator < 0 && skipped.size() == static_cast<size_t>(limit)) {
+    match.tagText.assign(skipped);
     match.endKind = 0;
     return;
+  }
+  if (!inMemory) {
+    // A stream without its text in memory: the header is looked for in what was read.
+    size_t header = skipped.size();
+    for (const std::u16string& tag : SegmentReader::headerTags(context.warehouse)) {
+      const size_t at = skipped.find(tag, 1);
+      if (at < header) header = at;
+    }
+    if (header < skipped.size()) {
+      match.tagText.assign(skipped.substr(0, header));
+      stream.restorePosition(*start);
+      ParserToken taken;
+      stream.readChars(static_cast<int32_t>(header), taken);
+      match.endKind = 0;
+      return;
+    }
   }
   match.tagText.assign(skipped);
   match.endKind = SegmentMatch::kEndedBySeparator;

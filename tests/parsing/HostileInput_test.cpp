@@ -7,10 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "elements/MessageElement.h"
 #include "elements/MessageImpl.h"
 #include "foundation/MessageFactory.h"
+#include "parsing/MessageReader.h"
 #include "fuzz/MessageInput.h"
 #include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
@@ -128,6 +130,40 @@ TEST_F(HostileInputTest, HeadersDeclaringOddSeparatorsAreReadToTheEnd) {
        }) {
     SCOPED_TRACE(text);
     EXPECT_EQ(readsCleanly(text), "");
+  }
+}
+
+// Text packed with header tags: each tag is a place where a message may begin, and where the
+// segment separators are missing each attempt reads on to the same far end. All of it comes to
+// the host, as skipped text or as the messages hidden in it.
+TEST_F(HostileInputTest, TextPackedWithHeadersIsHandedOverWhole) {
+  const std::string adt = readFile(std::string(VANTRELIA_SOURCE_DIR) + "/examples/adt-a04.hl7");
+  const std::string orders = readFile(std::string(VANTRELIA_SOURCE_DIR) + "/examples/orders-d96a.edi");
+  struct Case {
+    std::string text;
+    std::vector<std::string> messages;  // the messages the reader finds, in order
+  };
+  const Case cases[] = {
+      {repeated("MSH|^~\\&|A|", 3000), {}},
+      {repeated("MSH|x|UNB+y+ISA*z*", 2000), {}},
+      {repeated("UNB+UNOA:1+A+B+X+", 2000), {}},
+      {repeated("UNB+UNOA:1+A+B+X'", 2000), {}},
+      // A good message behind the segment that all those headers are part of.
+      {repeated("MSH|x|", 3000) + "\r" + adt, {"ADT_A04"}},
+      // A good message behind a few broken headers, inside the same segment.
+      {repeated("MSH|x|", 3) + orders, {"ORDERS"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text.substr(0, 60));
+    EXPECT_EQ(readsCleanly(c.text), "");
+    const std::u16string text = wide(c.text);
+    MessageReader reader(factory->getWarehouse(), text);
+    MessageReader::Item item;
+    std::vector<std::string> found;
+    while (reader.next(item)) {
+      if (item.message) found.push_back(item.message->getName());
+    }
+    EXPECT_EQ(found, c.messages);
   }
 }
 
