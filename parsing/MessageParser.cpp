@@ -66,7 +66,8 @@ void dropEntries(LookAheadList& lookAhead, ParseContext& context, MessageImpl* m
 
 // The value of one message type field, looked for in the look-ahead and read on for when needed.
 // Null when the text ends first.
-std::optional<std::u16string> typeValue(const FieldPathDefn& field, ParseContext& context, LookAheadList& lookAhead,
+std::optional<std::u16string> typeValue(const MessageSetDefn& set, const FieldPathDefn& field, ParseContext& context,
+                                        LookAheadList& lookAhead,
                                         LookAheadList::iterator from, ParserStream& stream,
                                         ValidationLocation& location) {
   const std::string_view whole = field.getName().view();
@@ -79,19 +80,29 @@ std::optional<std::u16string> typeValue(const FieldPathDefn& field, ParseContext
     return match.getElement() && segmentName == match.getElement()->getName();
   });
   bool begun = from != lookAhead.end();
+  const char16_t* const searchFrom = stream.getCursor();
+  const char16_t* const textEnd = searchFrom ? searchFrom + stream.getWholeRemaining() : nullptr;
+  const bool remembered = context.typeSearches && searchFrom && entry == lookAhead.end();
+  if (remembered && context.typeSearches->knownToFail(&set, segmentName, searchFrom, textEnd)) return std::nullopt;
+  // Nothing found up to `to`: the next search that starts in between fails at once.
+  const auto notFound = [&](const char16_t* to) -> std::optional<std::u16string> {
+    if (remembered) context.typeSearches->failedBefore(&set, segmentName, searchFrom, to, textEnd);
+    return std::nullopt;
+  };
   while (entry == lookAhead.end()) {
-    if (stream.atEnd()) return std::nullopt;
+    if (stream.atEnd()) return notFound(textEnd);
+    const char16_t* const segmentStart = stream.getCursor();
     lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, nullptr, nullptr, nullptr, false));
     const SegmentMatch& read = lookAhead.back();
     if (read.isDeadEnd()) return std::nullopt;
     // A segment with separators of its own begins another message (a header seen again, or one of
     // another set): the type fields of this one lie before it. Reading on to the end of the text
     // instead would read it all once for every header in it.
-    if (begun && read.newSeparators) return std::nullopt;
+    if (begun && read.newSeparators) return notFound(segmentStart);
     // So does the tag of a header that didn't even make a segment.
     if (begun && !read.getElement() && !read.tagText.empty() &&
         context.headerTags().startsAt(read.tagText.data(), read.tagText.data() + read.tagText.size())) {
-      return std::nullopt;
+      return notFound(segmentStart);
     }
     begun = true;
     SegmentElement* element = read.getElement();
@@ -186,7 +197,7 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
   std::vector<std::u16string> typeValues;
   for (const FieldPathDefn& field : typeFields) {
     std::optional<std::u16string> value =
-        typeValue(field, context, lookAhead, iterator == lookAhead.end() ? lookAhead.begin() : iterator, stream, location);
+        typeValue(setDefn, field, context, lookAhead, iterator == lookAhead.end() ? lookAhead.begin() : iterator, stream, location);
     if (!value) return nullptr;
     typeValues.push_back(std::move(*value));
   }
@@ -269,11 +280,14 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
 std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWarehouseDefn& warehouse,
                                                              std::shared_ptr<const std::u16string> text,
                                                              ParserStream& stream, const ParseCallback* callback,
-                                                             Extent* extent, HeaderTagFinder* tagFinder) {
+                                                             Extent* extent, HeaderTagFinder* tagFinder,
+                                                             TypeSearchMemory* typeSearches) {
   const auto& sets = warehouse.getMessageSets();
   if (sets.empty()) return nullptr;
   std::optional<HeaderTagFinder> ownTagFinder;
   if (!tagFinder) tagFinder = &ownTagFinder.emplace(warehouse);
+  TypeSearchMemory ownTypeSearches;
+  if (!typeSearches) typeSearches = &ownTypeSearches;
   const SeparatorDefn& leading = sets.front()->getSeparator(qxSepSegment);
   if ((leading.getFlags() & SeparatorDefn::kInitiator) && !leading.getValue().view().empty()) {
     stream.consume(leading.getValue());
@@ -288,7 +302,8 @@ std::unique_ptr<MessageElement> MessageParser::parseTopLevel(const MessageWareho
     bool headerAhead = false;
     int32_t failedEnd = -1;
     std::unique_ptr<MessageElement> message =
-        parseFrom(warehouse, text, stream, callback, extent, *tagFinder, segmentsRead, failedEnd, headerAhead);
+        parseFrom(warehouse, text, stream, callback, extent, *tagFinder, *typeSearches, segmentsRead, failedEnd,
+                  headerAhead);
     if (message || !headerAhead) return message;
     if (failedEnd < 0) continue;
     const int32_t at = offsetOf(*text, stream);
@@ -305,11 +320,12 @@ std::unique_ptr<MessageElement> MessageParser::parseFrom(const MessageWarehouseD
                                                          const std::shared_ptr<const std::u16string>& text,
                                                          ParserStream& stream, const ParseCallback* callback,
                                                          Extent* extent, HeaderTagFinder& tagFinder,
-                                                         int32_t& segmentsRead, int32_t& failedEnd,
-                                                         bool& headerAhead) {
+                                                         TypeSearchMemory& typeSearches, int32_t& segmentsRead,
+                                                         int32_t& failedEnd, bool& headerAhead) {
   const auto& sets = warehouse.getMessageSets();
   ParseContext context(warehouse, text);
   context.tagFinder = &tagFinder;
+  context.typeSearches = &typeSearches;
   context.segmentCount = segmentsRead;
   const ParseFindingsScope findingsScope(context.errors);
   ValidationLocation location(true);

@@ -12,6 +12,7 @@
 namespace vantrelia {
 
 class HeaderTagFinder;
+class TypeSearchMemory;
 class InternalElement;
 class MessageElement;
 class MessageImpl;
@@ -33,11 +34,14 @@ class MessageParser {
   // The root of the first message of the stream's text, or null. `text` is the whole text the
   // stream reads; the tree's values may point into it. `extent`, if given, gets where the message
   // lies, so that a reader of many messages can go on behind it; without a message, it gets where
-  // the first segment of the last message that failed lies, or the end of the text for both. `tagFinder`, if given, is the one of a reader that asks again and again.
+  // the first segment of the last message that failed lies, or the end of the text for both.
+  // `tagFinder` and `typeSearches`, if given, are those of a reader that comes back to the same
+  // text again and again.
   static std::unique_ptr<MessageElement> parseTopLevel(const MessageWarehouseDefn& warehouse,
                                                        std::shared_ptr<const std::u16string> text,
                                                        ParserStream& stream, const ParseCallback* callback,
-                                                       Extent* extent = nullptr, HeaderTagFinder* tagFinder = nullptr);
+                                                       Extent* extent = nullptr, HeaderTagFinder* tagFinder = nullptr,
+                                                       TypeSearchMemory* typeSearches = nullptr);
   // The next message of the set from the look-ahead and the stream, or null. A set with a parent
   // keeps the message; a set without one hands it over as a root.
   static MessageElement* parseMessage(MessageSetImpl& set, ParseContext& context, LookAheadList& lookAhead,
@@ -55,8 +59,8 @@ class MessageParser {
   static std::unique_ptr<MessageElement> parseFrom(const MessageWarehouseDefn& warehouse,
                                                    const std::shared_ptr<const std::u16string>& text,
                                                    ParserStream& stream, const ParseCallback* callback, Extent* extent,
-                                                   HeaderTagFinder& tagFinder, int32_t& segmentsRead,
-                                                   int32_t& failedEnd, bool& headerAhead);
+                                                   HeaderTagFinder& tagFinder, TypeSearchMemory& typeSearches,
+                                                   int32_t& segmentsRead, int32_t& failedEnd, bool& headerAhead);
 };
 
 }  // namespace vantrelia

@@ -74,7 +74,8 @@ bool MessageReader::next(Item& item) {
 
     StringParserStream stream(window->data() + position, static_cast<int32_t>(window->size() - position));
     MessageParser::Extent extent;
-    std::unique_ptr<MessageElement> message = MessageParser::parseTopLevel(warehouse, window, stream, nullptr, &extent, &headerTags);
+    std::unique_ptr<MessageElement> message = MessageParser::parseTopLevel(warehouse, window, stream, nullptr, &extent, &headerTags,
+                                                                           &typeSearches);
     if (!message) {
       // Nothing in what is held is a message: a little more text may complete one, else all but
       // the held-back end is skipped.

@@ -14,6 +14,7 @@
 #include "elements/MessageElement.h"
 #include "parsing/FailedSegmentEnds.h"
 #include "parsing/HeaderTagFinder.h"
+#include "parsing/TypeSearchMemory.h"
 
 namespace vantrelia {
 
@@ -68,6 +69,7 @@ class MessageReader {
   HeaderTagFinder headerTags;
   // Where in the window the first segments of failed messages ended.
   FailedSegmentEnds failures;
+  TypeSearchMemory typeSearches;
 };
 
 }  // namespace vantrelia

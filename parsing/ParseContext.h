@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "parsing/HeaderTagFinder.h"
+#include "parsing/TypeSearchMemory.h"
 #include "validation/RecordedErrors.h"
 
 namespace vantrelia {
@@ -65,6 +66,8 @@ class ParseContext {
     return *ownTagFinder;
   }
   HeaderTagFinder* tagFinder = nullptr;
+  // Kept by whoever reads the whole text, across its attempts; none for a parse inside a tree.
+  TypeSearchMemory* typeSearches = nullptr;
 
  private:
   std::optional<HeaderTagFinder> ownTagFinder;

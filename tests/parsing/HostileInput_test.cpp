@@ -152,6 +152,8 @@ TEST_F(HostileInputTest, TextPackedWithHeadersIsHandedOverWhole) {
       {repeated("MSH|x|", 3000) + "\r" + adt, {"ADT_A04"}},
       // A good message behind a few broken headers, inside the same segment.
       {repeated("MSH|x|", 3) + orders, {"ORDERS"}},
+      // Segments that may open a message, and no header that names its type anywhere behind them.
+      {repeated("PID|1\rPV1|1|I UNB+x\r", 2000) + adt, {"ADT_A04"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text.substr(0, 60));
