@@ -152,6 +152,9 @@ TEST_F(HostileInputTest, TextPackedWithHeadersIsHandedOverWhole) {
       {repeated("MSH|x|", 3000) + "\r" + adt, {"ADT_A04"}},
       // A good message behind a few broken headers, inside the same segment.
       {repeated("MSH|x|", 3) + orders, {"ORDERS"}},
+      // Behind many broken headers inside the same segment, the rest of that segment is junk, a
+      // good message in it too: it comes to the host as skipped text, not as a message.
+      {repeated("MSH|x|", 20) + orders, {}},
       // Segments that may open a message, and no header that names its type anywhere behind them.
       {repeated("PID|1\rPV1|1|I UNB+x\r", 2000) + adt, {"ADT_A04"}},
   };
