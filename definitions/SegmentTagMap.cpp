@@ -11,14 +11,17 @@ SegmentTagMap::~SegmentTagMap() = default;
 
 void SegmentTagMap::add(std::u16string_view tag, const SegmentDefn& segment) {
   auto found = entries.find(tag);
-  if (found == entries.end()) found = entries.emplace(std::u16string(tag), Entry()).first;
+  if (found == entries.end()) {
+    found = entries.emplace(std::u16string(tag), Entry()).first;
+    byTag.emplace(std::u16string_view(found->first), &found->second);
+  }
   found->second.push_back(&segment);
   if (!tag.empty()) lengths.insert(tag.size());
 }
 
 const SegmentTagMap::Entry* SegmentTagMap::lookup(std::u16string_view tag) const {
-  const auto found = entries.find(tag);
-  return found == entries.end() ? nullptr : &found->second;
+  const auto found = byTag.find(tag);
+  return found == byTag.end() ? nullptr : found->second;
 }
 
 const SegmentTagMap::Entry* SegmentTagMap::matchStream(ParserStream& stream) const {

@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vantrelia {
@@ -22,6 +23,9 @@ class SegmentTagMap {
 
   SegmentTagMap();
   virtual ~SegmentTagMap();
+  // Not copied: the index views the keys of this very map.
+  SegmentTagMap(const SegmentTagMap&) = delete;
+  SegmentTagMap& operator=(const SegmentTagMap&) = delete;
 
   // Adds the segment to the entry of its tag, making the entry if it is new. Only tags that
   // aren't empty count for matchStream.
@@ -41,6 +45,9 @@ class SegmentTagMap {
  private:
   std::map<std::u16string, Entry, std::less<>> entries;
   std::set<size_t, std::greater<>> lengths;
+  // The entries by tag, hashed: every segment read looks its tag up once per length. The keys
+  // view the map's own, which stay put as entries are added.
+  std::unordered_map<std::u16string_view, const Entry*> byTag;
 };
 
 }  // namespace vantrelia

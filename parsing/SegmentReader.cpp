@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include <boost/container/small_vector.hpp>
+
 #include "definitions/MessageDefn.h"
 #include "definitions/MessageItemDefn.h"
 #include "definitions/MessageSetDefn.h"
@@ -78,7 +80,9 @@ class Reader {
   // from the innermost out, then the rest in order after the current one. A segment that closes
   // an embedded message (an X12 GE) belongs to the interchange around it, even when another set
   // (the interchange of another version) has a segment of that tag too.
-  std::vector<int32_t> setOrder() const;
+  // Inline up to a few sets: a read asks for the order once.
+  using SetOrder = boost::container::small_vector<int32_t, 8>;
+  SetOrder setOrder() const;
   const MessageSetDefn& set(int32_t index) const { return *sets[static_cast<size_t>(index)]; }
   bool excluded(int32_t index) const { return context.excludedSets.count(index) != 0; }
 
@@ -119,8 +123,8 @@ class Reader {
   std::optional<std::vector<const SegmentDefn*>> relaxed;
 };
 
-std::vector<int32_t> Reader::setOrder() const {
-  std::vector<int32_t> order;
+Reader::SetOrder Reader::setOrder() const {
+  SetOrder order;
   order.reserve(static_cast<size_t>(setCount));
   const auto add = [&](int32_t index) {
     if (index >= 0 && index < setCount && std::find(order.begin(), order.end(), index) == order.end())
@@ -416,7 +420,7 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
     }
   }
 
-  const std::vector<int32_t> order = setOrder();
+  const SetOrder order = setOrder();
   int32_t tagged = -1;
   const Entry* entry = nullptr;
   for (size_t turn = 0; turn < order.size() && !entry; ++turn) {

@@ -113,9 +113,7 @@ SeparatorList::Slots SeparatorList::savedOrDefinedSlots() const {
   return defined;
 }
 
-void SeparatorList::checkSeparatorIndex(int32_t index) {
-  if (index < 0 || index >= kSeparatorSlots) throw BadParameter(messages::kInvalidSeparator);
-}
+void SeparatorList::refuseSeparatorIndex() { throw BadParameter(messages::kInvalidSeparator); }
 
 // ----- reset and recompute
 
@@ -201,20 +199,6 @@ void SeparatorList::updateActive() {
 
 // ----- queries and changes
 
-std::u16string_view SeparatorList::getSeparatorValue(int32_t index) const {
-  if (index == kCurrent) index = currentSeparator;
-  checkSeparatorIndex(index);
-  if (index == qxSepNone) return {};
-  if (index == qxSepString) return pushedString();
-  return slots[static_cast<size_t>(index)].value;
-}
-
-bool SeparatorList::isSeparatorActive(int32_t index) const {
-  if (index == kCurrent) index = currentSeparator;
-  checkSeparatorIndex(index);
-  if (std::find(levels.begin(), levels.end(), index) == levels.end()) return false;
-  return !levelText(static_cast<ESeparatorType>(index)).empty();
-}
 
 const FieldPathDefn& SeparatorList::getFieldLocation(int32_t index) const {
   checkSeparatorIndex(index);
@@ -224,11 +208,6 @@ const FieldPathDefn& SeparatorList::getFieldLocation(int32_t index) const {
 int32_t SeparatorList::getPosition(int32_t index) const {
   checkSeparatorIndex(index);
   return defnOf(index).getPosition();
-}
-
-const SeparatorImpl& SeparatorList::getSlot(int32_t index) const {
-  checkSeparatorIndex(index);
-  return slots[static_cast<size_t>(index)];
 }
 
 void SeparatorList::setSeparatorValue(int32_t index, std::u16string_view text) {

@@ -14,6 +14,7 @@
 // SeparatorListHeaders.cpp the separators carried by header fields; SeparatorListWrite.cpp the
 // pending separators of writing; SeparatorListEncoding.cpp the replacements in field values.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -99,14 +100,29 @@ class SeparatorList {
 
   // --- queries; indexes run from 0 to 21, and anything else is refused with BadParameter.
   // kCurrent is the top of the stack; qxSepNone has no text and qxSepString the pushed string.
-  std::u16string_view getSeparatorValue(int32_t index) const;
+  // Inline, as the two below: every segment read asks them several times.
+  std::u16string_view getSeparatorValue(int32_t index) const {
+    if (index == kCurrent) index = currentSeparator;
+    checkSeparatorIndex(index);
+    if (index == qxSepNone) return {};
+    if (index == qxSepString) return pushedString();
+    return slots[static_cast<size_t>(index)].value;
+  }
   // In force for reading: on the stack, and in use.
-  bool isSeparatorActive(int32_t index) const;
+  bool isSeparatorActive(int32_t index) const {
+    if (index == kCurrent) index = currentSeparator;
+    checkSeparatorIndex(index);
+    if (std::find(levels.begin(), levels.end(), index) == levels.end()) return false;
+    return !levelText(static_cast<ESeparatorType>(index)).empty();
+  }
   // In use, whether on the stack or not: what writers and the null marker ask.
   bool isInUse(int32_t index) const;
   const FieldPathDefn& getFieldLocation(int32_t index) const;
   int32_t getPosition(int32_t index) const;
-  const SeparatorImpl& getSlot(int32_t index) const;
+  const SeparatorImpl& getSlot(int32_t index) const {
+    checkSeparatorIndex(index);
+    return slots[static_cast<size_t>(index)];
+  }
   EVErrType getValidationErrorSetting(int32_t errorNumber) const;
   void setValidationErrorSetting(int32_t errorNumber, EVErrType setting);
   const SeverityTable& getErrorSettings() const { return errorSettings; }
@@ -266,7 +282,10 @@ class SeparatorList {
   static constexpr std::u16string_view kQuote = u"\"";
   static constexpr std::u16string_view kDoubledQuote = u"\"\"";
 
-  static void checkSeparatorIndex(int32_t index);
+  static void checkSeparatorIndex(int32_t index) {
+    if (index < 0 || index >= kSeparatorSlots) [[unlikely]] refuseSeparatorIndex();
+  }
+  [[noreturn, gnu::cold]] static void refuseSeparatorIndex();
   static bool pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath);
 
   const SeparatorDefn& defnOf(int32_t index) const { return *slots[static_cast<size_t>(index)].defn; }

@@ -5,17 +5,15 @@
 namespace vantrelia {
 
 namespace {
-// Room made for the children of a new node before the first doubling.
+// Room made for the children of a root before the first doubling. Other nodes are mostly the
+// last character of a one-character separator, with no children at all.
 constexpr size_t kRootChildRoom = 8;
-constexpr size_t kChildRoom = 4;
 }  // namespace
 
 SeparatorTrieNode::SeparatorTrieNode() { children.reserve(kRootChildRoom); }
 
 SeparatorTrieNode::SeparatorTrieNode(char16_t character, int32_t level)
-    : character(character), level(level), minLevel(level) {
-  children.reserve(kChildRoom);
-}
+    : character(character), level(level), minLevel(level) {}
 
 SeparatorTrieNode::~SeparatorTrieNode() = default;
 

@@ -115,7 +115,7 @@ class SeparatorTrieNode : public PoolAllocated {
     };
     // The entry of each character by its low byte, so that a character costs one look-up.
     std::array<uint8_t, 256> slotByLowByte;
-    std::vector<Entry> entries;  // one per child, in the order of the children
+    std::vector<Entry, NodePoolAllocator<Entry>> entries;  // one per child, in the order of the children
 #if defined(__SSE2__)
     // With at most eight children: each child's character in all lanes, the last one repeated.
     __m128i lanes[kVectorWidth];
@@ -151,7 +151,7 @@ class SeparatorTrieNode : public PoolAllocated {
 
   char16_t character = 0;
   uint32_t flags = kInner;
-  std::vector<std::unique_ptr<SeparatorTrieNode>> children;  // in order of insertion
+  NodeVector<SeparatorTrieNode> children;  // in order of insertion
   int32_t level = 0;
   int32_t minLevel = 0;  // the lowest level any sequence through here was added with; only drops
   bool hasChildren = false;

@@ -106,6 +106,8 @@ bool StateWalk::parseSegments() {
 }
 
 bool StateWalk::walk(bool& ended) {
+  // One path for every segment, so that its states keep their room from one to the next.
+  ParsePath path;
   while (!ended) {
     if (iterator == lookAhead.end() && stream.atEnd()) break;
     gatherCandidates();
@@ -135,7 +137,8 @@ bool StateWalk::walk(bool& ended) {
       range = rangeOf(name);
       unexpectedCalled = true;
     }
-    ParsePath path{iterator, {}};
+    path.entry = iterator;
+    path.states.clear();
     int count = 0;
     matchCandidates(path, range, count);
     const bool anyName = range.first != range.second;

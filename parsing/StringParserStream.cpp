@@ -126,8 +126,7 @@ void StringParserStream::readChars(int32_t length, ParserToken& token) {
 }
 
 std::unique_ptr<ParserPosition> StringParserStream::savePosition() {
-  return std::make_unique<ParserPosition>(
-      std::make_unique<StringParserPositionData>(current, remaining));
+  return std::make_unique<ParserPositionWith<StringParserPositionData>>(current, remaining);
 }
 
 void StringParserStream::restorePosition(const ParserPosition& position) {
