@@ -4,7 +4,6 @@
 // to change or go. The fields are cut with the list itself while it stands at the level of a
 // segment's start (between the segments of a parse, or after it), else with a copy at that level.
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -53,11 +52,11 @@ class SeparatorCut {
   SeparatorList* live;
   std::unique_ptr<SeparatorList> copy;
   bool busy = false;
-  // What the scan stops at, taken from the live list when the cut is made.
+  // What the scan stops at, taken from the live list when the cut is made: the first stop decides,
+  // so the scan looks for any of them, eight characters at a time.
   bool scannable = false;
   char16_t end = 0;
-  std::array<uint64_t, 2> asciiStops{};
-  std::u16string otherStops;
+  std::u16string stops;
 };
 
 }  // namespace vantrelia

@@ -224,5 +224,43 @@ TEST_F(BundledParseTest, AHeaderWaitsBehindTheFieldsThatCarryItsSeparators) {
   EXPECT_EQ(value(*parse(cases[1].text), "MSH/SendingApplication/UniversalId"), "1");
 }
 
+// The read looks for a segment's end over its fields eight characters at a time: wherever the end,
+// a release character or a quote stands in the text, the segment ends where it does, and it waits
+// in the text only when nothing in it may hide a separator.
+TEST_F(BundledParseTest, TheEndOfASegmentIsFoundWhereverItStands) {
+  const std::string hl7 = "MSH|^~\\&|A|F|C|D|2026||ADT^A01|1|P|2.5\rPID|1||7||";
+  const std::string edifact = "UNA:+.? 'UNB+UNOC:3+A:14+B:14+261123:1015+R1'UNH+1+ORDERS:D:96A:UN'BGM+220+";
+  const std::string edifactRest = "+9'DTM+137:20261123:102'UNS+S'UNT+5+1'UNZ+1+R1'";
+  struct Case {
+    std::string text;
+    const char* segment;  // the segment with the stop
+    const char* path;     // a value in it, and the value
+    std::string expected;
+    const char* next;  // a value of the segment behind it, and the value
+    const char* nextValue;
+    bool waits;
+  };
+  for (size_t place = 1; place <= 24; ++place) {
+    const std::string name(place, 'N');
+    const Case cases[] = {
+        {hl7 + name + "\rPV1|1|I\r", "PID", "PID/PatientName[0]/FamilyName", name, "PV1/PatientClass", "I", true},
+        {hl7 + name + "^G|\"Q\"\rPV1|1|I\r", "PID", "PID/PatientName[0]/FamilyName", name, "PV1/PatientClass", "I",
+         false},
+        {edifact + name + edifactRest, "MESSAGE/BGM", "MESSAGE/BGM/DocumentMessageNumber", name,
+         "MESSAGE/DTM[0]/DateTimePeriod/DateTimePeriod", "20261123", true},
+        {edifact + name + "?'X" + edifactRest, "MESSAGE/BGM", "MESSAGE/BGM/DocumentMessageNumber", name + "'X",
+         "MESSAGE/DTM[0]/DateTimePeriod/DateTimePeriod", "20261123", false},
+    };
+    for (const Case& c : cases) {
+      SCOPED_TRACE(c.text);
+      auto message = parse(c.text);
+      ASSERT_NE(message, nullptr);
+      EXPECT_EQ(static_cast<SegmentImplBase*>(message->getElementAt(c.segment))->hasUncutFields(), c.waits);
+      EXPECT_EQ(value(*message, c.next), c.nextValue);
+      EXPECT_EQ(value(*message, c.path), c.expected);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vantrelia::testing
