@@ -4,6 +4,7 @@
 // of the candidates tell them apart later.
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <set>
@@ -47,7 +48,15 @@ class SegmentTagMap {
   std::set<size_t, std::greater<>> lengths;
   // The entries by tag, hashed: every segment read looks its tag up once per length. The keys
   // view the map's own, which stay put as entries are added.
-  std::unordered_map<std::u16string_view, const Entry*> byTag;
+  struct TagHash {
+    // Tags are a few characters: a multiply per character spreads them well enough.
+    size_t operator()(std::u16string_view tag) const noexcept {
+      uint64_t hash = tag.size();
+      for (const char16_t c : tag) hash = (hash ^ c) * 0x100000001B3ull;
+      return static_cast<size_t>(hash ^ (hash >> 29));
+    }
+  };
+  std::unordered_map<std::u16string_view, const Entry*, TagHash> byTag;
 };
 
 }  // namespace vantrelia

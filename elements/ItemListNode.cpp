@@ -116,7 +116,7 @@ void ItemListNode::addUnknownSegment(SegmentElement* segment) {
 }
 
 void ItemListNode::adoptSegment(SegmentElement& segment, const MessageItemDefn* item) {
-  if (auto* defined = dynamic_cast<SegmentImplBase*>(&segment)) {
+  if (auto* defined = segment.asDefined()) {
     defined->setMessageDefn(messageDefn);
     if (item) defined->setItemDefn(item);
   }

@@ -79,7 +79,7 @@ bool RepeatItemImpl::isEmpty() {
 bool RepeatItemImpl::isChildPresent(int at) { return at >= 0 && at < getElementCount(); }
 
 bool RepeatItemImpl::attachSegment(SegmentElement* segment, int) {
-  if (auto* defined = dynamic_cast<SegmentImplBase*>(segment)) {
+  if (auto* defined = segment->asDefined()) {
     defined->setMessageDefn(messageDefn);
     defined->setItemDefn(itemDefn);
   }

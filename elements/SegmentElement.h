@@ -10,6 +10,8 @@
 
 namespace vantrelia {
 
+class SegmentImplBase;
+
 class SegmentElement : public InternalElement, public ElementContainer {
  public:
   SegmentElement(InternalElement* parent, int32_t index, SeparatorList* separators)
@@ -23,6 +25,10 @@ class SegmentElement : public InternalElement, public ElementContainer {
   SeparatorList* getSeparatorList() override { return separators; }
   // The caller has stored the list already; fields ask their segment, so they need no call.
   virtual void setSeparatorList(SeparatorList* list) { separators = list; }
+
+  // The segment with a definition that this is, or null: asked for every segment placed, where a
+  // dynamic_cast costs more than placing it.
+  virtual SegmentImplBase* asDefined() { return nullptr; }
 
   void setSegmentNumber(int32_t number) { segmentNumber = number; }
   bool isOwnedByTree() const { return ownedByTree; }

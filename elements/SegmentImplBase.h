@@ -29,6 +29,8 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
                   int32_t index, SeparatorList* separators);
   ~SegmentImplBase() override;
 
+  SegmentImplBase* asDefined() override { return this; }
+
   // A copy is of the kind the factory makes for the definition, with copies of the fields.
   std::unique_ptr<MessageElement> clone() override;
   std::unique_ptr<InternalElement> cloneWithParent(InternalElement* newParent) override;

@@ -6,9 +6,9 @@
 
 namespace vantrelia {
 
-void checkIndex(int index, int count) {
+void refuseIndex(int index, int) {
   if (index < 0) throw BadParameter(formatMessage(messages::kIndexBelowZero, index));
-  if (index >= count) throw BadParameter(formatMessage(messages::kIndexTooHigh, index));
+  throw BadParameter(formatMessage(messages::kIndexTooHigh, index));
 }
 
 }  // namespace vantrelia

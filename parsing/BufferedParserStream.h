@@ -23,7 +23,7 @@ class BufferedParserStream : public ParserStream {
   // Asks for `missing` more characters, to go at destination, just behind the ones at hand; a
   // subclass that gets them raises remaining. False when no more text can be had.
   virtual bool fill(const char16_t* destination, int32_t missing) = 0;
-  virtual int32_t getRemaining() const = 0;
+  int32_t getRemaining() const override = 0;
 
  protected:
   BufferedParserStream(const char16_t* text, int32_t length)

@@ -23,7 +23,6 @@
 #include "parsing/SegmentReader.h"
 #include "parsing/SeparatorList.h"
 #include "parsing/StateWalk.h"
-#include "parsing/BufferedParserStream.h"
 #include "validation/ValidationLocation.h"
 
 namespace vantrelia {
@@ -31,8 +30,8 @@ namespace vantrelia {
 namespace {
 
 int32_t offsetOf(const std::u16string& text, ParserStream& stream) {
-  const auto* buffered = dynamic_cast<BufferedParserStream*>(&stream);
-  return buffered ? static_cast<int32_t>(text.size()) - buffered->getRemaining() : -1;
+  const int32_t remaining = stream.getRemaining();
+  return remaining < 0 ? -1 : static_cast<int32_t>(text.size()) - remaining;
 }
 
 // Whether the text at the cursor begins with the tag of a header that opens a message of some set.
@@ -107,7 +106,7 @@ std::optional<std::u16string> typeValue(const MessageSetDefn& set, const FieldPa
     begun = true;
     SegmentElement* element = read.getElement();
     if (!element) continue;
-    auto* defined = dynamic_cast<SegmentImplBase*>(element);
+    auto* defined = element->asDefined();
     if (!defined || segmentName == defined->getSegmentDefn().getName().view()) entry = std::prev(lookAhead.end());
   }
   MessageElement* element = entry->getElement();
@@ -183,7 +182,7 @@ void MessageParser::detachForRetry(MessageImpl& message, LookAheadList& lookAhea
     if (!back) continue;
     back->parent = nullptr;
     back->index = 0;
-    if (auto* defined = dynamic_cast<SegmentImplBase*>(back.get())) defined->setItemDefn(nullptr);
+    if (auto* defined = back->asDefined()) defined->setItemDefn(nullptr);
     back->setSeparatorList(entry.separators.get());
     entry.reclaim(std::move(back));
   }
@@ -224,7 +223,7 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
     if (passStart == byType.end() && !typeKey.empty()) passStart = byType.find(typeKey);
   }
   SegmentElement* first = iterator->getElement();
-  auto* firstDefined = dynamic_cast<SegmentImplBase*>(first);
+  auto* firstDefined = first ? first->asDefined() : nullptr;
   for (int pass = 0; pass < 3; ++pass) {
     for (auto at = passStart; at != byType.end(); ++at) {
       const MessageDefn& candidate = *at->second;

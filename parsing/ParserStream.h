@@ -59,6 +59,8 @@ class ParserStream {
   // How many characters from the cursor on are in memory behind it, up to the end of the text; 0
   // where the text isn't all there.
   virtual int32_t getWholeRemaining() const { return 0; }
+  // How many characters are left from the cursor on; -1 where the stream can't tell.
+  virtual int32_t getRemaining() const { return -1; }
 };
 
 }  // namespace vantrelia

@@ -16,7 +16,6 @@
 #include "definitions/SeparatorDefn.h"
 #include "elements/SegmentFactory.h"
 #include "elements/SegmentImplBase.h"
-#include "parsing/BufferedParserStream.h"
 #include "parsing/ParseContext.h"
 #include "parsing/ParserStream.h"
 #include "parsing/ParserToken.h"
@@ -394,9 +393,7 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   currentStates = states;
   relaxedTable = relaxedStates;
   match.segmentNumber = context.segmentCount++;
-  if (const auto* buffered = dynamic_cast<const BufferedParserStream*>(&stream)) {
-    match.remainingAtStart = buffered->getRemaining();
-  }
+  match.remainingAtStart = stream.getRemaining();
   startSet = context.setIndex;
   skipGroupInitiator();
   if (expected && expected->empty() && context.warehouse.getSettings().ignoreGenericSegments) {
@@ -420,16 +417,24 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
     }
   }
 
-  const SetOrder order = setOrder();
-  int32_t tagged = -1;
-  const Entry* entry = nullptr;
-  for (size_t turn = 0; turn < order.size() && !entry; ++turn) {
-    tagged = order[turn];
-    entry = tagEntry(tagged);
+  // Most segments are of the current set, which comes first in the order: the rest of the order
+  // is made only when that set has no segment of the tag, or none of its segments takes the text.
+  const int32_t current = startSet >= 0 && startSet < setCount ? startSet : 0;
+  int32_t tagged = current;
+  const Entry* entry = tagEntry(tagged);
+  SetOrder order;
+  if (!entry) {
+    order = setOrder();
+    for (size_t turn = 0; turn < order.size() && !entry; ++turn) {
+      if (order[turn] == current) continue;
+      tagged = order[turn];
+      entry = tagEntry(tagged);
+    }
   }
   if (entry) {
     match.position = stream.savePosition();
     if (workOnSet(tagged, *entry, startSet, expected)) return std::move(match);
+    if (order.empty()) order = setOrder();
     for (const int32_t index : order) {
       if (index == tagged || excluded(index)) continue;
       const Entry* other = tagEntry(index);
@@ -482,10 +487,11 @@ void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* s
   const MessageSetDefn& set = *sets[static_cast<size_t>(match.setIndex)];
   const int32_t headers = headerCount(set);
   int32_t place = headers;
-  if (segmentDefn) {
+  if (segmentDefn && headers > 0) {
+    const auto& items = set.getMessages().front()->getItems();
     for (int32_t i = 0; i < headers; ++i) {
-      const SegmentDefn* header = headerItem(set, i).getSegment();
-      if (header && header->getTag() == segmentDefn->getTag()) {
+      const SegmentDefn* header = items[static_cast<size_t>(i)]->getSegment();
+      if (header && (header == segmentDefn || header->getTag() == segmentDefn->getTag())) {
         place = i;
         break;
       }

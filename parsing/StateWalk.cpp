@@ -36,7 +36,8 @@ constexpr char16_t kUnexpectedSegment[] = u"Unexpected segment";
 constexpr char16_t kMatchListFailed[] = u"Message Item Match-List failed to match correctly";
 
 SegmentImplBase* definedSegment(const SegmentMatch& match) {
-  return dynamic_cast<SegmentImplBase*>(match.getElement());
+  SegmentElement* element = match.getElement();
+  return element ? element->asDefined() : nullptr;
 }
 
 int32_t indexOfSet(const MessageWarehouseDefn& warehouse, const MessageSetDefn& set) {
