@@ -46,7 +46,13 @@ bool putSlotValueAt(const std::array<SeparatorImpl, kSeparatorCount>& slots, std
 // ----- replacements and the characters that call for them
 
 void SeparatorList::takeReplacements(SeparatorImpl& slot) {
-  slot.replacementValue = translateValue(slot.defn->getReplacementValue().view());
+  // Most slots have no replacement: every header that carries separators asks for all of them.
+  const std::u16string_view defined = slot.defn->getReplacementValue().view();
+  if (defined.empty()) {
+    slot.replacementValue.clear();
+  } else {
+    slot.replacementValue = translateValue(defined);
+  }
   if (slot.isVariable()) slot.setTerminatorReplacement(translateValue(slot.defn->getTerminatorReplacement().view()));
 }
 

@@ -63,9 +63,15 @@ std::vector<int32_t> SeparatorList::slotsOfField(const FieldPathDefn& fieldPath,
                                    : pathMatches(path, fieldPath);
     if (matches) found.push_back(i);
   }
-  std::stable_sort(found.begin(), found.end(), [this](int32_t a, int32_t b) {
-    return std::abs(defnOf(a).getPosition()) < std::abs(defnOf(b).getPosition());
-  });
+  // Sorted by position in place, equal positions in slot order: a few slots, and every header that
+  // carries separators asks, where a library stable sort takes a buffer from the allocator.
+  for (size_t i = 1; i < found.size(); ++i) {
+    const int32_t slot = found[i];
+    const int32_t position = std::abs(defnOf(slot).getPosition());
+    size_t at = i;
+    for (; at > 0 && std::abs(defnOf(found[at - 1]).getPosition()) > position; --at) found[at] = found[at - 1];
+    found[at] = slot;
+  }
   return found;
 }
 
