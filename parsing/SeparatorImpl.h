@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-namespace vantrelia {
+#include "definitions/SeparatorDefn.h"
 
-class SeparatorDefn;
+namespace vantrelia {
 
 class SeparatorImpl {
  public:
@@ -19,15 +19,20 @@ class SeparatorImpl {
   // Takes the definition's value.
   void takeDefaultValue();
   void setValue(std::u16string text) { value = std::move(text); }
-  // Whether the definition keeps an initiator and terminator apart from the value.
-  bool isVariable() const;
-  uint32_t flags() const;
+  // Whether the definition keeps an initiator and terminator apart from the value. Inline, as
+  // flags, initiator and terminator: every settling of separators asks them for each slot.
+  bool isVariable() const { return (flags() & SeparatorDefn::kVariable) != 0; }
+  uint32_t flags() const { return defn ? defn->getFlags() : 0; }
 
   // A variable separator's initiator and terminator are its definition's, since nothing ever sets
   // them; any other separator's are its value. Kept apart from the value in no copy of the slot:
   // every message parsed makes a list of slots.
-  std::u16string_view initiator() const;
-  std::u16string_view terminator() const;
+  std::u16string_view initiator() const {
+    return isVariable() ? defn->getInitiator().view() : std::u16string_view(value);
+  }
+  std::u16string_view terminator() const {
+    return isVariable() ? defn->getTerminator().view() : std::u16string_view(value);
+  }
   // What stands for the terminator inside data: a variable separator's own, else the separator's.
   std::u16string_view terminatorReplacement() const {
     return isVariable() ? std::u16string_view(variableTerminatorReplacement) : std::u16string_view(replacementValue);

@@ -189,6 +189,9 @@ class SeparatorList {
   std::u16string takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text);
   // Whether a separator is taken from the field at that path.
   bool holdsSeparatorsOf(const FieldPathDefn& fieldPath) const;
+  // A field path as text, as separator definitions name header fields: its name, then "/" and
+  // each index.
+  static std::string pathText(const FieldPathDefn& path);
   // A quick test before a field's path is worked out: whether a separator still to be read may
   // come from field `fieldNumber` (1-based; 0 for one below the segment's own fields) of the
   // segment named so. False only when none can.
@@ -286,7 +289,11 @@ class SeparatorList {
     if (index < 0 || index >= kSeparatorSlots) [[unlikely]] refuseSeparatorIndex();
   }
   [[noreturn, gnu::cold]] static void refuseSeparatorIndex();
-  static bool pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath);
+  // Whether a separator's header field path names the element at elementPath; `element` is
+  // pathText of elementPath, made once by the caller for every slot it asks about.
+  static bool pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath,
+                          std::string_view element);
+
 
   const SeparatorDefn& defnOf(int32_t index) const { return *slots[static_cast<size_t>(index)].defn; }
   // The string of the innermost qxSepString level, empty when none is pushed.

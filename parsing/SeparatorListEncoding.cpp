@@ -258,13 +258,16 @@ std::optional<int32_t> SeparatorList::findInvalidCharacters(const SeparatorField
   const bool escaped = isEscapedField(field);
   const bool quotedType = field.getFieldType() == DataTypeCodes::kQuotedText;
   std::vector<int32_t> checked;
+  // The field's path as text, made once and only if some slot gets that far.
+  std::optional<std::string> element;
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
     const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
     if (i == qxSepDecimal || i == qxSepFiller || (escaped && i == qxSepNull)) continue;
     if (quotedType && i != qxSepSegment && i != qxSepGroup && i != qxSepMessage) continue;
     if (slot.value.empty() || (fromWire && !slot.known)) continue;
     if (field.isSeparatorAllowed(i) || !slot.replacementValue.empty()) continue;
-    if (pathMatches(slot.defn->getFieldPath(), field.getFieldPath())) continue;
+    if (!element) element = pathText(field.getFieldPath());
+    if (pathMatches(slot.defn->getFieldPath(), field.getFieldPath(), *element)) continue;
     checked.push_back(i);
   }
 

@@ -19,13 +19,13 @@
 
 namespace vantrelia {
 
-namespace {
-
-std::string pathText(const FieldPathDefn& path) {
+std::string SeparatorList::pathText(const FieldPathDefn& path) {
   std::string text = path.getName().str();
   for (const int32_t index : path.getIndexes()) text += "/" + std::to_string(index);
   return text;
 }
+
+namespace {
 
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && equalIgnoringCase(text.substr(0, prefix.size()), prefix);
@@ -33,34 +33,36 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
 
 // Whether a separator's header field lies under path, compared without case.
 bool fieldLiesUnder(const FieldPathDefn& fieldPath, std::string_view path) {
-  return fieldPath.getName().length() != 0 && startsWithIgnoringCase(pathText(fieldPath), path);
+  return fieldPath.getName().length() != 0 && startsWithIgnoringCase(SeparatorList::pathText(fieldPath), path);
 }
 
 }  // namespace
 
-bool SeparatorList::pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath) {
+bool SeparatorList::pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath,
+                                std::string_view element) {
   const std::string_view wanted = separatorPath.getName().view();
   if (wanted.empty()) return false;
   if (separatorPath.isNumeric()) {
     return elementPath.isNumeric() && equalIgnoringCase(wanted, elementPath.getName().view()) &&
            separatorPath.getIndexes() == elementPath.getIndexes();
   }
-  const std::string element = pathText(elementPath);
   if (equalIgnoringCase(wanted, element)) return true;
   // The end of a longer element path, starting behind a "/".
   return element.size() > wanted.size() && element[element.size() - wanted.size() - 1] == '/' &&
-         equalIgnoringCase(std::string_view(element).substr(element.size() - wanted.size()), wanted);
+         equalIgnoringCase(element.substr(element.size() - wanted.size()), wanted);
 }
 
 std::vector<int32_t> SeparatorList::slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const {
   std::vector<int32_t> found;
+  // The element's path as text, made once for all slots.
+  const std::string element = exactPath ? std::string() : pathText(fieldPath);
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
     const SeparatorDefn& defn = defnOf(i);
     const FieldPathDefn& path = defn.getFieldPath();
     if ((defn.getPosition() < 0) != endPositions) continue;
     const bool matches = exactPath ? !path.isNumeric() && !fieldPath.isNumeric() && path.getName().length() != 0 &&
                                          equalIgnoringCase(path.getName().view(), fieldPath.getName().view())
-                                   : pathMatches(path, fieldPath);
+                                   : pathMatches(path, fieldPath, element);
     if (matches) found.push_back(i);
   }
   // Sorted by position in place, equal positions in slot order: a few slots, and every header that
