@@ -75,9 +75,10 @@ bool FieldImpl::writeField(bool mayOmitFill, SeparatorList& list, bool minimize,
   const WarehouseSettings& settings = FactorySettings::of(set);
 
   std::u16string text;
-  const std::u16string marker = nullText();
-  if (isNull() && !marker.empty()) {
-    text = marker;
+  // The null marker is looked up for null values only: every field written would copy it.
+  if (isNull()) text = nullText();
+  if (!text.empty()) {
+    // The marker stands for the value.
   } else if (isEmpty() && getCountKind() == 0 && !calculated && !minimize) {
     if (required) text = messageTypeValue(*this);
     if (text.empty() && (required || (settings.flags & qxOutputDefaultValuesForOptionalFields))) {
