@@ -476,7 +476,8 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::string_view p
   const FieldListDefn* fieldsOf = segmentDefn;
   for (ElementPath::Step step = ElementPath::split(path, false); !step.head.empty();
        step = ElementPath::split(step.rest, false)) {
-    if (!fieldsOf || depth == kPeekDepth || step.head.find_first_of("[]()*") != std::string_view::npos) {
+    const auto indexed = [](char c) { return c == '[' || c == ']' || c == '(' || c == ')' || c == '*'; };
+    if (!fieldsOf || depth == kPeekDepth || std::any_of(step.head.begin(), step.head.end(), indexed)) {
       return std::nullopt;
     }
     const auto& fields = fieldsOf->getFields();

@@ -112,7 +112,7 @@ std::optional<std::u16string> typeValue(const MessageSetDefn& set, const FieldPa
   MessageElement* element = entry->getElement();
   // A header left uncut is read where it stands: cutting all of it for one value costs more than
   // the rest of its message.
-  if (auto* segment = dynamic_cast<SegmentImplBase*>(element); segment && segment->hasUncutFields()) {
+  if (auto* segment = entry->getElement()->asDefined(); segment && segment->hasUncutFields()) {
     std::optional<std::u16string> value;
     if (!fieldPath.empty()) {
       value = segment->peekUncutValue(fieldPath);
