@@ -462,7 +462,7 @@ bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, u
   skipped.useView = true;
   stream.readChars(length, skipped);
   list.popSeparator();
-  finishSegmentParse(stream, endMask, false, status, errors, location);
+  finishSegmentParse(stream, endMask, false, status, errors, location, true);
   uncut = std::move(cut);
   uncutFrom = static_cast<int16_t>(firstField);
   uncutLastFilled = lastFieldFilled;
@@ -712,7 +712,7 @@ bool SegmentImplBase::matchFields() {
 }
 
 void SegmentImplBase::finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
-                                         RecordedErrors& errors, ValidationLocation& location) {
+                                         RecordedErrors& errors, ValidationLocation& location, bool atSegmentEnd) {
   SeparatorList& list = *separators;
   const std::string_view name = segmentDefn->getName().view();
   const bool segmentWasActive = list.isSeparatorActive(qxSepSegment);
@@ -723,7 +723,8 @@ void SegmentImplBase::finishSegmentParse(ParserStream& stream, uint32_t endMask,
 
   ParserToken extra;
   extra.useView = true;
-  if (segmentWasActive || !list.isSeparatorActive(qxSepSegment)) {
+  // A scan that stopped at the segment separator, or at the end of the text, leaves nothing between.
+  if (!atSegmentEnd && (segmentWasActive || !list.isSeparatorActive(qxSepSegment))) {
     if (list.isTrieDirty()) list.buildTrie();
     stream.readToken(list.getTrie(), extra, 0, false);
   }

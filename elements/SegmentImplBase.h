@@ -156,9 +156,10 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   // The match list: a segment whose match fields are empty isn't this segment.
   bool matchFields();
   // Behind the fields: the separators the text declared at its end, then the separator that ends
-  // the segment, with what stands before it reported as extra data.
+  // the segment, with what stands before it reported as extra data. atSegmentEnd: the stream stands
+  // at the segment separator or the end of the text already, so nothing stands before it.
   void finishSegmentParse(ParserStream& stream, uint32_t endMask, bool useGeneric, uint32_t& status,
-                          RecordedErrors& errors, ValidationLocation& location);
+                          RecordedErrors& errors, ValidationLocation& location, bool atSegmentEnd = false);
 
   enum class WriteStart {
     kSkipped,  // nothing written: an empty optional segment
