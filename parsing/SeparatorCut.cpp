@@ -16,6 +16,12 @@ SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
   scannable = segment.active && segment.value.size() == 1 && plain(segment.initiator()) && plain(segment.terminator());
   if (!scannable) return;
   end = segment.value.front();
+  // A zero never matches in a stream's text, so a separator read as zero ends nothing there:
+  // only reading the fields can tell where such a segment ends.
+  if (end == u'\0') {
+    scannable = false;
+    return;
+  }
   // What may make the separator part of a value: a quote, which a value may open and run to its
   // closing one, and the first character of a replacement (an escape or a release).
   std::u16string hiding = u"\"";
