@@ -79,7 +79,7 @@ class Reader {
   // from the innermost out, then the rest in order after the current one. A segment that closes
   // an embedded message (an X12 GE) belongs to the interchange around it, even when another set
   // (the interchange of another version) has a segment of that tag too.
-  // Inline up to a few sets: a read asks for the order once.
+  // Kept inline up to a few sets.
   using SetOrder = boost::container::small_vector<int32_t, 8>;
   SetOrder setOrder() const;
   const MessageSetDefn& set(int32_t index) const { return *sets[static_cast<size_t>(index)]; }
