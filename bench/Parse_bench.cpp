@@ -188,6 +188,11 @@ std::u16string hostileText(int kind, size_t count) {
       text.clear();
       for (size_t i = 0; i < count; ++i) text += "UNB+UNOA:1+A+B+X'";
       break;
+    case 5:  // one batch of many small messages, each embedded in the batch
+      text = "BHS|^~\\&|A\r";
+      for (size_t i = 0; i < count; ++i) text += "MSH|^~\\&|A|B|C|D|20||ADT^A08\rEVN|A08\rPID|1\rPV1|1|I\r";
+      text += "BTS|" + std::to_string(count) + "\r";
+      break;
     case 0:  // many tiny segments of a tag no set knows
       text += "123\r";
       for (size_t i = 0; i < count; ++i) text += "ZZ1|x\r";
@@ -222,12 +227,14 @@ void BM_Hostile_HugeSegment(benchmark::State& state) { hostileBenchmark(state, 1
 void BM_Hostile_Repeats(benchmark::State& state) { hostileBenchmark(state, 2); }
 void BM_Hostile_PackedHeaders(benchmark::State& state) { hostileBenchmark(state, 3); }
 void BM_Hostile_HeadersOnly(benchmark::State& state) { hostileBenchmark(state, 4); }
+void BM_Hostile_BatchOfMessages(benchmark::State& state) { hostileBenchmark(state, 5); }
 
 BENCHMARK(BM_Hostile_TinySegments)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity(benchmark::oN);
 BENCHMARK(BM_Hostile_HugeSegment)->RangeMultiplier(4)->Range(1 << 10, 1 << 18)->Complexity(benchmark::oN);
 BENCHMARK(BM_Hostile_Repeats)->RangeMultiplier(4)->Range(1 << 10, 1 << 16)->Complexity(benchmark::oN);
 BENCHMARK(BM_Hostile_PackedHeaders)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity(benchmark::oN);
 BENCHMARK(BM_Hostile_HeadersOnly)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity(benchmark::oN);
+BENCHMARK(BM_Hostile_BatchOfMessages)->RangeMultiplier(4)->Range(1 << 6, 1 << 12)->Complexity(benchmark::oN);
 
 }  // namespace
 }  // namespace vantrelia::bench

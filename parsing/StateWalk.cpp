@@ -68,7 +68,9 @@ StateWalk::StateWalk(MessageImpl& message, ParseContext& context, LookAheadList&
                      ValidationLocation& location)
     : message(message), defn(message.getMessageDefn()), context(context), lookAhead(lookAhead),
       iterator(iterator), stream(stream), callback(callback), location(location),
-      messageSetIndex(indexOfSet(context.warehouse, message.getMessageDefn().getSet())) {}
+      messageSetIndex(indexOfSet(context.warehouse, message.getMessageDefn().getSet())) {
+  if (iterator != lookAhead.begin()) beforeStart = std::prev(iterator);
+}
 
 bool StateWalk::parseSegments() {
   message.setTreeChanged(true);
@@ -639,7 +641,10 @@ void StateWalk::cleanUp() {
   // given up, they go back to their entries with the rest of it and are offered to the next
   // candidate, instead of dying with the failed message. The outermost message clears them.
   const bool embedded = message.parent != nullptr;
-  for (auto entry = lookAhead.begin(); entry != iterator;) {
+  // An embedded message starts behind the entries of the messages before it; the outermost clears
+  // all.
+  auto entry = embedded && beforeStart ? std::next(*beforeStart) : lookAhead.begin();
+  while (entry != iterator) {
     if (entry->ownsElement()) {
       entry->getElement()->forgetParserPositions(context.errors);
       entry->dropElement();

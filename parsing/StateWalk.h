@@ -6,6 +6,7 @@
 // content: it answers false only when this message can't be the text's.
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -81,6 +82,11 @@ class StateWalk {
   ParseContext& context;
   LookAheadList& lookAhead;
   LookAheadList::iterator& iterator;
+  // The entry before the message's first one, if any: cleaning up starts behind it. Entries before
+  // it are older messages' (cleaned up when they ended) or the enclosing message's (cleaned up when
+  // it ends), and walking them again for every embedded message of a batch takes time by the square
+  // of its length. No message nested in this one erases it.
+  std::optional<LookAheadList::iterator> beforeStart;
   ParserStream& stream;
   const ParseCallback* callback;
   ValidationLocation& location;
