@@ -82,4 +82,14 @@ const std::vector<SegmentDefn::WideText>& SegmentDefn::getSortedFieldNames() con
   return *sortedFieldNames;
 }
 
+const SegmentDefn::PathIndexes& SegmentDefn::indexesOfPath(
+    std::string_view path, PathIndexes (*resolve)(const SegmentDefn&, std::string_view)) const {
+  ScopedLock lock(resolvedPathsLock);
+  for (const auto& [known, indexes] : resolvedPaths) {
+    if (known == path) return indexes;
+  }
+  // The paths asked for are the message type fields of the sets, a few per segment.
+  return resolvedPaths.emplace_back(std::string(path), resolve(*this, path)).second;
+}
+
 }  // namespace vantrelia

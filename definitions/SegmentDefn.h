@@ -5,9 +5,13 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "definitions/FieldDefn.h"
@@ -78,6 +82,15 @@ class SegmentDefn : public FieldListDefn {
   // safe from several threads.
   const std::vector<WideText>& getSortedFieldNames() const;
 
+  // A path of field names below the segment as the 0-based indexes it leads to, or none where a
+  // step leads nowhere: `resolve` works it out the first time a path is asked for, and the answer
+  // is kept, since the message type fields of every message read ask for the same few paths. Safe
+  // from several threads.
+  using PathIndexes = std::optional<std::vector<int32_t>>;
+  // What comes back stays put for the life of the definition.
+  const PathIndexes& indexesOfPath(std::string_view path,
+                                   PathIndexes (*resolve)(const SegmentDefn&, std::string_view)) const;
+
  private:
   // Flag 0x08 comes from the message items read after the segment.
   friend class MessageItemDefn;
@@ -102,6 +115,8 @@ class SegmentDefn : public FieldListDefn {
   mutable std::atomic<const std::vector<WideText>*> sortedFieldNamesReady{nullptr};
   mutable Mutex sortedFieldNamesLock;
   mutable std::atomic<int8_t> endsAtSeparator{-1};
+  mutable std::deque<std::pair<std::string, PathIndexes>> resolvedPaths;
+  mutable Mutex resolvedPathsLock;
 };
 
 }  // namespace vantrelia

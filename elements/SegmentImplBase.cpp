@@ -471,23 +471,27 @@ bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, u
 }
 
 std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::string_view path) const {
-  std::array<int32_t, kPeekDepth> indexes{};
-  size_t depth = 0;
-  const FieldListDefn* fieldsOf = segmentDefn;
-  for (ElementPath::Step step = ElementPath::split(path, false); !step.head.empty();
-       step = ElementPath::split(step.rest, false)) {
-    const auto indexed = [](char c) { return c == '[' || c == ']' || c == '(' || c == ')' || c == '*'; };
-    if (!fieldsOf || depth == kPeekDepth || std::any_of(step.head.begin(), step.head.end(), indexed)) {
-      return std::nullopt;
+  if (!uncut) return std::nullopt;
+  const SegmentDefn::PathIndexes& indexes = segmentDefn->indexesOfPath(path, [](const SegmentDefn& defn, std::string_view names) {
+    SegmentDefn::PathIndexes found(std::in_place);
+    const FieldListDefn* fieldsOf = &defn;
+    for (ElementPath::Step step = ElementPath::split(names, false); !step.head.empty();
+         step = ElementPath::split(step.rest, false)) {
+      const auto indexed = [](char c) { return c == '[' || c == ']' || c == '(' || c == ')' || c == '*'; };
+      if (!fieldsOf || found->size() == kPeekDepth || std::any_of(step.head.begin(), step.head.end(), indexed)) {
+        return SegmentDefn::PathIndexes();
+      }
+      const auto& fields = fieldsOf->getFields();
+      size_t index = 0;
+      while (index < fields.size() && !equalIgnoringCase(step.head, fields[index]->getName().view())) ++index;
+      if (index == fields.size()) return SegmentDefn::PathIndexes();
+      found->push_back(static_cast<int32_t>(index));
+      fieldsOf = fields[index]->isComposite() ? fields[index]->getComposite() : nullptr;
     }
-    const auto& fields = fieldsOf->getFields();
-    size_t index = 0;
-    while (index < fields.size() && !equalIgnoringCase(step.head, fields[index]->getName().view())) ++index;
-    if (index == fields.size()) return std::nullopt;
-    indexes[depth++] = static_cast<int32_t>(index);
-    fieldsOf = fields[index]->isComposite() ? fields[index]->getComposite() : nullptr;
-  }
-  return peekUncutValue(std::span<const int32_t>(indexes.data(), depth));
+    return found;
+  });
+  if (!indexes) return std::nullopt;
+  return peekUncutValue(std::span<const int32_t>(indexes->data(), indexes->size()));
 }
 
 std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const int32_t> path) const {

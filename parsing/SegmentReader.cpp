@@ -1,8 +1,7 @@
 #include "parsing/SegmentReader.h"
 
 #include <algorithm>
-#include <map>
-#include <optional>
+#include <iterator>
 #include <string>
 
 #include <boost/container/small_vector.hpp>
@@ -95,9 +94,10 @@ class Reader {
     SegmentReader::selectSeparators(context, segment, match);
     return attempt(segment, unconditional);
   }
-  // The segments of the relaxed transitions out of the walk's states, in name order; null when
-  // the walk has no relaxed table. Made on first use: most segments are one of the expected ones.
-  const std::vector<const SegmentDefn*>* relaxedSegments();
+  // The segments of the relaxed transitions out of the walk's states that `wanted` takes, in name
+  // order, each once; none when the walk has no relaxed table.
+  template <typename Wanted>
+  std::vector<const SegmentDefn*> relaxedSegments(Wanted wanted) const;
   // The candidates of one list that are in `entry`: those with a match list get an attempt, then
   // the first without one is taken unconditionally.
   bool tryCandidates(const std::vector<const SegmentDefn*>& candidates, const Entry& entry, bool fromOwner);
@@ -119,7 +119,6 @@ class Reader {
   int32_t startSet = -1;
   const std::vector<int32_t>* currentStates = nullptr;
   const StateTable* relaxedTable = nullptr;
-  std::optional<std::vector<const SegmentDefn*>> relaxed;
 };
 
 Reader::SetOrder Reader::setOrder() const {
@@ -168,27 +167,39 @@ bool Reader::attempt(const SegmentDefn* segment, bool unconditional) {
   return false;
 }
 
-const std::vector<const SegmentDefn*>* Reader::relaxedSegments() {
-  if (!currentStates || !relaxedTable) return nullptr;
-  if (relaxed) return &*relaxed;
-  std::multimap<std::string, const SegmentDefn*> byName;
+template <typename Wanted>
+std::vector<const SegmentDefn*> Reader::relaxedSegments(Wanted wanted) const {
+  std::vector<const SegmentDefn*> result;
+  if (!currentStates || !relaxedTable) return result;
   for (int32_t state : *currentStates) {
     if (state < 0 || state >= static_cast<int32_t>(relaxedTable->size())) continue;
     for (const ParseTransition& transition : (*relaxedTable)[static_cast<size_t>(state)]->getTransitions()) {
       const MessageItemDefn* item = transition.target ? transition.target->getItem() : nullptr;
-      if (item && item->getMessageItemType() == MessageItemDefn::kSegmentItem && item->getSegment()) {
-        byName.emplace(item->getSegment()->getName().c_str(), item->getSegment());
-      }
+      if (!item || item->getMessageItemType() != MessageItemDefn::kSegmentItem || !item->getSegment()) continue;
+      const SegmentDefn* segment = item->getSegment();
+      if (wanted(segment) && std::find(result.begin(), result.end(), segment) == result.end()) result.push_back(segment);
     }
   }
-  std::vector<const SegmentDefn*>& result = relaxed.emplace();
-  for (const auto& [name, segment] : byName) {
-    if (std::find(result.begin(), result.end(), segment) == result.end()) result.push_back(segment);
+  // In name order, equal names in the order of the transitions. Only the few the caller wants are
+  // sorted: a relaxed state may lead to every segment of its message, and the end of every message
+  // asks.
+  for (size_t i = 1; i < result.size(); ++i) {
+    const SegmentDefn* segment = result[i];
+    size_t at = i;
+    for (; at > 0 && segment->getName().view() < result[at - 1]->getName().view(); --at) result[at] = result[at - 1];
+    result[at] = segment;
   }
-  return &result;
+  return result;
 }
 
 bool Reader::tryCandidates(const std::vector<const SegmentDefn*>& candidates, const Entry& entry, bool fromOwner) {
+  if (entry.size() == 1) {
+    // Most tags name one segment: whether the candidates hold it is the whole question.
+    const SegmentDefn* segment = entry.front();
+    if (std::find(candidates.begin(), candidates.end(), segment) == candidates.end()) return false;
+    const bool unconditional = !hasMatchList(segment);
+    return fromOwner ? attemptFromOwner(segment, unconditional) : attempt(segment, unconditional);
+  }
   for (const SegmentDefn* segment : candidates) {
     if (!inEntry(entry, segment) || !hasMatchList(segment)) continue;
     if (fromOwner ? attemptFromOwner(segment, false) : attempt(segment, false)) return true;
@@ -212,8 +223,9 @@ bool Reader::workOnSet(int32_t setIndex, const Entry& entry, int32_t start,
     }
   }
   if (expected && tryCandidates(*expected, entry, true)) return true;
-  const std::vector<const SegmentDefn*>* relaxedList = relaxedSegments();
-  if (relaxedList && tryCandidates(*relaxedList, entry, false)) return true;
+  const std::vector<const SegmentDefn*> relaxedList =
+      relaxedSegments([&](const SegmentDefn* segment) { return inEntry(entry, segment); });
+  if (tryCandidates(relaxedList, entry, false)) return true;
   return tryCandidates(entry, entry, false);
 }
 
@@ -247,17 +259,14 @@ bool Reader::tryUntagged(int32_t start, const std::vector<const SegmentDefn*>* e
       }
     }
   }
-  const auto untaggedOf = [](const std::vector<const SegmentDefn*>& list) {
-    std::vector<const SegmentDefn*> result;
-    for (const SegmentDefn* segment : list) {
-      if (segment->getTag().empty()) result.push_back(segment);
-    }
-    return result;
-  };
+  const auto untagged = [](const SegmentDefn* segment) { return segment->getTag().empty(); };
   for (int pass = 0; pass < 2; ++pass) {
-    const std::vector<const SegmentDefn*>* list = pass == 0 ? expected : relaxedSegments();
-    if (!list) continue;
-    const std::vector<const SegmentDefn*> candidates = untaggedOf(*list);
+    std::vector<const SegmentDefn*> candidates;
+    if (pass == 0 && expected) {
+      std::copy_if(expected->begin(), expected->end(), std::back_inserter(candidates), untagged);
+    } else if (pass == 1) {
+      candidates = relaxedSegments(untagged);
+    }
     for (const SegmentDefn* segment : candidates) {
       if (!hasMatchList(segment)) continue;
       if (attemptFromOwner(segment, false)) return true;

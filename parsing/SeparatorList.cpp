@@ -9,6 +9,7 @@
 #include "foundation/NodePool.h"
 #include "parsing/ParsingMessages.h"
 #include "parsing/SeparatorCut.h"
+#include "parsing/SeparatorSlotIndex.h"
 
 namespace vantrelia {
 
@@ -24,8 +25,12 @@ SeparatorList::SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, 
       trimSegments(messageSet.getTrimSegments()),
       fixedWidth(fixedWidth),
       parent(parent),
-      trie(std::make_unique<SeparatorTrieNode>()) {
-  for (int32_t i = 0; i < kSeparatorSlots; ++i) slots[static_cast<size_t>(i)] = SeparatorImpl(messageSet.getSeparator(i));
+      trie(std::make_unique<SeparatorTrieNode>()),
+      slotIndex(std::make_shared<SeparatorSlotIndex>()) {
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)] = SeparatorImpl(messageSet.getSeparator(i));
+    if (slot.defn->getPosition() >= 0 && slot.defn->getFieldPath().getName().length() != 0) fieldSlots |= 1u << i;
+  }
   if (messageSet.getGenericParsing()) genericTrie = std::make_unique<SeparatorTrieNode>();
 }
 
@@ -42,11 +47,14 @@ SeparatorList::SeparatorList(const SeparatorList& other)
       savedSlots(other.savedSlots ? std::make_unique<Slots>(*other.savedSlots) : nullptr),
       currentSeparator(other.currentSeparator),
       levels(other.levels),
+      levelMask(other.levelMask),
       specialStrings(other.specialStrings),
       levelFixedWidth(other.levelFixedWidth),
       trie(std::make_unique<SeparatorTrieNode>()),
       crlfEquivalent(other.crlfEquivalent),
-      errorSettings(other.errorSettings) {
+      errorSettings(other.errorSettings),
+      slotIndex(other.slotIndex),
+      fieldSlots(other.fieldSlots) {
   if (other.genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
   rebuildReplaceOrder();
   rebuildCharacterSets();
@@ -63,11 +71,14 @@ SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList
       currentSeparator(prototype.currentSeparator),
       replaceOrder(prototype.replaceOrder),
       levels(prototype.levels),
+      levelMask(prototype.levelMask),
       levelFixedWidth(prototype.levelFixedWidth),
       trie(std::make_unique<SeparatorTrieNode>()),
       mustQuoteCharacters(prototype.mustQuoteCharacters),
       mustEncodeCharacters(prototype.mustEncodeCharacters),
-      errorSettings(prototype.errorSettings) {
+      errorSettings(prototype.errorSettings),
+      slotIndex(prototype.slotIndex),
+      fieldSlots(prototype.fieldSlots) {
   if (prototype.genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
   trie->setLevel(static_cast<int32_t>(levels.size()));
   // The one thing a reset takes from the warehouse's settings, which may have changed since.
@@ -157,6 +168,7 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
 
 void SeparatorList::resetLevels() {
   levels.assign(std::begin(kBaseLevels), std::end(kBaseLevels));
+  noteLevels();
   trie->setLevel(static_cast<int32_t>(levels.size()));
   currentSeparator = qxSepSegment;
   specialStrings.clear();

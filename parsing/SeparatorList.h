@@ -40,6 +40,7 @@ class MessageSetDefn;
 class PrimitiveTypeDefn;
 class SegmentDefn;
 class SeparatorCut;
+class SeparatorSlotIndex;
 struct ParserToken;
 
 // What the list needs to know of a field element while reading its value or checking it. The
@@ -112,7 +113,7 @@ class SeparatorList {
   bool isSeparatorActive(int32_t index) const {
     if (index == kCurrent) index = currentSeparator;
     checkSeparatorIndex(index);
-    if (std::find(levels.begin(), levels.end(), index) == levels.end()) return false;
+    if (!(levelMask >> index & 1u)) return false;
     return !levelText(static_cast<ESeparatorType>(index)).empty();
   }
   // In use, whether on the stack or not: what writers and the null marker ask.
@@ -316,6 +317,11 @@ class SeparatorList {
   void keepCut();
 
   // --- levels
+  // Works levelMask out again after the stack changed other than by a push.
+  void noteLevels() {
+    levelMask = 0;
+    for (const ESeparatorType level : levels) levelMask |= 1u << level;
+  }
   void addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level);
   // Takes the sequences of popped levels out of force for every level.
   void flushOutOfForce();
@@ -334,7 +340,9 @@ class SeparatorList {
 
   // --- header fields
   // Slots of header field separators, in rising position (negative: rising absolute position).
-  std::vector<int32_t> slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const;
+  // Asked of the set's shared index; findSlotsOfField works them out.
+  const std::vector<int32_t>& slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const;
+  std::vector<int32_t> findSlotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const;
   // The texts of a header field's separators, known ones as read and the others as defined.
   std::u16string collectSlots(const FieldPathDefn& fieldPath, bool endPositions) const;
   void readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream);
@@ -353,6 +361,15 @@ class SeparatorList {
   // The slot's replacements from its definition, in this message's separators.
   void takeReplacements(SeparatorImpl& slot);
   void takeReplacements();
+  // asIs: what translatesAsIs says, once some slot has asked.
+  void takeReplacements(SeparatorImpl& slot, std::optional<bool>& asIs);
+  // The definition's text of a slot whose value is settled, else empty: what translateValue maps.
+  std::u16string_view settledDefinition(const SeparatorImpl& slot) const;
+  // Whether every settled slot holds its definition's text, so that translateValue gives any text
+  // back as it is: most messages use the separators their set defines.
+  bool translatesAsIs() const;
+  // translateValue past that check.
+  std::u16string translateChanged(std::u16string_view text) const;
   void rebuildReplaceOrder();
   void rebuildCharacterSets();
   std::u16string_view entryText(const ReplaceEntry& entry) const;
@@ -378,6 +395,9 @@ class SeparatorList {
   int32_t currentSeparator = qxSepSegment;
   std::vector<ReplaceEntry> replaceOrder;
   std::vector<ESeparatorType> levels;
+  // Bit N set while separator N stands on the stack: what isSeparatorActive asks several times for
+  // every segment, without a search.
+  uint32_t levelMask = 0;
   // Pushed strings stay put as more are pushed, as with the deque this once was; unlike a deque,
   // an empty list costs no allocation, and every message's list is copied with one.
   std::list<std::u16string> specialStrings;
@@ -399,6 +419,11 @@ class SeparatorList {
   SeverityTable errorSettings;
   // Shared with the segments read under the slots as they stand; not copied with the list.
   std::shared_ptr<SeparatorCut> cut;
+  // Shared by every list copied from this one: the slot definitions are the set's.
+  std::shared_ptr<SeparatorSlotIndex> slotIndex;
+  // Bit N set when slot N is read from a position in a header field: the slots mayTakeFromField
+  // looks at, for every field of a header.
+  uint32_t fieldSlots = 0;
 };
 
 }  // namespace vantrelia

@@ -6,6 +6,7 @@
 #include "parsing/SeparatorList.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "definitions/DataTypeCodes.h"
 #include "definitions/FieldPathDefn.h"
@@ -45,19 +46,39 @@ bool putSlotValueAt(const std::array<SeparatorImpl, kSeparatorCount>& slots, std
 
 // ----- replacements and the characters that call for them
 
-void SeparatorList::takeReplacements(SeparatorImpl& slot) {
+void SeparatorList::takeReplacements(SeparatorImpl& slot, std::optional<bool>& asIs) {
   // Most slots have no replacement: every header that carries separators asks for all of them.
+  // Whether the definition's texts stand is asked only for a slot that has one, and only once.
+  const auto translated = [&](std::u16string_view defined) {
+    if (!asIs) asIs = translatesAsIs();
+    return *asIs ? std::u16string(defined) : translateChanged(defined);
+  };
   const std::u16string_view defined = slot.defn->getReplacementValue().view();
   if (defined.empty()) {
     slot.replacementValue.clear();
   } else {
-    slot.replacementValue = translateValue(defined);
+    slot.replacementValue = translated(defined);
   }
-  if (slot.isVariable()) slot.setTerminatorReplacement(translateValue(slot.defn->getTerminatorReplacement().view()));
+  if (slot.isVariable()) {
+    const std::u16string_view terminator = slot.defn->getTerminatorReplacement().view();
+    slot.setTerminatorReplacement(terminator.empty() ? std::u16string() : translated(terminator));
+  }
+}
+
+void SeparatorList::takeReplacements(SeparatorImpl& slot) {
+  std::optional<bool> asIs;
+  takeReplacements(slot, asIs);
 }
 
 void SeparatorList::takeReplacements() {
-  for (SeparatorImpl& slot : slots) takeReplacements(slot);
+  std::optional<bool> asIs;
+  for (SeparatorImpl& slot : slots) {
+    if (slot.defn->getReplacementValue().length() == 0 && !slot.isVariable()) {
+      slot.replacementValue.clear();
+    } else {
+      takeReplacements(slot, asIs);
+    }
+  }
 }
 
 std::u16string_view SeparatorList::entryText(const ReplaceEntry& entry) const {
@@ -104,15 +125,27 @@ void SeparatorList::rebuildCharacterSets() {
 
 // ----- values
 
+std::u16string_view SeparatorList::settledDefinition(const SeparatorImpl& slot) const {
+  const bool settled = slot.known || (!fromWire && !slot.value.empty());
+  return settled ? slot.defn->getValue().view() : std::u16string_view();
+}
+
+bool SeparatorList::translatesAsIs() const {
+  return std::all_of(slots.begin(), slots.end(), [&](const SeparatorImpl& slot) {
+    const std::u16string_view defined = settledDefinition(slot);
+    return defined.empty() || slot.value == defined;
+  });
+}
+
 std::u16string SeparatorList::translateValue(std::u16string_view text) const {
-  // Most slots have no replacement; every reset asks for each of them.
-  if (text.empty()) return {};
+  if (text.empty() || translatesAsIs()) return std::u16string(text);
+  return translateChanged(text);
+}
+
+std::u16string SeparatorList::translateChanged(std::u16string_view text) const {
   std::u16string result;
   result.reserve(text.size());
-  const auto defaultText = [this](const SeparatorImpl& slot) {
-    const bool settled = slot.known || (!fromWire && !slot.value.empty());
-    return settled ? slot.defn->getValue().view() : std::u16string_view();
-  };
+  const auto defaultText = [this](const SeparatorImpl& slot) { return settledDefinition(slot); };
   for (size_t at = 0; at < text.size();) {
     if (!putSlotValueAt(slots, text, at, result, defaultText)) result += text[at++];
   }
@@ -121,12 +154,19 @@ std::u16string SeparatorList::translateValue(std::u16string_view text) const {
 
 std::u16string SeparatorList::untranslateValue(std::u16string_view text) const {
   if (text.empty()) return {};
+  const auto counts = [this](const SeparatorImpl& slot) {
+    return slot.defn && !slot.value.empty() && (!fromWire || slot.known);
+  };
+  if (std::all_of(slots.begin(), slots.end(),
+                  [&](const SeparatorImpl& slot) { return !counts(slot) || slot.value == slot.defn->getValue().view(); })) {
+    return std::u16string(text);
+  }
   std::u16string result;
   result.reserve(text.size());
   for (size_t at = 0; at < text.size();) {
     bool taken = false;
     for (const SeparatorImpl& slot : slots) {
-      if (!slot.defn || slot.value.empty() || (fromWire && !slot.known)) continue;
+      if (!counts(slot)) continue;
       if (startsWithAt(text, at, slot.value)) {
         result += slot.defn->getValue().view();
         at += slot.value.size();

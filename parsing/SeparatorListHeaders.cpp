@@ -5,6 +5,7 @@
 #include "parsing/SeparatorList.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@
 #include "foundation/TextCompare.h"
 #include "parsing/ParserStream.h"
 #include "parsing/ParserToken.h"
+#include "parsing/SeparatorSlotIndex.h"
 
 namespace vantrelia {
 
@@ -52,7 +54,15 @@ bool SeparatorList::pathMatches(const FieldPathDefn& separatorPath, const FieldP
          equalIgnoringCase(element.substr(element.size() - wanted.size()), wanted);
 }
 
-std::vector<int32_t> SeparatorList::slotsOfField(const FieldPathDefn& fieldPath, bool endPositions, bool exactPath) const {
+const std::vector<int32_t>& SeparatorList::slotsOfField(const FieldPathDefn& fieldPath, bool endPositions,
+                                                       bool exactPath) const {
+  const uint8_t mode = (endPositions ? 1 : 0) | (exactPath ? 2 : 0);
+  if (const std::vector<int32_t>* kept = slotIndex->find(fieldPath, mode)) return *kept;
+  return slotIndex->keep(fieldPath, mode, findSlotsOfField(fieldPath, endPositions, exactPath));
+}
+
+std::vector<int32_t> SeparatorList::findSlotsOfField(const FieldPathDefn& fieldPath, bool endPositions,
+                                                     bool exactPath) const {
   std::vector<int32_t> found;
   // The element's path as text, made once for all slots.
   const std::string element = exactPath ? std::string() : pathText(fieldPath);
@@ -127,11 +137,12 @@ bool SeparatorList::holdsSeparatorsOf(const FieldPathDefn& fieldPath) const {
 }
 
 bool SeparatorList::mayTakeFromField(std::string_view segmentName, int32_t fieldNumber) const {
-  for (const SeparatorImpl& slot : slots) {
-    // Separators behind a segment are read from the text, never taken from a field's value.
-    if (slot.known || !slot.defn || slot.defn->getPosition() < 0) continue;
+  // Separators behind a segment are read from the text, never taken from a field's value.
+  for (uint32_t left = fieldSlots; left != 0; left &= left - 1) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(std::countr_zero(left))];
+    if (slot.known) continue;
     const FieldPathDefn& path = slot.defn->getFieldPath();
-    if (path.getName().length() == 0 || !equalIgnoringCase(path.getName().view(), segmentName)) continue;
+    if (!equalIgnoringCase(path.getName().view(), segmentName)) continue;
     if (fieldNumber > 0 && path.isNumeric() && !path.getIndexes().empty() && path.getIndexes().front() != fieldNumber) {
       continue;
     }
@@ -141,7 +152,7 @@ bool SeparatorList::mayTakeFromField(std::string_view segmentName, int32_t field
 }
 
 std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text) {
-  const std::vector<int32_t> ofField = slotsOfField(fieldPath, false, false);
+  const std::vector<int32_t>& ofField = slotsOfField(fieldPath, false, false);
   bool taken = false;
   for (const int32_t i : ofField) {
     SeparatorImpl& slot = slots[static_cast<size_t>(i)];

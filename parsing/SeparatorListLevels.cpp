@@ -25,6 +25,7 @@ void SeparatorList::pushSeparator(ESeparatorType index, std::u16string_view spec
   checkSeparatorIndex(index);
   currentSeparator = index;
   levels.push_back(index);
+  levelMask |= 1u << index;
   if (index == qxSepString) specialStrings.emplace_back(specialString);
   // Fixed width, once on, stays on for all that is nested in it.
   levelFixedWidth.push_back(levelFixed || (!levelFixedWidth.empty() && levelFixedWidth.back()) ? 1 : 0);
@@ -61,6 +62,7 @@ ESeparatorType SeparatorList::popSeparator() {
   trie->setLevel(trie->getLevel() - 1);
   if (index == qxSepString) specialStrings.pop_back();
   levels.pop_back();
+  noteLevels();
   if (!levelFixedWidth.empty()) levelFixedWidth.pop_back();
   currentSeparator = levels.empty() ? qxSepSegment : levels.back();
   return static_cast<ESeparatorType>(currentSeparator);
@@ -79,6 +81,7 @@ void SeparatorList::flushOutOfForce() {
 
 void SeparatorList::restoreLevels() {
   levels = savedLevels;
+  noteLevels();
   currentSeparator = levels.empty() ? qxSepSegment : levels.back();
   trieDirty = true;
 }
@@ -89,6 +92,7 @@ void SeparatorList::saveLevelsAllowing(const PrimitiveTypeDefn& type) {
   for (ESeparatorType& level : levels) {
     if (level != qxSepString && level != qxSepNone && type.isSeparatorAllowed(level)) level = qxSepNone;
   }
+  noteLevels();
   trieDirty = true;
 }
 

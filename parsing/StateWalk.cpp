@@ -210,8 +210,19 @@ void StateWalk::gatherCandidates() {
 
 std::pair<StateWalk::Candidates::const_iterator, StateWalk::Candidates::const_iterator> StateWalk::rangeOf(
     std::string_view name) const {
-  return std::equal_range(candidates->begin(), candidates->end(), std::pair<std::string_view, const ParseState*>(name, nullptr),
-                          [](const auto& a, const auto& b) { return a.first < b.first; });
+  // The order of std::string_view, compared here without a call to memcmp: segment names are a few
+  // characters, and every segment read looks its name up.
+  const auto less = [](const auto& a, const auto& b) {
+    const std::string_view left = a.first;
+    const std::string_view right = b.first;
+    const size_t common = std::min(left.size(), right.size());
+    for (size_t i = 0; i < common; ++i) {
+      if (left[i] != right[i]) return static_cast<unsigned char>(left[i]) < static_cast<unsigned char>(right[i]);
+    }
+    return left.size() < right.size();
+  };
+  return std::equal_range(candidates->begin(), candidates->end(),
+                          std::pair<std::string_view, const ParseState*>(name, nullptr), less);
 }
 
 void StateWalk::readAhead() {

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <thread>
+#include <vector>
 
 #include "elements/InternalElement.h"
 #include "elements/MessageImpl.h"
@@ -260,6 +262,40 @@ TEST_F(BundledParseTest, TheEndOfASegmentIsFoundWhereverItStands) {
       EXPECT_EQ(value(*message, c.path), c.expected);
     }
   }
+}
+
+// What the reader learns of a set's definitions on first use is kept for every later message and
+// shared between threads: readers started at once on a fresh load, with all caches still empty,
+// read a text of every standard and delimiter as one reader alone reads it.
+TEST(BundledConcurrentReading, ReadersOnSeveralThreadsAgreeWithOneAlone) {
+  std::string joined;
+  for (const char* name : {"adt-a04.hl7", "eligibility-270.x12", "orders-d96a.edi", "hl7-two-delimiters.hl7",
+                           "x12-other-delimiters.x12", "edifact-other-delimiters.edi"}) {
+    joined += readBundledSource(std::string("fuzz/corpus/messages/") + name);
+  }
+  const std::u16string text = wide(joined);
+  MessageFactory fresh;
+  compileAndLoad(fresh, readBundledSource("bundled/default.yaml"));
+  const auto readAll = [&] {
+    std::vector<std::string> seen;
+    MessageReader reader(fresh.getWarehouse(), text);
+    MessageReader::Item item;
+    while (reader.next(item)) {
+      std::string line = std::to_string(item.offset) + "+" + std::to_string(item.length);
+      if (item.message) {
+        line += " " + std::string(item.message->getName()) + " " + narrow(item.message->getEncodedValue());
+      }
+      seen.push_back(std::move(line));
+    }
+    return seen;
+  };
+  std::vector<std::vector<std::string>> results(4);
+  std::vector<std::thread> threads;
+  for (auto& result : results) threads.emplace_back([&] { result = readAll(); });
+  for (std::thread& thread : threads) thread.join();
+  const std::vector<std::string> alone = readAll();
+  EXPECT_GE(alone.size(), 6u);  // a message or more from each file
+  for (const auto& result : results) EXPECT_EQ(result, alone);
 }
 
 }  // namespace
