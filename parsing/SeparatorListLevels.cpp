@@ -30,10 +30,14 @@ void SeparatorList::pushSeparator(ESeparatorType index, std::u16string_view spec
   // Fixed width, once on, stays on for all that is nested in it.
   levelFixedWidth.push_back(levelFixed || (!levelFixedWidth.empty() && levelFixedWidth.back()) ? 1 : 0);
   trie->setLevel(trie->getLevel() + 1);
+  if (trieDirty) {
+    // The next read builds a new trie from the stack anyway; a write never reads.
+    poppedOutOfForce.clear();
+    return;
+  }
   const std::u16string_view text = levelText(index);
   // The separator just popped from this very level comes back: its sequence still stands at this
   // level, so neither the pop nor the push has to touch the trie.
-  if (trieDirty) poppedOutOfForce.clear();  // the next read builds a new trie anyway
   if (!poppedOutOfForce.empty()) {
     const PoppedSequence& last = poppedOutOfForce.back();
     if (last.index == index && last.level == trie->getLevel() && last.text == text) {
@@ -56,7 +60,7 @@ ESeparatorType SeparatorList::popSeparator() {
     // A pushed string goes with its level, so it is taken out of force at once. The root's level
     // is below it from here on either way, so reads see no difference.
     if (!trieDirty) addLevelSequences(index, text, SeparatorTrieNode::kOutOfForce);
-  } else if (!text.empty()) {
+  } else if (!text.empty() && !trieDirty) {
     poppedOutOfForce.push_back({index, trie->getLevel(), text});
   }
   trie->setLevel(trie->getLevel() - 1);
