@@ -409,7 +409,14 @@ class SeparatorList {
   std::vector<PoppedSequence> poppedOutOfForce;
   std::vector<ESeparatorType> savedLevels;
   std::u16string output;
-  std::vector<std::pair<int32_t, std::u16string>> pending;
+  // The separators held back, each by its slot and the place of its text in pendingText: a write holds
+  // back and drops several per field, and a string each cost more than the rest of the field.
+  struct PendingSeparator {
+    int32_t index;
+    uint32_t offset;  // where its text begins; it runs to the next one's, or to the end
+  };
+  std::vector<PendingSeparator> pending;
+  std::u16string pendingText;
   int32_t pendingLast = -1;
   std::u16string mustQuoteCharacters;
   std::u16string mustEncodeCharacters;

@@ -45,17 +45,19 @@ void SeparatorList::writeSeparator(int32_t position, int32_t index) {
     const int32_t newRank = rank(index);
     // Pending separators of lower levels are trailing empties once a higher level closes.
     while (!pending.empty()) {
-      const int32_t last = pending.back().first;
+      const int32_t last = pending.back().index;
       if (last == qxSepField1 && index == qxSepSegment && !trimSegments) break;
       if ((defnOf(last).getFlags() & SeparatorDefn::kTerminator) || newRank >= rank(last)) break;
+      pendingText.resize(pending.back().offset);
       pending.pop_back();
     }
-    pendingLast = pending.empty() ? -1 : pending.back().first;
-    const bool sameOuterLevel = !pending.empty() && newRank <= 2 && newRank == rank(pending.back().first);
+    pendingLast = pending.empty() ? -1 : pending.back().index;
+    const bool sameOuterLevel = !pending.empty() && newRank <= 2 && newRank == rank(pending.back().index);
     const bool alreadyOut = checkOutputTail && output.size() >= text.size() &&
                             std::u16string_view(output).substr(output.size() - text.size()) == text;
     if (!sameOuterLevel && !alreadyOut) {
-      pending.emplace_back(index, std::u16string(text));
+      pending.push_back({index, static_cast<uint32_t>(pendingText.size())});
+      pendingText += text;
       pendingLast = index;
     }
   }
@@ -65,7 +67,9 @@ void SeparatorList::writeSeparator(int32_t position, int32_t index) {
 }
 
 void SeparatorList::flushPending() {
-  for (const auto& [index, text] : pending) output += text;
+  if (pending.empty()) return;
+  output += pendingText;
+  pendingText.clear();
   pending.clear();
   pendingLast = -1;
 }
@@ -78,6 +82,7 @@ void SeparatorList::writeData(std::u16string_view text) {
 void SeparatorList::clearOutput() {
   output.clear();
   pending.clear();
+  pendingText.clear();
   pendingLast = -1;
 }
 
