@@ -165,8 +165,8 @@ bool FieldImpl::wireText(bool mayOmitFill, SeparatorList& list, bool minimize, s
   // A header field carries separators: what it holds settles them, and the text comes back with
   // each at its place.
   const bool pending = list.getVariablePending() && mayCarrySeparators(list);
-  carriesSeparators = pending && list.holdsSeparatorsOf(getFieldPath());
-  if (pending) text = list.takeFromField(getFieldPath(), text);
+  carriesSeparators = pending && list.holdsSeparatorsOf(headerFieldPath());
+  if (pending) text = list.takeFromField(headerFieldPath(), text);
   if (text.empty() && !fixed) return false;
   if (Formatter* formatter = text.empty() ? nullptr : getFormatter()) FormattedValue::toWire(*formatter, base, text);
 

@@ -369,7 +369,7 @@ void FieldImplBase::readValue(std::u16string_view token, bool stable) {
     }
   }
   // A header field that holds separators settles them as it is read.
-  if (list && list->getVariablePending() && mayCarrySeparators(*list)) list->takeFromField(getFieldPath(), value.view());
+  if (list && list->getVariablePending() && mayCarrySeparators(*list)) list->takeFromField(headerFieldPath(), value.view());
   if (fieldDefn->isVariableTypeField() && parent) parent->onFieldValueChanged(index, -1, false);
 }
 

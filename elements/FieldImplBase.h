@@ -71,6 +71,10 @@ class FieldImplBase : public FieldBase, public SeparatorField {
   int32_t getFieldType() const override { return getBaseType(); }
   bool isSeparatorAllowed(int32_t separator) const override;
   const FieldPathDefn& getFieldPath() const override;
+  // The element's path as text stays in view beside it; the field's own code asks for the header
+  // path by headerFieldPath, since on a non-const field the text one would be chosen.
+  using FieldBase::getFieldPath;
+  const FieldPathDefn& headerFieldPath() const { return getFieldPath(); }
   // Whether a separator still to be read may come from this field; false only when none can.
   bool mayCarrySeparators(const SeparatorList& list);
 
