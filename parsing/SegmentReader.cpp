@@ -177,7 +177,9 @@ std::vector<const SegmentDefn*> Reader::relaxedSegments(Wanted wanted) const {
       const MessageItemDefn* item = transition.target ? transition.target->getItem() : nullptr;
       if (!item || item->getMessageItemType() != MessageItemDefn::kSegmentItem || !item->getSegment()) continue;
       const SegmentDefn* segment = item->getSegment();
-      if (wanted(segment) && std::find(result.begin(), result.end(), segment) == result.end()) result.push_back(segment);
+      if (wanted(segment) && std::find(result.begin(), result.end(), segment) == result.end()) {
+        result.push_back(segment);
+      }
     }
   }
   // In name order, equal names in the order of the transitions. Only the few the caller wants are

@@ -147,6 +147,40 @@ TEST_F(BundledParseTest, EachHl7MessageKeepsItsOwnDelimiters) {
   EXPECT_EQ(seen, (std::vector<std::string>{"skipped", "ADT_A08 DOE", "ADT_A01 ROE"}));
 }
 
+// HL7 writes a separator that stands in data as an escape sequence of its escape character: read,
+// each is the separator again, whatever characters the header chose, and written, the sequence
+// comes back. An escape that names no separator (a format, say) is read as it stands; written, its
+// escape characters are escaped in turn, so that reading the text again gives the same value.
+TEST_F(BundledParseTest, Hl7EscapeSequencesStandForTheirSeparators) {
+  struct Case {
+    std::string header;
+    std::string name;     // as it stands in PID-5.1
+    std::string read;     // the value read
+    std::string written;  // PID-5.1 written back
+  };
+  const Case cases[] = {
+      {"MSH|^~\\&|", "O\\F\\B\\S\\C\\T\\D\\R\\E\\E\\F", "O|B^C&D~E\\F",
+       "O\\F\\B\\S\\C\\T\\D\\R\\E\\E\\F"},
+      {"MSH#!@$%#", "O$F$B$S$C$T$D$R$E$E$F", "O#B!C%D@E$F", "O$F$B$S$C$T$D$R$E$E$F"},
+      {"MSH|^~\\&|", "O\\H\\BOLD", "O\\H\\BOLD", "O\\E\\H\\E\\BOLD"},
+  };
+  for (const Case& c : cases) {
+    const char f = c.header[3];
+    const char s = c.header[4];
+    const auto textWith = [&](const std::string& name) {
+      const std::string header = c.header + "A" + f + "FAC" + f + "C" + f + "D" + f + "2026" + f + f + "ADT" + s + "A01" + f +
+                                 "1" + f + "P" + f + "2.5\r";
+      return header + "EVN" + f + "A01" + f + "2026\rPID" + f + "1" + f + f + "7" + f + f + name + s + "J\rPV1" + f + "1" + f +
+             "I\r";
+    };
+    auto message = parse(textWith(c.name));
+    ASSERT_NE(message, nullptr) << c.header;
+    EXPECT_EQ(value(*message, "PID/PatientName[0]/FamilyName"), c.read) << c.header;
+    EXPECT_EQ(value(*message, "PID/PatientName[0]/GivenName"), "J") << c.header;
+    EXPECT_EQ(narrow(message->getEncodedValue()), textWith(c.written)) << c.header;
+  }
+}
+
 // Where the segment terminator also releases a character, only cutting the fields tells where a
 // segment ends: such segments are cut as they are read.
 TEST_F(BundledParseTest, ATerminatorThatAlsoReleasesIsCutAsRead) {
