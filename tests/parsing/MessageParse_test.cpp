@@ -429,6 +429,49 @@ TEST(MessageParseWalkTest, SegmentsBehindARelaxedJumpFollowTheStrictTable) {
   }
 }
 
+// Two segments share a tag. Where the strict table takes neither (a required segment is missing
+// before both), the relaxed table offers both, and its candidates are tried by name: the one
+// named first takes the segment, whatever the order of the items.
+const char* const kSharedTagDefinition = R"(
+messageSets:
+  - name: R
+    trimSegments: true
+    separators:
+      segment: {value: "~", style: terminator}
+      field1: {value: '*', style: initiator}
+    segments:
+      - {name: HD, fields: [{name: Kind}]}
+      - {name: REQ, fields: [{name: R}]}
+      - {name: NOTEZ, tag: NTE, fields: [{name: Z}]}
+      - {name: BODY, fields: [{name: B}]}
+      - {name: NOTEA, tag: NTE, fields: [{name: A}]}
+    messages:
+      - name: M
+        items:
+          - {segment: HD, required: true}
+          - {segment: REQ, required: true}
+          - {segment: NOTEZ}
+          - {segment: BODY}
+          - {segment: NOTEA}
+)";
+
+TEST(MessageParseWalkTest, RelaxedCandidatesOfOneTagAreTriedByName) {
+  MessageFactory factory;
+  compileAndLoad(factory, kSharedTagDefinition);
+  auto message = factory.Parse(u"HD*x~NTE*1~");
+  ASSERT_NE(message, nullptr);
+  std::vector<std::string> names;
+  for (int i = 0; i < message->getElementCount(); ++i) {
+    MessageElement* child = message->getElementAt(i);
+    if (child && child->isPresent()) names.push_back(child->getName());
+  }
+  for (int i = 0; i < message->getUnknownSegmentCount(); ++i) {
+    names.push_back(std::string("unknown ") + message->getUnknownSegment(i)->getName());
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{"HD", "NOTEA"}));
+  EXPECT_TRUE(numberedFindingsOf(*message).empty());
+}
+
 // Two messages of one set around an embedded set: the first is given up only after its embedded
 // message was finished, at the message's own match list.
 const char* const kEmbeddingDefinition = R"(
