@@ -64,4 +64,14 @@ void CompositeDefn::workOutQuotedText() {
   quotedText = QuotedText::WorkedOut;
 }
 
+ESeparatorType CompositeDefn::childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator) {
+  const int32_t own = defn ? defn->getSeparatorType() : qxSepAuto;
+  if (own != qxSepAuto) return static_cast<ESeparatorType>(own);
+  // One level deeper than the owner's separator: a field gives its components field2, a
+  // component its subcomponents field3.
+  if (parentSeparator == qxSepSegment) return qxSepField1;
+  if (parentSeparator == qxSepRepeat) return qxSepField2;
+  return static_cast<ESeparatorType>(parentSeparator + 1);
+}
+
 }  // namespace vantrelia

@@ -37,6 +37,9 @@ class CompositeDefn : public FieldListDefn {
   ECompositeType getCompositeType() const { return CompositeType ? qxCompTypeFieldPresenceIndicator : qxCompTypeNormal; }
   int32_t getSpecialSeparatorType() const { return SpecialSeparatorType; }
   const WideText& getIndicatorSeparatorString() const { return indicatorSeparatorString; }
+  // The separator between the children of a composite (null: of none) that stands below one cut
+  // at `parentSeparator`: its own, or one level deeper than the parent's.
+  static ESeparatorType childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator);
 
 
  private:

@@ -132,6 +132,12 @@ const MessageSetDefn* findSet(const std::vector<std::unique_ptr<MessageSetDefn>>
 MessageItemDefn::MessageItemDefn() = default;
 MessageItemDefn::~MessageItemDefn() = default;
 
+const SegmentTextShape& MessageItemDefn::getTextShape() const {
+  if (!fieldInstances) return segment->getTextShape();
+  std::call_once(textShapeMade, [this] { textShape = std::make_unique<SegmentTextShape>(*segment, fieldInstances.get()); });
+  return *textShape;
+}
+
 const ValidationEquation* MessageItemDefn::getEquation(int32_t index) const {
   if (index < 0 || static_cast<size_t>(index) >= equations.size()) return nullptr;
   return equations[static_cast<size_t>(index)].get();

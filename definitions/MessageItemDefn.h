@@ -5,10 +5,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "definitions/FieldDefn.h"
 #include "definitions/SegmentGroupDefn.h"
+#include "definitions/SegmentTextShape.h"
 #include "foundation/TRVString.h"
 
 namespace vantrelia {
@@ -69,6 +71,10 @@ class MessageItemDefn {
   const MessageSetDefn& getSet() const { return *set; }
   // The overrides of a segment item; null for other kinds.
   const SegmentFieldInstancesControl* getFieldInstances() const { return fieldInstances.get(); }
+  // What decides whether a segment at this item is written as it was read: the segment's, or,
+  // for an item that overrides its fields, one of its own made on first use. Safe from several
+  // threads. A segment item only.
+  const SegmentTextShape& getTextShape() const;
   const std::vector<std::unique_ptr<MatchDefn>>& getMatches() const { return matches; }
   // Null: files with these rules aren't read yet.
   const SyntaxRuleSet* getSyntaxRules() const { return SyntaxRules.get(); }
@@ -102,6 +108,8 @@ class MessageItemDefn {
   UserDataMap userData;
   std::shared_ptr<RuleOrList> situationalRule;
   MessageSetDefn* set = nullptr;
+  mutable std::once_flag textShapeMade;
+  mutable std::unique_ptr<SegmentTextShape> textShape;
 };
 
 }  // namespace vantrelia

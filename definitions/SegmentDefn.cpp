@@ -92,4 +92,15 @@ const SegmentDefn::PathIndexes& SegmentDefn::indexesOfPath(
   return resolvedPaths.emplace_back(std::string(path), resolve(*this, path)).second;
 }
 
+const SegmentTextShape& SegmentDefn::getTextShape() const {
+  if (const auto* ready = textShapeReady.load(std::memory_order_acquire)) return *ready;
+  // The lock of the field names serves: both are made once, from the fields alone.
+  ScopedLock lock(sortedFieldNamesLock);
+  if (!textShape) {
+    textShape = std::make_unique<SegmentTextShape>(*this, nullptr);
+    textShapeReady.store(textShape.get(), std::memory_order_release);
+  }
+  return *textShape;
+}
+
 }  // namespace vantrelia

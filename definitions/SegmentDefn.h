@@ -17,6 +17,7 @@
 #include "definitions/FieldDefn.h"
 #include "definitions/FieldListDefn.h"
 #include "definitions/MatchDefn.h"
+#include "definitions/SegmentTextShape.h"
 #include "foundation/Enumerations.h"
 #include "foundation/Mutex.h"
 #include "foundation/TRVString.h"
@@ -91,6 +92,10 @@ class SegmentDefn : public FieldListDefn {
   const PathIndexes& indexesOfPath(std::string_view path,
                                    PathIndexes (*resolve)(const SegmentDefn&, std::string_view)) const;
 
+  // What decides whether a segment's text is written as it was read. Made once, on first use;
+  // safe from several threads.
+  const SegmentTextShape& getTextShape() const;
+
  private:
   // Flag 0x08 comes from the message items read after the segment.
   friend class MessageItemDefn;
@@ -117,6 +122,8 @@ class SegmentDefn : public FieldListDefn {
   mutable std::atomic<int8_t> endsAtSeparator{-1};
   mutable std::deque<std::pair<std::string, PathIndexes>> resolvedPaths;
   mutable Mutex resolvedPathsLock;
+  mutable std::unique_ptr<SegmentTextShape> textShape;
+  mutable std::atomic<const SegmentTextShape*> textShapeReady{nullptr};
 };
 
 }  // namespace vantrelia

@@ -31,22 +31,12 @@
 
 namespace vantrelia {
 
-ESeparatorType CompositeImpl::childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator) {
-  const int32_t own = defn ? defn->getSeparatorType() : qxSepAuto;
-  if (own != qxSepAuto) return static_cast<ESeparatorType>(own);
-  // One level deeper than the owner's separator: a field gives its components field2, a
-  // component its subcomponents field3.
-  if (parentSeparator == qxSepSegment) return qxSepField1;
-  if (parentSeparator == qxSepRepeat) return qxSepField2;
-  return static_cast<ESeparatorType>(parentSeparator + 1);
-}
-
 CompositeImpl::CompositeImpl(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index,
                              ESeparatorType parentSeparator)
     : FieldBase(fieldDefn, parent, index),
       compositeDefn(fieldDefn.getComposite()),
       parentSeparator(parentSeparator),
-      childSeparator(childSeparatorOf(compositeDefn, parentSeparator)) {}
+      childSeparator(CompositeDefn::childSeparatorOf(compositeDefn, parentSeparator)) {}
 
 CompositeImpl::~CompositeImpl() { prefetchEach(children); }
 
@@ -82,7 +72,7 @@ void CompositeImpl::typeChanged() {
   // A variable field made as a composite takes the composite its key chose, and no children yet.
   const VariableFieldType* type = getVariableType();
   compositeDefn = fieldDefn->isComposite() ? fieldDefn->getComposite() : (type ? type->getComposite() : nullptr);
-  childSeparator = childSeparatorOf(compositeDefn, parentSeparator);
+  childSeparator = CompositeDefn::childSeparatorOf(compositeDefn, parentSeparator);
   children.clear();
 }
 

@@ -19,9 +19,6 @@ struct ParserToken;
 
 class CompositeImpl : public FieldBase, public FieldContainer, public ElementContainer {
  public:
-  // The separator between the components of a composite of that definition whose owner uses
-  // `parentSeparator` at the composite's level.
-  static ESeparatorType childSeparatorOf(const CompositeDefn* defn, ESeparatorType parentSeparator);
   // `parentSeparator` is the separator the owner uses at this composite's level.
   CompositeImpl(const FieldDefn& fieldDefn, InternalElement* parent, int32_t index, ESeparatorType parentSeparator);
   ~CompositeImpl() override;

@@ -59,7 +59,6 @@ void MessageImpl::setSourceText(std::shared_ptr<const std::u16string> text, int3
 
 bool MessageImpl::parseSegments(ParseContext& context, LookAheadList& lookAhead, LookAheadList::iterator& iterator,
                                 ParserStream& stream, const ParseCallback* callback, ValidationLocation& location) {
-  cutForWriting = false;
   return StateWalk(*this, context, lookAhead, iterator, stream, callback, location).parseSegments();
 }
 
@@ -200,13 +199,9 @@ bool MessageImpl::writeElement(SeparatorList&, bool minimize, int32_t& counter) 
   // A message always writes into its own list, starting from the definition's separators as if a
   // wire text began.
   SeparatorList& list = *separators;
-  // Fields left in the text are cut with the separators they were read with, before the write
-  // starts the list over; a segment that is written as it was read needs none of them. Once is
-  // enough: looking through the whole tree for them again costs every later write a tenth.
-  if (!isPreservingParsedText() && !cutForWriting) {
-    cutAllFields();
-    cutForWriting = true;
-  }
+  // Fields still in the text stay there: a segment whose text is already what its fields would
+  // give is written from it, and any other is cut when the write reaches its fields, with the
+  // separators it was read with whatever the write does to the list.
   list.reset(true, true, false);
   if (isPreservingParsedText() && sourceLength > 0) {
     list.writeData(std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart),

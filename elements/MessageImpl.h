@@ -96,9 +96,6 @@ class MessageImpl : public ItemListNode, public Message {
   // Shared: embedded messages and a parse in progress hold it for a time.
   std::shared_ptr<SeparatorList> separators;
   bool isCreated = false;
-  // Whether a write has cut the fields the parse left in the text. A segment that joins the tree
-  // uncut later is cut when the write reaches its fields.
-  bool cutForWriting = false;
   std::shared_ptr<const std::u16string> sourceText;
   int32_t sourceStart = 0;
   int32_t sourceLength = 0;

@@ -1,5 +1,7 @@
 #include "elements/SegmentImpl.h"
 
+#include <stdexcept>
+
 #include <string>
 
 #include "definitions/CompositeDefn.h"
@@ -204,8 +206,32 @@ int32_t SegmentImpl::linkedLength(int index) {
 
 bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& counter) {
   SegmentWrite write;
+  // A segment that stands as it was read, in a text that is already what the fields would give,
+  // goes out as that text: no field is cut or written one by one.
+  write.mayWriteAsRead = !minimize;
   const WriteStart start = beginSegmentWrite(list, counter, write);
   if (start != WriteStart::kFields) return start == WriteStart::kWritten;
+  if (write.asRead) {
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+    // Debug and fuzz builds hold it to what the fields give.
+    const size_t mark = list.getOutput().size();
+    writeFields(list, minimize, counter, write);
+    list.flushPending();
+    if (std::u16string_view(list.getOutput()).substr(mark) != *write.asRead) {
+      throw std::logic_error("a segment's text as read would be written otherwise by its fields");
+    }
+#else
+    list.writeData(*write.asRead);
+#endif
+    endSegmentWrite(list);
+    return true;
+  }
+  writeFields(list, minimize, counter, write);
+  endSegmentWrite(list);
+  return true;
+}
+
+void SegmentImpl::writeFields(SeparatorList& list, bool minimize, int32_t& counter, const SegmentWrite& write) {
   const bool fixedSegment = write.fixedSegment;
   const int lastField = write.lastField;
   const int fieldCount = getFieldCount();
@@ -241,8 +267,6 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
                           SeparatorList::kCurrent);
     }
   }
-  endSegmentWrite(list);
-  return true;
 }
 
 }  // namespace vantrelia

@@ -32,6 +32,8 @@ class SegmentImpl : public SegmentImplBase {
   // Cuts field `index` from the stream by its kind and hands it its text.
   void parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
                   bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
+  // The fields behind the tag, one by one, as beginSegmentWrite left the list.
+  void writeFields(SeparatorList& list, bool minimize, int32_t& counter, const SegmentWrite& write);
   void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
   void parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors, ValidationLocation& location);
   // The length a raw binary field takes from the sibling its definition names.

@@ -20,6 +20,7 @@
 #include "elements/ElementMessages.h"
 #include "foundation/FoundationMessages.h"
 #include "elements/CompositeImpl.h"
+#include "elements/SegmentTextCheck.h"
 #include "elements/ElementPath.h"
 #include "elements/ElementUserData.h"
 #include "elements/FieldFactory.h"
@@ -268,7 +269,11 @@ void SegmentImplBase::setEmpty() {
 }
 
 bool SegmentImplBase::isEmpty() {
-  if (uncut) cutFields();
+  if (uncut) {
+    // A text that would be written as it stands holds a value: no need to cut it to tell.
+    if (fieldTextAsRead(uncut->separators())) return false;
+    cutFields();
+  }
   for (const auto& field : fields) {
     if (field && !field->isEmpty()) return false;
   }
@@ -321,6 +326,7 @@ bool SegmentImplBase::parseElement(ParserStream& stream, RecordedErrors& errors,
   location.segmentID = segmentDefn->getTag().c_str();
   sourceLength = 0;
   uncut.reset();
+  readWith.reset();
   const char16_t* first = stream.getCursor();
   bool parsed = false;
   try {
@@ -336,6 +342,12 @@ bool SegmentImplBase::parseElement(ParserStream& stream, RecordedErrors& errors,
   if (parsed && first && last > first && isInSourceText(std::u16string_view(first, static_cast<size_t>(last - first)))) {
     sourceStart = static_cast<int32_t>(first - sourceText->data());
     sourceLength = static_cast<int32_t>(last - first);
+    // A header that settles separators as it is read is never written from its text anyway.
+    if (uncut) {
+      readWith = uncut;
+    } else if (!separators->getVariablePending()) {
+      readWith = separators->shareCut();
+    }
   }
   location.fieldPosition = -1;
   location.fieldRepetition = -1;
@@ -371,12 +383,26 @@ void SegmentImplBase::setChanged(bool flag) {
   // The text goes out of reach: what still lies in it is cut now.
   if (uncut) cutFields();
   sourceLength = 0;
+  readWith.reset();
   SegmentElement::setChanged(flag);
 }
 
 std::u16string_view SegmentImplBase::getIntactSource() const {
   if (sourceLength == 0 || !sourceText) return {};
   return std::u16string_view(*sourceText).substr(static_cast<size_t>(sourceStart), static_cast<size_t>(sourceLength));
+}
+
+std::optional<std::u16string_view> SegmentImplBase::fieldTextAsRead(const SeparatorList& list) {
+  if (!readWith || sourceLength == 0 || list.getVariablePending() || list.isLevelFixedWidth() ||
+      !list.isInUse(fieldSeparator) || !list.sameSlotsAs(readWith->separators())) {
+    return std::nullopt;
+  }
+  const WarehouseSettings& settings = FactorySettings::of(getMessageSetDefn());
+  if (settings.flags & qxOutputDefaultValuesForOptionalFields) return std::nullopt;
+  // The item's overrides reach the fields whatever segment stands there; its shape is for its own.
+  if (itemDefn && itemDefn->getSegment() != segmentDefn) return std::nullopt;
+  const SegmentTextShape& shape = itemDefn ? itemDefn->getTextShape() : segmentDefn->getTextShape();
+  return SegmentTextCheck::fieldText(*segmentDefn, shape, getIntactSource(), list, settings.truncateFieldsToMaxLength);
 }
 
 std::u16string SegmentImplBase::getEncodedValue() {
@@ -534,7 +560,7 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const in
       return std::nullopt;
     }
     fieldsOf = composite;
-    separator = CompositeImpl::childSeparatorOf(composite, separator);
+    separator = CompositeDefn::childSeparatorOf(composite, separator);
     first = 0;
   }
   const std::u16string_view text(from, static_cast<size_t>(to - from));
@@ -589,6 +615,7 @@ void SegmentImplBase::cutFields() {
   uint32_t status = 0;
   const int32_t start = sourceStart;
   const int32_t length = sourceLength;
+  std::shared_ptr<SeparatorCut> readAs = readWith;
   uncutFrom = 0;
   try {
     if (firstField > 0) {
@@ -603,6 +630,7 @@ void SegmentImplBase::cutFields() {
   restore();
   sourceStart = start;
   sourceLength = length;
+  readWith = std::move(readAs);
   if (messageDefn) setMessageDefn(messageDefn);
 }
 
@@ -773,15 +801,24 @@ SegmentImplBase::WriteStart SegmentImplBase::beginSegmentWrite(SeparatorList& li
   // A segment that carries the separators of the text (a service string advice, say) is written
   // whenever it is in the tree, even with no field filled: without it the text couldn't be read back.
   const bool carriesSeparators = list.getVariablePending() && list.carriesSeparators(name);
-  if ((!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
+  write.fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(SeparatorList::kCurrent);
+  // Asked before the field level is pushed, at the segment's level. A text that qualifies holds a
+  // value, so the segment is never one to skip.
+  if (write.mayWriteAsRead && !write.fixedSegment) write.asRead = fieldTextAsRead(list);
+  if (!write.asRead && (!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
     settleSlots(list);
     return WriteStart::kSkipped;
   }
-  write.fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(SeparatorList::kCurrent);
   list.writeSeparator(SeparatorList::kWriteInitiator, SeparatorList::kCurrent);
   list.writeData(segmentDefn->getTag().view());
   list.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
   if (list.getVariablePending()) list.writeSeparatorsOf(FieldPathDefn::parse(name), false);
+#if defined(NDEBUG) && !defined(VANTRELIA_CHECK_FAST_PATHS)
+  if (write.asRead) {
+    if (counter >= 0) segmentNumber = counter++;
+    return WriteStart::kFields;
+  }
+#endif
 
   const bool outputDefaults = FactorySettings::hasFlag(getMessageSetDefn(), qxOutputDefaultValuesForOptionalFields);
   write.lastField = getFieldCount() - 1;

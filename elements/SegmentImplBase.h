@@ -127,6 +127,10 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   void setChanged(bool flag) override;
   // The characters the segment was read from, while nothing in it has changed since; else empty.
   std::u16string_view getIntactSource() const;
+  // Those of them between the tag and the segment separator, while they are what the writer would
+  // give the fields with `list`, standing at the segment's level: unchanged, read with the same
+  // separators, and nothing in them that the writer leaves out, adds or encodes. Nothing otherwise.
+  std::optional<std::u16string_view> fieldTextAsRead(const SeparatorList& list);
 
  protected:
   // A new field of the class its definition asks for, not stored.
@@ -167,9 +171,14 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
     kFields,   // tag written and field level pushed: the kind writes its fields, then endSegmentWrite
   };
   struct SegmentWrite {
+    // Set by the caller: the segment may go out as the text it was read from (fieldTextAsRead).
+    bool mayWriteAsRead = false;
     bool fixedSegment = false;
-    // The last field that must be written, -1 for none.
+    // The last field that must be written, -1 for none; not worked out for a segment written as
+    // read, outside debug and fuzz builds.
     int lastField = -1;
+    // The text behind the tag that stands for the fields, when the segment goes out as read.
+    std::optional<std::u16string_view> asRead;
   };
   WriteStart beginSegmentWrite(SeparatorList& list, int32_t& counter, SegmentWrite& write);
   void endSegmentWrite(SeparatorList& list);
@@ -208,6 +217,8 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   // Where the characters of the segment lie in sourceText; a length of 0 once it has changed.
   int32_t sourceStart = 0;
   int32_t sourceLength = 0;
+  // The separators those characters were read with, while they stand as read.
+  std::shared_ptr<SeparatorCut> readWith;
 };
 
 }  // namespace vantrelia

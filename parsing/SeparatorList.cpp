@@ -1,6 +1,7 @@
 #include "parsing/SeparatorList.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "definitions/MessageSetDefn.h"
 #include "definitions/MessageWarehouseDefn.h"
@@ -117,6 +118,60 @@ void SeparatorList::keepCut() {
   cut.reset();
 }
 
+uint64_t SeparatorList::nextVersion() {
+  static std::atomic<uint64_t> last{0};
+  return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+bool SeparatorList::sameSlotsAs(const SeparatorList& other) const {
+  if (&other == this) return true;
+  if (lastSame.other == &other && lastSame.mine == slotsVersion && lastSame.theirs == other.slotsVersion) {
+    return lastSame.same;
+  }
+  bool same = crlfEquivalent == other.crlfEquivalent;
+  for (size_t i = 0; same && i < slots.size(); ++i) {
+    const SeparatorImpl& mine = slots[i];
+    const SeparatorImpl& theirs = other.slots[i];
+    same = mine.active == theirs.active && mine.value == theirs.value &&
+           mine.replacementValue == theirs.replacementValue &&
+           mine.terminatorReplacement() == theirs.terminatorReplacement();
+  }
+  lastSame = {&other, slotsVersion, other.slotsVersion, same};
+  return same;
+}
+
+void SeparatorList::rebuildClasses() const {
+  // The separators that cut text or stand for something in it.
+  static constexpr ESeparatorType kMarked[] = {qxSepSegment, qxSepRepeat, qxSepNull,  qxSepField1, qxSepField2,
+                                               qxSepField3,  qxSepField4, qxSepField5, qxSepUser1,  qxSepUser2,
+                                               qxSepUser3,   qxSepUser4,  qxSepUser5,  qxSepMessage, qxSepGroup,
+                                               qxSepLength,  qxSepCrlf};
+  classes.fill(kDataCharacter);
+  otherClassed.clear();
+  const auto mark = [this](char16_t c, uint8_t what) {
+    if (c >= classes.size()) {
+      otherClassed += c;
+      return;
+    }
+    // Two separators with the same character make it stand for neither; a separator keeps its
+    // class when its character also asks for encoding.
+    uint8_t& at = classes[c];
+    if (at == kDataCharacter) {
+      at = what;
+    } else if (at != what && what != kOtherCharacter) {
+      at = kOtherCharacter;
+    }
+  };
+  for (const ESeparatorType index : kMarked) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(index)];
+    if (!slot.active || slot.value.empty()) continue;
+    mark(slot.value.front(), slot.value.size() == 1 ? static_cast<uint8_t>(index + 1) : kOtherCharacter);
+  }
+  for (const char16_t c : mustEncodeCharacters) mark(c, kOtherCharacter);
+  for (const char16_t c : mustQuoteCharacters) mark(c, kOtherCharacter);
+  classesVersion = slotsVersion;
+}
+
 SeparatorList::Slots SeparatorList::savedOrDefinedSlots() const {
   if (savedSlots) return *savedSlots;
   Slots defined;
@@ -200,6 +255,7 @@ void SeparatorList::takeCrlfEquivalent() {
 }
 
 void SeparatorList::updateActive() {
+  slotsVersion = nextVersion();
   variablePending = false;
   for (SeparatorImpl& slot : slots) {
     slot.active = !slot.value.empty() && (slot.known || !fromWire);

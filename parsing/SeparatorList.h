@@ -95,6 +95,22 @@ class SeparatorList {
   // kept as they stand now even when this list changes or goes.
   std::shared_ptr<SeparatorCut> shareCut();
 
+  // Whether every slot has the same text, replacement and use as in `other`: a text read with one
+  // list then reads and writes the same with the other. The answer is kept until either changes:
+  // a writer asks it for every segment.
+  bool sameSlotsAs(const SeparatorList& other) const;
+  // What a character is to a writer that gives text back as it stands: data, the one character of
+  // a separator in use (its slot plus one), or kOtherCharacter for anything else that reading or
+  // writing treats apart (a character of a longer separator, of two separators, or one that asks
+  // for encoding or quotes). The decimal mark and the filler stand in data as they are.
+  static constexpr uint8_t kDataCharacter = 0;
+  static constexpr uint8_t kOtherCharacter = 0xFF;
+  uint8_t classOf(char16_t c) const {
+    if (classesVersion != slotsVersion) [[unlikely]] rebuildClasses();
+    if (c < classes.size()) return classes[c];
+    return otherClassed.find(c) == std::u16string::npos ? kDataCharacter : kOtherCharacter;
+  }
+
   // Works out which slots are active, whether some separator is still to be read, and the
   // characters that make a value need encoding or quotes.
   void updateActive();
@@ -312,8 +328,12 @@ class SeparatorList {
   // Called before anything a segment's fields are cut with changes: segments read without cutting
   // them keep the state they were read with.
   void beforeSlotsChange() {
+    slotsVersion = nextVersion();
     if (cut) [[unlikely]] keepCut();
   }
+  // A number no list has had yet: what tells one state of the slots from every other.
+  static uint64_t nextVersion();
+  void rebuildClasses() const;
   void keepCut();
 
   // --- levels
@@ -431,6 +451,20 @@ class SeparatorList {
   // Bit N set when slot N is read from a position in a header field: the slots mayTakeFromField
   // looks at, for every field of a header.
   uint32_t fieldSlots = 0;
+  // Changes with every change of the slots, and is never the same in two lists.
+  uint64_t slotsVersion = nextVersion();
+  // The last answer of sameSlotsAs, with the versions it was given for.
+  struct SameSlots {
+    const SeparatorList* other = nullptr;
+    uint64_t mine = 0;
+    uint64_t theirs = 0;
+    bool same = false;
+  };
+  mutable SameSlots lastSame;
+  // classOf, for the slots of classesVersion.
+  mutable uint64_t classesVersion = 0;
+  mutable std::array<uint8_t, 128> classes{};
+  mutable std::u16string otherClassed;
 };
 
 }  // namespace vantrelia

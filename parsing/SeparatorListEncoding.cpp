@@ -47,6 +47,7 @@ bool putSlotValueAt(const std::array<SeparatorImpl, kSeparatorCount>& slots, std
 // ----- replacements and the characters that call for them
 
 void SeparatorList::takeReplacements(SeparatorImpl& slot, std::optional<bool>& asIs) {
+  slotsVersion = nextVersion();
   // Most slots have no replacement: every header that carries separators asks for all of them.
   // Whether the definition's texts stand is asked only for a slot that has one, and only once.
   const auto translated = [&](std::u16string_view defined) {
@@ -71,6 +72,7 @@ void SeparatorList::takeReplacements(SeparatorImpl& slot) {
 }
 
 void SeparatorList::takeReplacements() {
+  slotsVersion = nextVersion();
   std::optional<bool> asIs;
   for (SeparatorImpl& slot : slots) {
     if (slot.defn->getReplacementValue().length() == 0 && !slot.isVariable()) {
@@ -111,6 +113,7 @@ void SeparatorList::rebuildReplaceOrder() {
 }
 
 void SeparatorList::rebuildCharacterSets() {
+  slotsVersion = nextVersion();
   mustQuoteCharacters.clear();
   mustEncodeCharacters.clear();
   for (const ReplaceEntry& entry : replaceOrder) {

@@ -238,6 +238,7 @@ std::u16string SeparatorList::collectForFieldEnd(const FieldPathDefn& fieldPath)
 // ----- settling them without a read
 
 void SeparatorList::settleToDefault(SeparatorImpl& slot) {
+  slotsVersion = nextVersion();
   slot.takeDefaultValue();
   takeReplacements(slot);
   slot.known = true;

@@ -1,0 +1,95 @@
+#include "definitions/SegmentTextShape.h"
+
+#include "definitions/CompositeDefn.h"
+#include "definitions/DataTypeCodes.h"
+#include "definitions/FieldDefn.h"
+#include "definitions/FieldInstancesControl.h"
+#include "definitions/FieldPathDefn.h"
+#include "definitions/MessageSetDefn.h"
+#include "definitions/PrimitiveTypeDefn.h"
+#include "definitions/SegmentDefn.h"
+
+namespace vantrelia {
+
+SegmentTextShape::SegmentTextShape(const SegmentDefn& segment, const FieldInstancesControl* overrides)
+    : overrides(overrides) {
+  fieldSeparator = segment.getSeparatorType() == qxSepAuto ? qxSepField1
+                                                           : static_cast<ESeparatorType>(segment.getSeparatorType());
+  // Tagged, presence-indicator and name-value segments, variable fields and fixed widths all write
+  // by rules of their own.
+  if ((segment.getFlags() & ~SegmentDefn::kSituationalData) != 0 || segment.isFixedWidth() ||
+      !segment.getSpecialSeparatorString().empty()) {
+    return;
+  }
+  // A header that carries separators writes them from the list, not from its fields.
+  if (const MessageSetDefn* set = segment.getSet()) {
+    for (int32_t i = 0; i < kSeparatorCount; ++i) {
+      if (set->getSeparator(i).getFieldPath().getName().view() == segment.getName().view()) return;
+    }
+  }
+  fields.resize(segment.getFields().size());
+  std::vector<int32_t> path;
+  for (size_t i = 0; i < fields.size(); ++i) {
+    path.assign(1, static_cast<int32_t>(i));
+    if (!shapeOf(*segment.getFields()[i], path, fieldSeparator, fields[i])) {
+      fields.clear();
+      return;
+    }
+    if (fields[i].required) shownFields = static_cast<int32_t>(i) + 1;
+  }
+  usable = true;
+}
+
+bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& path, ESeparatorType parentSeparator,
+                               Item& item) const {
+  constexpr uint32_t kOwnRules = FieldDefn::kNotPlain | FieldDefn::kIsVariableTypeField | FieldDefn::kKeyBehind |
+                                 FieldDefn::kEquationValue | FieldDefn::kHasFieldPresenceIndicator |
+                                 FieldDefn::kRepeatsWithKey;
+  if ((field.getFlags() & kOwnRules) || !field.getLinkedFieldName().empty() || !field.getFormat().empty() ||
+      field.getIsBinary()) {
+    return false;
+  }
+  // What a field node asks: the item's overrides where the field has some, else its definition.
+  const FieldInstancesControl* control = field.getHasOverrides() ? overrides : nullptr;
+  if (control ? control->getFormatter(path) != nullptr || control->getCountKind(path) != FieldDefn::kNoCount
+              : field.getFormatter() != nullptr || field.getCountKind() != FieldDefn::kNoCount) {
+    return false;
+  }
+  // Left and right alignment without a width are the only ones that neither trim nor fill.
+  if (field.getAlignment() != qxLeft && field.getAlignment() != qxRight) return false;
+  item.required = control ? control->isRequired(path) : field.isRequired();
+  const int32_t maxLength = control ? control->getMaxLength(path) : field.getMaxLength();
+  item.maxLength = maxLength > 0 ? maxLength : 0;
+  item.repeats = field.getMaxRepeats() != 1;
+  if (!field.isComposite()) {
+    const int32_t type = field.getDataType();
+    if (DataTypeCodes::isBinary(type) || type == DataTypeCodes::kQuotedText || type == DataTypeCodes::kCustom ||
+        type == DataTypeCodes::kArray || type == DataTypeCodes::kVariable) {
+      return false;
+    }
+    if (const PrimitiveTypeDefn* custom = field.getCustomType()) {
+      if (custom->getUsingSpecialEscapeCharacters() || custom->hasAllowedSeparators() ||
+          custom->getBaseType() == DataTypeCodes::kQuotedText || DataTypeCodes::isBinary(custom->getBaseType())) {
+        return false;
+      }
+    }
+    return true;
+  }
+  const CompositeDefn* composite = field.getComposite();
+  if (!composite || composite->getFlags() != 0 || composite->isFixedWidth() ||
+      composite->getCompositeType() != qxCompTypeNormal || !composite->getSpecialSeparatorString().empty()) {
+    return false;
+  }
+  item.childSeparator = CompositeDefn::childSeparatorOf(composite, parentSeparator);
+  if (item.childSeparator == qxSepNone || item.childSeparator == qxSepString) return false;
+  item.children.resize(composite->getFields().size());
+  for (size_t i = 0; i < item.children.size(); ++i) {
+    path.push_back(static_cast<int32_t>(i));
+    const bool shaped = shapeOf(*composite->getFields()[i], path, item.childSeparator, item.children[i]);
+    path.pop_back();
+    if (!shaped) return false;
+  }
+  return !item.children.empty();
+}
+
+}  // namespace vantrelia

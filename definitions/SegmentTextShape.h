@@ -1,0 +1,56 @@
+#pragma once
+// A segment definition reduced to what decides whether the text a segment was read from is the
+// text the writer would give it again: for each field and component, whether it must show,
+// whether it repeats, and the separator between its children. Fields that the writer gives
+// anything but their values as they stand (defaults, formats, fills, counts, calculations, binary,
+// quoted or escaped text) leave no shape, and a segment with one of them has none. A message item
+// that overrides its segment's fields has a shape of its own, with its overrides.
+
+#include <cstdint>
+#include <vector>
+
+#include "foundation/Enumerations.h"
+
+namespace vantrelia {
+
+class FieldDefn;
+class FieldInstancesControl;
+class SegmentDefn;
+
+class SegmentTextShape {
+ public:
+  struct Item {
+    bool required = false;
+    // More than one repetition allowed: the value is cut at the repeat separator first.
+    bool repeats = false;
+    int32_t maxLength = 0;   // 0 for no limit
+    // A composite's children are cut at childSeparator; a primitive has none.
+    ESeparatorType childSeparator = qxSepNone;
+    std::vector<Item> children;
+  };
+
+  // `overrides`: those of the message item the segment stands at, or null.
+  SegmentTextShape(const SegmentDefn& segment, const FieldInstancesControl* overrides);
+
+  // False when some field of the segment is written otherwise than as it was read.
+  bool isUsable() const { return usable; }
+  // The separator between the fields.
+  ESeparatorType getFieldSeparator() const { return fieldSeparator; }
+  const std::vector<Item>& getFields() const { return fields; }
+  // The fields up to and including the last required one: the writer shows that many at least.
+  int32_t getShownFields() const { return shownFields; }
+
+ private:
+  // The shape of the field or component at `path` (its indexes from the segment down), whose
+  // owner is cut at `parentSeparator`; false when it has none.
+  bool shapeOf(const FieldDefn& field, std::vector<int32_t>& path, ESeparatorType parentSeparator, Item& item) const;
+
+  const FieldInstancesControl* overrides;
+
+  bool usable = false;
+  ESeparatorType fieldSeparator = qxSepField1;
+  std::vector<Item> fields;
+  int32_t shownFields = 0;
+};
+
+}  // namespace vantrelia

@@ -1,0 +1,147 @@
+// Which segment texts go out as they were read, without cutting or writing their fields: only
+// those the fields would give character for character. Every case also writes the segment, which
+// debug builds hold to the fields' own write, and release builds take from the text.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "elements/SegmentImplBase.h"
+#include "parsing/SeparatorList.h"
+#include "support/CompilerTesting.h"
+#include "support/ElementTesting.h"
+
+namespace vantrelia::testing {
+namespace {
+
+const char* const kDefinition = R"(
+messageSets:
+  - name: T
+    trimSegments: true
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', style: initiator}
+      field2: '^'
+      field3: '&'
+      repeat: '~'
+      user1: {value: '\', replacement: '\E\'}
+      "null": '""'
+    messageTypeFields: [MSH.1]
+    composites:
+      - name: HD
+        fields: [{name: Namespace}, {name: Universal}]
+      - name: CX
+        fields:
+          - {name: Id, required: true}
+          - {name: Check}
+          - {name: Authority, composite: HD}
+    segments:
+      - name: MSH
+        fields: [{name: Type, required: true}]
+      - name: AAA
+        fields:
+          - {name: SetId, dataType: long}
+          - {name: Ids, composite: CX, maxRepeats: 2}
+          - {name: Code, required: true}
+          - {name: Note, maxLength: 4}
+      - name: BBB
+        fields: [{name: Amount, dataType: long, alignment: zeroMin}, {name: Text}]
+      - name: CCC
+        fields: [{name: Value}, {name: Unit}]
+    messages:
+      - name: M
+        type: M
+        items:
+          - {segment: MSH, required: true}
+          - {segment: AAA}
+          - {segment: BBB}
+          - {segment: CCC, maxRepeats: 0}
+)";
+
+class SegmentTextCheckTest : public ::testing::Test {
+ protected:
+  void SetUp() override { compileAndLoad(factory, kDefinition); }
+
+  // The segment at `path` of a new message, read from `text`.
+  SegmentImplBase& read(MessageElement& message, const char* path, const std::string& text) {
+    auto& segment = static_cast<SegmentImplBase&>(*message.getElementAt(path));
+    EXPECT_EQ(segment.setEncodedValue(wide(text)), u"") << "the whole text is the segment's";
+    return segment;
+  }
+  static bool writtenAsRead(SegmentImplBase& segment) {
+    return segment.fieldTextAsRead(*segment.getSeparatorList()).has_value();
+  }
+
+  MessageFactory factory;
+};
+
+TEST_F(SegmentTextCheckTest, OnlyTextsTheFieldsWouldGiveAgainGoOutAsRead) {
+  struct Case {
+    const char* path;
+    const char* text;
+    bool asRead;
+    const char* written;  // null: the text as it was read
+  };
+  const Case cases[] = {
+      {"AAA", "AAA|1|X^^A&B|C|n\r", true, nullptr},
+      {"AAA", "AAA|1||C\r", true, nullptr},               // an empty field inside
+      {"AAA", "AAA|1|X~Y|C\r", true, nullptr},            // repeats up to the maximum
+      {"AAA", "AAA|1|X^^&B|C\r", true, nullptr},          // an empty component and subcomponent inside
+      {"AAA", "AAA|1|X|C\r", true, nullptr},
+      {"AAA", "AAA|1|X|C", true, "AAA|1|X|C\r"},          // the last segment of a text, unterminated
+      {"AAA", "AAA|1||C|\r", false, "AAA|1||C\r"},        // empty items at the end go
+      {"AAA", "AAA|1|X^|C\r", false, "AAA|1|X|C\r"},
+      {"AAA", "AAA|1|X~|C\r", false, "AAA|1|X|C\r"},
+      {"AAA", "AAA|1|X^^A&|C\r", false, "AAA|1|X^^A|C\r"},
+      {"AAA", "AAA|1\r", false, "AAA|1||\r"},             // a required field shows
+      {"AAA", "AAA|1|^K|C\r", false, nullptr},            // a required component left empty
+      {"AAA", "AAA|1|X|C\\E\\D\r", false, nullptr},       // an escape sequence
+      {"AAA", "AAA|1|X|\"\"\r", false, nullptr},          // the null value
+      {"AAA", "AAA|1|X|C|abcde\r", true, nullptr},        // longer than its maximum, kept
+      {"AAA", "AAA|1|X|C|n|more\r", false, "AAA|1|X|C|n\r"},  // a field the definition hasn't
+      {"AAA", "AAA|1|X~Y~Z|C\r", true, nullptr},          // repeats beyond the maximum, kept
+      {"AAA", "AAA|1|X^K^A^Z|C\r", false, "AAA|1|X^K^A|C\r"},  // a component the composite hasn't
+      {"BBB", "BBB|0042|t\r", false, "BBB|42|t\r"},       // a field whose zeros are taken off
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    auto message = factory.CreateMessage("M");
+    SegmentImplBase& segment = read(*message, c.path, c.text);
+    EXPECT_EQ(writtenAsRead(segment), c.asRead);
+    EXPECT_EQ(narrow(segment.getEncodedValue()), c.written ? c.written : c.text);
+  }
+}
+
+TEST_F(SegmentTextCheckTest, ChangesAfterTheReadWriteTheFields) {
+  // A changed field, a changed separator of the message, and the same text again.
+  auto message = factory.CreateMessage("M");
+  SegmentImplBase& segment = read(*message, "AAA", "AAA|1|X|C\r");
+  ASSERT_TRUE(writtenAsRead(segment));
+  message->getElementAt("AAA/Code")->setValue(u"D");
+  EXPECT_FALSE(writtenAsRead(segment));
+  EXPECT_EQ(narrow(segment.getEncodedValue()), "AAA|1|X|D\r");
+
+  SegmentImplBase& other = read(*message, "AAA", "AAA|1|X^K|C\r");
+  ASSERT_TRUE(writtenAsRead(other));
+  message->setSeparatorValue(qxSepField2, u"!");
+  EXPECT_FALSE(writtenAsRead(other));
+  EXPECT_EQ(narrow(other.getEncodedValue()), "AAA|1|X!K|C\r");
+  message->setSeparatorValue(qxSepField2, u"^");
+  EXPECT_TRUE(writtenAsRead(other)) << "the separators it was read with are back";
+  EXPECT_EQ(narrow(other.getEncodedValue()), "AAA|1|X^K|C\r");
+}
+
+TEST_F(SegmentTextCheckTest, AWholeMessageWritesItsUntouchedSegmentsAsRead) {
+  const std::string text = "MSH|M\rAAA|1|X^^A&B|C\rBBB|7\rCCC|1|kg\rCCC|2||\rCCC|3|g\r";
+  auto message = factory.Parse(wide(text).c_str());
+  ASSERT_NE(message, nullptr);
+  EXPECT_TRUE(writtenAsRead(static_cast<SegmentImplBase&>(*message->getElementAt("CCC[0]"))));
+  EXPECT_FALSE(writtenAsRead(static_cast<SegmentImplBase&>(*message->getElementAt("CCC[1]"))));
+  // The second CCC loses its empty last fields; the others stand as they were read.
+  EXPECT_EQ(narrow(message->getEncodedValue()), "MSH|M\rAAA|1|X^^A&B|C\rBBB|7\rCCC|1|kg\rCCC|2\rCCC|3|g\r");
+  message->getElementAt("CCC[2]/Unit")->setValue(u"mg");
+  EXPECT_EQ(narrow(message->getEncodedValue()), "MSH|M\rAAA|1|X^^A&B|C\rBBB|7\rCCC|1|kg\rCCC|2\rCCC|3|mg\r");
+}
+
+}  // namespace
+}  // namespace vantrelia::testing
