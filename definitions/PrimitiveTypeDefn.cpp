@@ -1,5 +1,7 @@
 #include "definitions/PrimitiveTypeDefn.h"
 
+#include "definitions/DataTypeCodes.h"
+
 #include <algorithm>
 
 #include "definitions/InputStream.h"
@@ -64,6 +66,11 @@ void PrimitiveTypeDefn::load(InputStream& stream, int version) {
 
 void PrimitiveTypeDefn::checkEscapeCharacters() const {
   if (!getUsingSpecialEscapeCharacters()) throw IllegalOperation(messages::kNoCustomEscapeCharacters);
+}
+
+bool PrimitiveTypeDefn::isEscapedText() const {
+  return getUsingSpecialEscapeCharacters() && !hasAllowedSeparators() && !isPlainAlias() &&
+         BaseType != DataTypeCodes::kQuotedText && !DataTypeCodes::isBinary(BaseType);
 }
 
 ESeparatorType PrimitiveTypeDefn::getStartEscapeCharacter() const {

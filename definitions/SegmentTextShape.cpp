@@ -45,7 +45,11 @@ bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& pat
   constexpr uint32_t kOwnRules = FieldDefn::kNotPlain | FieldDefn::kIsVariableTypeField | FieldDefn::kKeyBehind |
                                  FieldDefn::kEquationValue | FieldDefn::kHasFieldPresenceIndicator |
                                  FieldDefn::kRepeatsWithKey;
-  if ((field.getFlags() & kOwnRules) || !field.getLinkedFieldName().empty() || !field.getFormat().empty() ||
+  // An escaped text is a custom type, but a plain one as far as this check goes.
+  const PrimitiveTypeDefn* custom = field.getCustomType();
+  const bool escapedText = custom && custom->isEscapedText();
+  const uint32_t ownRules = escapedText ? kOwnRules & ~FieldDefn::kNotPlain : kOwnRules;
+  if ((field.getFlags() & ownRules) || !field.getLinkedFieldName().empty() || !field.getFormat().empty() ||
       field.getIsBinary()) {
     return false;
   }
@@ -63,15 +67,16 @@ bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& pat
   item.repeats = field.getMaxRepeats() != 1;
   if (!field.isComposite()) {
     const int32_t type = field.getDataType();
-    if (DataTypeCodes::isBinary(type) || type == DataTypeCodes::kQuotedText || type == DataTypeCodes::kCustom ||
-        type == DataTypeCodes::kArray || type == DataTypeCodes::kVariable) {
+    if (DataTypeCodes::isBinary(type) || type == DataTypeCodes::kQuotedText ||
+        (type == DataTypeCodes::kCustom && !escapedText) || type == DataTypeCodes::kArray ||
+        type == DataTypeCodes::kVariable) {
       return false;
     }
-    if (const PrimitiveTypeDefn* custom = field.getCustomType()) {
-      if (custom->getUsingSpecialEscapeCharacters() || custom->hasAllowedSeparators() ||
-          custom->getBaseType() == DataTypeCodes::kQuotedText || DataTypeCodes::isBinary(custom->getBaseType())) {
-        return false;
-      }
+    // A custom value with nothing that asks for encoding goes out as it stands, escape marks or
+    // not; the check refuses a text with any such character.
+    if (custom && (custom->hasAllowedSeparators() || custom->getBaseType() == DataTypeCodes::kQuotedText ||
+                   DataTypeCodes::isBinary(custom->getBaseType()))) {
+      return false;
     }
     return true;
   }

@@ -3,7 +3,7 @@
 // text the writer would give it again: for each field and component, whether it must show,
 // whether it repeats, and the separator between its children. Fields that the writer gives
 // anything but their values as they stand (defaults, formats, fills, counts, calculations, binary,
-// quoted or escaped text) leave no shape, and a segment with one of them has none. A message item
+// quoted text, separators allowed in data) leave no shape, and a segment with one of them has none. A message item
 // that overrides its segment's fields has a shape of its own, with its overrides.
 
 #include <cstdint>

@@ -418,19 +418,23 @@ std::u16string SegmentImplBase::getEncodedValueNoTouch() {
 namespace {
 
 // Whether a value of the field is cut at separators alone, so that no segment separator can stand
-// inside it: no binary lengths, quotes, escapes kept as they stand, or separators allowed in data.
+// inside it: no binary lengths, quotes, or separators allowed in data. Escape marks may stand in
+// it: a separator ends a field between them too, and the scan that leaves fields uncut stops at
+// the first character of any replacement, which is where a mark would change what is read.
 bool cutAtSeparators(const FieldDefn& field) {
-  if (field.getFlags() & (FieldDefn::kNotPlain | FieldDefn::kHasFieldPresenceIndicator)) return false;
+  const PrimitiveTypeDefn* custom = field.getCustomType();
+  const bool escapedText = custom && custom->isEscapedText();
+  const uint32_t flags = field.getFlags();
+  if ((flags & FieldDefn::kHasFieldPresenceIndicator) || ((flags & FieldDefn::kNotPlain) && !escapedText)) return false;
   const int32_t type = field.getDataType();
   if (DataTypeCodes::isBinary(type) || field.getIsBinary() || type == DataTypeCodes::kQuotedText ||
-      type == DataTypeCodes::kCustom || type == DataTypeCodes::kArray || type == DataTypeCodes::kVariable) {
+      (type == DataTypeCodes::kCustom && !escapedText) || type == DataTypeCodes::kArray ||
+      type == DataTypeCodes::kVariable) {
     return false;
   }
-  if (const PrimitiveTypeDefn* custom = field.getCustomType()) {
-    if (custom->getUsingSpecialEscapeCharacters() || custom->hasAllowedSeparators() ||
-        custom->getBaseType() == DataTypeCodes::kQuotedText || DataTypeCodes::isBinary(custom->getBaseType())) {
-      return false;
-    }
+  if (custom && (custom->hasAllowedSeparators() || custom->getBaseType() == DataTypeCodes::kQuotedText ||
+                 DataTypeCodes::isBinary(custom->getBaseType()))) {
+    return false;
   }
   if (!field.isComposite()) return true;
   const CompositeDefn* composite = field.getComposite();

@@ -205,46 +205,68 @@ std::u16string SeparatorList::encodeWith(std::u16string_view text, int32_t field
   // With escapes in force, the escapes decide what stays as it is; a type that allows both escape
   // separators in its values has nothing to mark, and its allow-list decides.
   const bool escaping = type && type->getUsingSpecialEscapeCharacters() && !(allowed(start) && allowed(end));
-  // A custom value that its allow-list governs only doubles its quotes; the others are quoted too.
-  const bool quoteNeedsQuotes = !type || escaping;
+  // A region from a start mark to the next end mark goes out as it stands only where reading it
+  // back gives the same value: something between the marks, nothing there that a read would take
+  // for a separator or a quote, and no replacement beginning at either mark. Where one character
+  // is both marks (HL7's escape character) a read takes each mark for a region of its own and
+  // reads what lies between as any text, replacements and all, so these count too. Elsewhere the
+  // start mark is a character like any other and goes out as its replacement: a separator inside
+  // the marks is never written bare.
+  const std::u16string_view startText = escaping ? escapeText(start) : std::u16string_view();
+  const std::u16string_view endText = escaping ? escapeText(end) : std::u16string_view();
+  std::u16string special(quotedType ? kQuote : std::u16string_view());
+  if (escaping) {
+    for (const ReplaceEntry& entry : replaceOrder) {
+      if (!slots[static_cast<size_t>(entry.index)].active) continue;
+      // The null, decimal and filler marks belong to data and end nothing.
+      if (!entryText(entry).empty() && forcesQuotes(entry.index)) special += entryText(entry).front();
+      if (startText == endText && !entryReplacement(entry).empty()) special += entryReplacement(entry).front();
+    }
+  }
+  const auto replacementAt = [&](size_t at) {
+    return std::any_of(replaceOrder.begin(), replaceOrder.end(), [&](const ReplaceEntry& entry) {
+      return slots[static_cast<size_t>(entry.index)].active && startsWithAt(text, at, entryReplacement(entry));
+    });
+  };
+  // Both searches only move forward, so that a text of many marks is looked through once.
+  size_t nextEnd = 0;
+  size_t nextSpecial = 0;
+  const auto keptRegionEnd = [&](size_t at) -> size_t {
+    const size_t from = at + startText.size();
+    if (nextEnd < from) nextEnd = endText.empty() ? std::u16string_view::npos : text.find(endText, from);
+    if (nextEnd == std::u16string_view::npos || nextEnd == from) return 0;
+    if (nextSpecial < from) nextSpecial = text.find_first_of(special, from);
+    if (nextSpecial < nextEnd || replacementAt(at) || replacementAt(nextEnd)) return 0;
+    return nextEnd + endText.size();
+  };
+
   std::u16string result;
   result.reserve(text.size() + 8);
   bool needsQuotes = false;
-  bool inEscape = false;
-  size_t escapeStart = 0;
   for (size_t at = 0; at < text.size();) {
     if (quotedType && text[at] == kQuote.front()) {
+      // Doubled quotes mean one only inside quotes: a value with a quote is always quoted, else
+      // each read and write would double its quotes again.
       result += kDoubledQuote;
-      if (quoteNeedsQuotes) needsQuotes = true;
+      needsQuotes = true;
       ++at;
       continue;
+    }
+    if (escaping && startsWithAt(text, at, startText)) {
+      if (const size_t regionEnd = keptRegionEnd(at)) {
+        result.append(text.substr(at, regionEnd - at));
+        at = regionEnd;
+        continue;
+      }
     }
     bool taken = false;
     for (const ReplaceEntry& entry : replaceOrder) {
       const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
-      if (!slot.active) continue;
-      const std::u16string_view separator = entryText(entry);
-      const bool here = startsWithAt(text, at, separator);
-      if (escaping) {
-        // The escape marks go out as they are; between them nothing is replaced.
-        const bool opens = !inEscape && entry.index == start && !entry.isTerminator && here;
-        const bool closes = inEscape && entry.index == end && !entry.isTerminator && here;
-        if (opens || closes) {
-          if (opens) escapeStart = result.size();
-          inEscape = opens;
-          result += separator;
-          at += separator.size();
-          taken = true;
-          break;
-        }
-        if (inEscape) continue;
-      } else if (allowed(entry.index)) {
-        continue;
-      }
-      if (!here) continue;
+      if (!slot.active || (!escaping && allowed(entry.index))) continue;
+      if (!startsWithAt(text, at, entryText(entry))) continue;
       if (!entryReplacement(entry).empty()) {
         result += entryReplacement(entry);
-        at += separator.size();
+        at += entryText(entry).size();
         needsQuotes = true;
         taken = true;
         break;
@@ -252,11 +274,6 @@ std::u16string SeparatorList::encodeWith(std::u16string_view text, int32_t field
       if (quotedType && forcesQuotes(entry.index)) needsQuotes = true;
     }
     if (!taken) result += text[at++];
-  }
-  // An escape left open goes out with its start in replaced form.
-  if (inEscape) {
-    const SeparatorImpl& slot = slots[static_cast<size_t>(start)];
-    if (!slot.replacementValue.empty()) result.replace(escapeStart, slot.value.size(), slot.replacementValue);
   }
   if (quotedType && needsQuotes) return std::u16string(kQuote) + result + std::u16string(kQuote);
   return result;

@@ -20,6 +20,10 @@ const definition = dictionary.definitions[version];
 const tables = dictionary.tables;
 const packageVersion = require('hl7-dictionary/package.json').version;
 
+// Text types that may carry formatting commands (\\.br\\, \\H\\, \\X0D\\ ...), and VARIES, which holds them
+// in OBX-5: an escape sequence between two escape characters is read and written as it stands.
+const kFormattedTextTypes = new Set(['FT', 'TX', 'VARIES']);
+
 // Table 0354 names the trigger events that each message structure carries.
 const kStructureTable = '354';
 
@@ -310,6 +314,8 @@ const out = [
   '# the message, and the field separator introduces every field, so that MSH writes as "MSH|^~\\&|".',
   '# MSH-1 and MSH-2 are thus no fields of MSH: its first field is MSH-3, Sending Application. A',
   '# separator inside data is written as its HL7 escape (\\F\\, \\S\\, \\R\\, \\T\\, \\E\\).',
+  '# In the text types FT, TX and VARIES a sequence between two escape characters that is none of',
+  '# these (a formatting command such as \\.br\\ or \\H\\) is read and written as it stands.',
   '#',
   '# Message types: a structure of one trigger event has the type "CODE EVENT"; one of several has',
   '# "CODE <WILD>" and a match list of its events on MSH-9.2 (table 0354), so that ADT^A04 finds',
@@ -321,7 +327,10 @@ const out = [
   `  Name: ${quoted(`HL7 v${version}`)}`,
   `  Source: ${quoted(`hl7-dictionary ${packageVersion} (MIT)`)}`,
   'primitiveTypes:',
-  ...typeNames.filter(isPrimitive).map((type) => `  - {name: ${type}, baseType: string, plainAlias: true}`),
+  ...typeNames.filter(isPrimitive).map((type) =>
+    kFormattedTextTypes.has(type)
+      ? `  - {name: ${type}, baseType: string, escapeCharacters: {start: user1, end: user1}}`
+      : `  - {name: ${type}, baseType: string, plainAlias: true}`),
   `  - {name: ${kEncodingCharactersType}, baseType: string, allowedSeparators: [field2, repeat, user1, field3]}`,
   'messageSets:',
   `  - name: ${setName}`,

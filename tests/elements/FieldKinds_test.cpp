@@ -305,18 +305,29 @@ TEST_F(FieldKinds, CustomValuesGoOutByTheirTypesSeparatorsEscapesAndQuotes) {
   const Case cases[] = {
       {"ZCU/Free", "a^b", "a^b"},           // an allowed separator stands as it is
       {"ZCU/Free", "a|b", "a{F}b"},         // others are replaced
-      {"ZCU/Esc", "a<x|y>b", "a<x|y>b"},    // nothing inside the escape marks is replaced
+      {"ZCU/Esc", "a<x y>b", "a<x y>b"},    // between the marks, what needs no replacement stays
+      {"ZCU/Esc", "a<x{F}y>b", "a<x{F}y>b"},
+      // A separator between the marks would end the field when read: the marks are no escape then,
+      // and the start goes out replaced like the separator.
+      {"ZCU/Esc", "a<x|y>b", "a{L}x{F}y>b"},
       {"ZCU/Esc", "a|<b", "a{F}{L}b"},      // an escape left open goes out replaced
+      {"ZCU/Esc", "<a<b>c<", "{L}a<b>c{L}"},
       {"ZCU/Esc", "a^b", "a{S}b"},
       {"ZCU/Quote", "a&b", "\"a&b\""},      // quoted text in quotes where there is no replacement
       {"ZCU/Quote", "a|b", "\"a{F}b\""},
-      {"ZCU/Quote", "say \"hi\"", "say \"\"hi\"\""},  // quotes doubled, no separator: no quotes
+      // Quotes doubled, and in quotes though there is no separator: else reading the text again
+      // would keep them doubled.
+      {"ZCU/Quote", "say \"hi\"", "\"say \"\"hi\"\"\""},
       {"ZCU/Plain", "a^b", "a{S}b"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.path) + " " + c.value);
     at(c.path)->setValue(wide(c.value));
     EXPECT_EQ(at(c.path)->getEncodedValue(), wide(c.wire));
+    // Whatever goes out reads back as the value that was set.
+    const std::u16string segment = at("ZCU")->getEncodedValue();
+    at("ZCU")->setEncodedValue(segment);
+    EXPECT_EQ(at(c.path)->getValue(), wide(c.value)) << narrow(segment);
     at(c.path)->setEmpty();
   }
 }

@@ -181,6 +181,49 @@ TEST_F(BundledParseTest, Hl7EscapeSequencesStandForTheirSeparators) {
   }
 }
 
+// In formatted text (OBX-5, NTE-3) a sequence between two escape characters that names no separator
+// is a formatting command: read and written as it stands, in whatever escape character the header
+// chose, also when the segment is written field by field. A lone escape character still goes out
+// as its sequence, and so does one that would otherwise be read as a separator's sequence.
+TEST_F(BundledParseTest, Hl7FormattingCommandsInFormattedTextGoOutAsTheyCame) {
+  struct Case {
+    std::string header;
+    std::string wire;     // OBX-5 as it stands in the text
+    std::string read;     // the value read
+    std::string written;  // OBX-5 written back, when not the wire
+  };
+  const Case cases[] = {
+      {"MSH|^~\\&|", "Line one\\.br\\Line \\H\\two\\N\\ end\\X0D0A\\", "Line one\\.br\\Line \\H\\two\\N\\ end\\X0D0A\\", ""},
+      {"MSH#!@$%#", "a$.br$b$F$c", "a$.br$b#c", ""},
+      {"MSH|^~\\&|", "a\\F\\b\\E\\c", "a|b\\c", ""},
+      {"MSH|^~\\&|", "\\E\\F\\E\\", "\\F\\", ""},
+      {"MSH|^~\\&|", "x\\E\\\\E\\y", "x\\\\y", ""},
+      // Two escaped escape characters around plain text read as a formatting command would: the
+      // value can't tell them apart, and goes out in the shorter form.
+      {"MSH|^~\\&|", "C:\\E\\temp\\E\\f", "C:\\temp\\f", "C:\\temp\\f"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.wire);
+    const char f = c.header[3];
+    const char s = c.header[4];
+    const auto textWith = [&](const std::string& observation) {
+      return c.header + "A" + f + "FAC" + f + "C" + f + "D" + f + "2026" + f + f + "ADT" + s + "A01" + f + "1" + f + "P" +
+             f + "2.5\rEVN" + f + "A01" + f + "2026\rPID" + f + "1" + f + f + "7" + f + f + "DOE" + s + "J\rPV1" + f +
+             "1" + f + "I\rOBX" + f + "1" + f + "FT" + f + "RPT" + f + f + observation + f + f + f + f + f + f + "F\rNTE" +
+             f + "1" + f + f + observation + "\r";
+    };
+    auto message = parse(textWith(c.wire));
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(value(*message, "OBSERVATION[0]/OBX/ObservationValue[0]"), c.read);
+    EXPECT_EQ(value(*message, "OBSERVATION[0]/NTE:2[0]/Comment[0]"), c.read);
+    const std::string expected = textWith(c.written.empty() ? c.wire : c.written);
+    EXPECT_EQ(narrow(message->getEncodedValue()), expected);
+    // A changed segment is written field by field: the same text.
+    message->getElementAt("OBSERVATION[0]/OBX/SetId")->setValue(u"1");
+    EXPECT_EQ(narrow(message->getEncodedValue()), expected);
+  }
+}
+
 // Where the segment terminator also releases a character, only cutting the fields tells where a
 // segment ends: such segments are cut as they are read.
 TEST_F(BundledParseTest, ATerminatorThatAlsoReleasesIsCutAsRead) {
