@@ -68,9 +68,9 @@ void PrimitiveTypeDefn::checkEscapeCharacters() const {
   if (!getUsingSpecialEscapeCharacters()) throw IllegalOperation(messages::kNoCustomEscapeCharacters);
 }
 
-bool PrimitiveTypeDefn::isEscapedText() const {
-  return getUsingSpecialEscapeCharacters() && !hasAllowedSeparators() && !isPlainAlias() &&
-         BaseType != DataTypeCodes::kQuotedText && !DataTypeCodes::isBinary(BaseType);
+bool PrimitiveTypeDefn::readsAsItStands() const {
+  if (BaseType == DataTypeCodes::kQuotedText || DataTypeCodes::isBinary(BaseType)) return false;
+  return isPlainAlias() || (getUsingSpecialEscapeCharacters() && !hasAllowedSeparators());
 }
 
 ESeparatorType PrimitiveTypeDefn::getStartEscapeCharacter() const {

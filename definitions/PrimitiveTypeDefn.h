@@ -46,9 +46,9 @@ class PrimitiveTypeDefn {
   bool getDoValidation() const { return (flags & kNoValidation) == 0; }
   bool hasAllowedSeparators() const { return (flags & kSomeSeparatorAllowed) != 0; }
   bool getUsingSpecialEscapeCharacters() const { return (flags & kSpecialEscapeCharacters) != 0; }
-  // Plain text but for its escape marks: a value with nothing in it that asks for encoding is
-  // read and written as it stands.
-  bool isEscapedText() const;
+  // Its base type by another name, or plain text but for its escape marks: a value with nothing in
+  // it that asks for encoding is read and written as it stands.
+  bool readsAsItStands() const;
 
   const kestrel::TRVString<char16_t>& getRegularExpression() const { return RegularExpression; }
   bool hasRegularExpression() const { return RegularExpression.length() != 0; }

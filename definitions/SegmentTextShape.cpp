@@ -45,10 +45,10 @@ bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& pat
   constexpr uint32_t kOwnRules = FieldDefn::kNotPlain | FieldDefn::kIsVariableTypeField | FieldDefn::kKeyBehind |
                                  FieldDefn::kEquationValue | FieldDefn::kHasFieldPresenceIndicator |
                                  FieldDefn::kRepeatsWithKey;
-  // An escaped text is a custom type, but a plain one as far as this check goes.
+  // An alias of a type, or text with escape marks, is a custom type but a plain one to this check.
   const PrimitiveTypeDefn* custom = field.getCustomType();
-  const bool escapedText = custom && custom->isEscapedText();
-  const uint32_t ownRules = escapedText ? kOwnRules & ~FieldDefn::kNotPlain : kOwnRules;
+  const bool asItStands = custom && custom->readsAsItStands();
+  const uint32_t ownRules = asItStands ? kOwnRules & ~FieldDefn::kNotPlain : kOwnRules;
   if ((field.getFlags() & ownRules) || !field.getLinkedFieldName().empty() || !field.getFormat().empty() ||
       field.getIsBinary()) {
     return false;
@@ -68,7 +68,7 @@ bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& pat
   if (!field.isComposite()) {
     const int32_t type = field.getDataType();
     if (DataTypeCodes::isBinary(type) || type == DataTypeCodes::kQuotedText ||
-        (type == DataTypeCodes::kCustom && !escapedText) || type == DataTypeCodes::kArray ||
+        (type == DataTypeCodes::kCustom && !asItStands) || type == DataTypeCodes::kArray ||
         type == DataTypeCodes::kVariable) {
       return false;
     }

@@ -40,7 +40,7 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
   bool lastFieldFilled = true;
   uint32_t endMask = 0;
   if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
-  if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location)) return true;
+  if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location, 0, lastFieldFilled)) return true;
   return parseFieldsFrom(0, stream, errors, status, location, endMask, lastFieldFilled);
 }
 

@@ -423,12 +423,12 @@ namespace {
 // the first character of any replacement, which is where a mark would change what is read.
 bool cutAtSeparators(const FieldDefn& field) {
   const PrimitiveTypeDefn* custom = field.getCustomType();
-  const bool escapedText = custom && custom->isEscapedText();
+  const bool asItStands = custom && custom->readsAsItStands();
   const uint32_t flags = field.getFlags();
-  if ((flags & FieldDefn::kHasFieldPresenceIndicator) || ((flags & FieldDefn::kNotPlain) && !escapedText)) return false;
+  if ((flags & FieldDefn::kHasFieldPresenceIndicator) || ((flags & FieldDefn::kNotPlain) && !asItStands)) return false;
   const int32_t type = field.getDataType();
   if (DataTypeCodes::isBinary(type) || field.getIsBinary() || type == DataTypeCodes::kQuotedText ||
-      (type == DataTypeCodes::kCustom && !escapedText) || type == DataTypeCodes::kArray ||
+      (type == DataTypeCodes::kCustom && !asItStands) || type == DataTypeCodes::kArray ||
       type == DataTypeCodes::kVariable) {
     return false;
   }
@@ -568,9 +568,10 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const in
     first = 0;
   }
   const std::u16string_view text(from, static_cast<size_t>(to - from));
-  // A leaf value of plain text, as its field would give it: no type of its own, nothing trimmed,
-  // no default standing in for it and no null marker.
-  if (!defn || defn->isComposite() || defn->getBaseType() != FieldDefn::kString || defn->getCustomType() ||
+  // A leaf value of plain text, as its field would give it: no type of its own but another name for
+  // text, nothing trimmed, no default standing in for it and no null marker.
+  const PrimitiveTypeDefn* custom = defn ? defn->getCustomType() : nullptr;
+  if (!defn || defn->isComposite() || defn->getBaseType() != FieldDefn::kString || (custom && !custom->isPlainAlias()) ||
       defn->getIsBinary() || defn->getAlignment() != qxLeft || text.empty() ||
       (list.isInUse(qxSepNull) && text == list.getSeparatorValue(qxSepNull))) {
     return std::nullopt;
@@ -612,21 +613,18 @@ void SegmentImplBase::cutFields() {
   ValidationLocation location;
   location.segmentNumber = getSegmentNumber();
   location.segmentID = segmentDefn->getTag().c_str();
-  // A segment whose first fields were cut as it was read goes on behind them.
+  // The cut goes on where the read stopped: behind the tag and whatever the read took from the text
+  // there (separators that stand right behind a header's tag, say), or behind the first fields of
+  // a header that carried separators in them.
   const int firstField = uncutFrom;
-  const int32_t from = firstField > 0 ? uncutOffset : sourceStart;
-  StringParserStream stream(sourceText->data() + from, sourceStart + sourceLength - from);
+  StringParserStream stream(sourceText->data() + uncutOffset, sourceStart + sourceLength - uncutOffset);
   uint32_t status = 0;
   const int32_t start = sourceStart;
   const int32_t length = sourceLength;
   std::shared_ptr<SeparatorCut> readAs = readWith;
   uncutFrom = 0;
   try {
-    if (firstField > 0) {
-      resumeSegmentFields(stream, *findings, status, location, firstField, uncutLastFilled);
-    } else {
-      parseSegmentFields(stream, *findings, status, location);
-    }
+    resumeSegmentFields(stream, *findings, status, location, firstField, uncutLastFilled);
   } catch (...) {
     restore();
     throw;

@@ -10,6 +10,7 @@
 #include "elements/MessageImpl.h"
 #include "elements/SegmentImplBase.h"
 #include "foundation/MessageFactory.h"
+#include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
 #include "validation/ValidationErrorList.h"
 
@@ -143,6 +144,42 @@ TEST_F(UncutFieldsTest, CopiesAndTheOriginalCutAlike) {
   EXPECT_EQ(value(*copy, "PID/Birth"), "19700101");
   EXPECT_EQ(value(*message, "PID/Birth"), "19700101");
   EXPECT_EQ(narrow(copy->getEncodedValue()), narrow(message->getEncodedValue()));
+}
+
+// A header whose separators stand right behind its tag, not in a field of its own, may leave all
+// its fields in the text: cut later, they start behind those separators, not at the tag.
+TEST(UncutHeaderTest, FieldsOfAHeaderWithItsSeparatorsBehindTheTagStartBehindThem) {
+  MessageFactory factory;
+  compileAndLoad(factory, R"(
+messageSets:
+  - name: POS
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', style: initiator, fromField: HDR, position: 1}
+      field2: {value: '^', fromField: HDR, position: 2}
+      repeat: {value: '~', fromField: HDR, position: 3}
+    messageTypeFields: [HDR/Type]
+    segments:
+      - name: HDR
+        fields: [{name: From}, {name: Type}, {name: Control}]
+      - name: DAT
+        fields: [{name: Value}]
+    messages:
+      - name: M
+        type: T1
+        items: [{segment: HDR, required: true}, {segment: DAT, required: true}]
+)");
+  for (const std::string header : {"HDR|^~|A|T1|C", "HDR#!*#A#T1#C"}) {
+    SCOPED_TRACE(header);
+    const char f = header[3];
+    const std::string text = header + "\rDAT" + f + "v\r";
+    auto message = factory.Parse(wide(text).c_str());
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(narrow(message->getElementAt("HDR/From")->getValue()), "A");
+    EXPECT_EQ(narrow(message->getElementAt("HDR/Control")->getValue()), "C");
+    EXPECT_EQ(narrow(message->getElementAt("DAT/Value")->getValue()), "v");
+    EXPECT_EQ(narrow(message->getEncodedValue()), text);
+  }
 }
 
 }  // namespace
