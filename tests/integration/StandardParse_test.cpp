@@ -96,7 +96,10 @@ const Sample kSamples[] = {
       {"PATIENT_RESULT[0]/ORDER_OBSERVATION[0]/OBSERVATION[1]/OBX/ObservationValue[0]", "1.42"},
       {"PATIENT_RESULT[0]/ORDER_OBSERVATION[0]/OBSERVATION[1]/OBX/AbnormalFlags[0]", "H"},
       {"PATIENT_RESULT[0]/ORDER_OBSERVATION[0]/OBSERVATION[1]/NTE[0]/Comment[0]", "Creatinine above range; repeat advised."},
-      {"PATIENT_RESULT[0]/ORDER_OBSERVATION[0]/OBSERVATION[3]/OBX/ObservationIdentifier/Identifier", "2823-3"}}},
+      {"PATIENT_RESULT[0]/ORDER_OBSERVATION[0]/OBSERVATION[3]/OBX/ObservationIdentifier/Identifier", "2823-3"},
+      // Formatting commands stay as they came; a separator's escape is the separator.
+      {"PATIENT_RESULT[0]/ORDER_OBSERVATION[0]/OBSERVATION[4]/OBX/ObservationValue[0]",
+       "Sample slightly hemolyzed.\\.br\\\\H\\Potassium\\N\\ may read high & should be repeated."}}},
     {"orm-o01.hl7",
      "hl7/hl7-v2.5.yaml",
      "HL7_2_5",
