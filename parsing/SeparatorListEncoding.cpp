@@ -240,42 +240,52 @@ std::u16string SeparatorList::encodeWith(std::u16string_view text, int32_t field
     return nextEnd + endText.size();
   };
 
-  std::u16string result;
-  result.reserve(text.size() + 8);
-  bool needsQuotes = false;
-  for (size_t at = 0; at < text.size();) {
-    if (quotedType && text[at] == kQuote.front()) {
-      // Doubled quotes mean one only inside quotes: a value with a quote is always quoted, else
-      // each read and write would double its quotes again.
-      result += kDoubledQuote;
-      needsQuotes = true;
-      ++at;
-      continue;
-    }
-    if (escaping && startsWithAt(text, at, startText)) {
-      if (const size_t regionEnd = keptRegionEnd(at)) {
-        result.append(text.substr(at, regionEnd - at));
-        at = regionEnd;
+  bool keptRegion = false;
+  const auto encode = [&](bool keepRegions) {
+    std::u16string result;
+    result.reserve(text.size() + 8);
+    bool needsQuotes = false;
+    for (size_t at = 0; at < text.size();) {
+      if (quotedType && text[at] == kQuote.front()) {
+        // Doubled quotes mean one only inside quotes: a value with a quote is always quoted, else
+        // each read and write would double its quotes again.
+        result += kDoubledQuote;
+        needsQuotes = true;
+        ++at;
         continue;
       }
-    }
-    bool taken = false;
-    for (const ReplaceEntry& entry : replaceOrder) {
-      const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
-      if (!slot.active || (!escaping && allowed(entry.index))) continue;
-      if (!startsWithAt(text, at, entryText(entry))) continue;
-      if (!entryReplacement(entry).empty()) {
-        result += entryReplacement(entry);
-        at += entryText(entry).size();
-        needsQuotes = true;
-        taken = true;
-        break;
+      if (keepRegions && startsWithAt(text, at, startText)) {
+        if (const size_t regionEnd = keptRegionEnd(at)) {
+          result.append(text.substr(at, regionEnd - at));
+          at = regionEnd;
+          keptRegion = true;
+          continue;
+        }
       }
-      if (quotedType && forcesQuotes(entry.index)) needsQuotes = true;
+      bool taken = false;
+      for (const ReplaceEntry& entry : replaceOrder) {
+        const SeparatorImpl& slot = slots[static_cast<size_t>(entry.index)];
+        if (!slot.active || (!escaping && allowed(entry.index))) continue;
+        if (!startsWithAt(text, at, entryText(entry))) continue;
+        if (!entryReplacement(entry).empty()) {
+          result += entryReplacement(entry);
+          at += entryText(entry).size();
+          needsQuotes = true;
+          taken = true;
+          break;
+        }
+        if (quotedType && forcesQuotes(entry.index)) needsQuotes = true;
+      }
+      if (!taken) result += text[at++];
     }
-    if (!taken) result += text[at++];
-  }
-  if (quotedType && needsQuotes) return std::u16string(kQuote) + result + std::u16string(kQuote);
+    if (quotedType && needsQuotes) return std::u16string(kQuote) + result + std::u16string(kQuote);
+    return result;
+  };
+  std::u16string result = encode(escaping);
+  // Where one character is both marks, a mark kept as it stands may make a replacement with what
+  // is written behind it ("\T.\" before "S~" gives "\S\" and then "\R\"): a value that doesn't
+  // read back goes out with no region kept, every mark replaced.
+  if (keptRegion && startText == endText && decodeValue(result, fieldType) != text) result = encode(false);
   return result;
 }
 

@@ -224,6 +224,42 @@ TEST_F(BundledParseTest, Hl7FormattingCommandsInFormattedTextGoOutAsTheyCame) {
   }
 }
 
+// Whatever a host sets, in formatted text or in plain text, is what reading the written message
+// gives back: values made of separators, escape characters and the letters of escape sequences.
+TEST_F(BundledParseTest, AnyValueOfHl7TextReadsBackAsItWasSet) {
+  const std::string header = "MSH|^~\\&|A|FAC|C|D|2026||ADT^A01|1|P|2.5\rEVN|A01|2026\rPID|1||7||DOE^J\rPV1|1|I\r";
+  auto message = parse(header + "OBX|1|FT|RPT||x||||||F\r");
+  ASSERT_NE(message, nullptr);
+  const std::string alphabet = "ab.\\|^~&HEFSTRX0";
+  uint32_t state = 12345;
+  const auto next = [&state] {
+    state = state * 1103515245u + 12345u;
+    return state >> 16;
+  };
+  for (int round = 0; round < 3000; ++round) {
+    std::string value;
+    for (uint32_t length = 1 + next() % 12; value.size() < length;) value += alphabet[next() % alphabet.size()];
+    SCOPED_TRACE(value);
+    for (const char* path : {"OBSERVATION[0]/OBX/ObservationValue[0]", "PID/PatientName[0]/FamilyName"}) {
+      message->getElementAt(path)->setValue(wide(value));
+      const std::string written = narrow(message->getEncodedValue());
+      auto again = parse(written);
+      ASSERT_NE(again, nullptr) << written;
+      ASSERT_EQ(narrow(again->getElementAt(path)->getValue()), value) << path << "\n" << written;
+    }
+    // The same characters as text read from the wire: what is written reads as what was read.
+    auto read = parse(header + "OBX|1|FT|RPT||" + value + "||||||F\r");
+    ASSERT_NE(read, nullptr);
+    const std::string written = narrow(read->getEncodedValue());
+    auto again = parse(written);
+    ASSERT_NE(again, nullptr) << written;
+    ASSERT_EQ(narrow(again->getEncodedValue()), written);
+    const char* observation = "OBSERVATION[0]/OBX/ObservationValue";
+    ASSERT_EQ(narrow(again->getElementAt(observation)->getEncodedValue()),
+              narrow(read->getElementAt(observation)->getEncodedValue()));
+  }
+}
+
 // Where the segment terminator also releases a character, only cutting the fields tells where a
 // segment ends: such segments are cut as they are read.
 TEST_F(BundledParseTest, ATerminatorThatAlsoReleasesIsCutAsRead) {
