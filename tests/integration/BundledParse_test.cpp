@@ -228,7 +228,7 @@ TEST_F(BundledParseTest, Hl7FormattingCommandsInFormattedTextGoOutAsTheyCame) {
 // is written so that it reads the same again: values made of separators, escape or release
 // characters and the letters of escape sequences, in HL7 formatted and plain text and in EDIFACT.
 TEST_F(BundledParseTest, AnyValueReadsBackAsItWasSetOrRead) {
-  const std::string hl7 = "MSH|^~\\&|A|FAC|C|D|2026||ADT^A01|1|P|2.5\rEVN|A01|2026\rPID|1||7||@^J\rPV1|1|I\r"
+  const std::string hl7 = "MSH|^~\\&|A|FAC|C|D|2026||ADT^A01|1|P|2.5\rEVN|A01|2026\rPID|1||7^@||@^J\rPV1|1|I\r"
                           "OBX|1|FT|RPT||@||||||F\r";
   const std::string edifact = readBundledSource("examples/orders-d96a.edi");
   const struct {
@@ -238,8 +238,11 @@ TEST_F(BundledParseTest, AnyValueReadsBackAsItWasSetOrRead) {
   } cases[] = {
       {hl7, "OBSERVATION[0]/OBX/ObservationValue[0]", "ab.\\|^~&HEFSTRX0"},
       {hl7, "PID/PatientName[0]/FamilyName", "ab.\\|^~&HEFSTRX0"},
+      {hl7, "PID/PatientIdentifierList[0]/CheckDigit", "ab.\\|^~&HEFSTRX0"},
       {edifact.substr(0, edifact.find("PO-4711")) + "@" + edifact.substr(edifact.find("PO-4711") + 7),
        "MESSAGE/BGM/DocumentMessageNumber", "ab?+:'. "},
+      {edifact.substr(0, edifact.find("5412345000013")) + "@" + edifact.substr(edifact.find("5412345000013") + 13),
+       "MESSAGE/PARTY[0]/NAD/PartyIdentificationDetails/PartyIdIdentification", "ab?+:'. "},
   };
   uint32_t state = 12345;
   const auto next = [&state] {
