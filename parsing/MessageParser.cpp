@@ -405,6 +405,9 @@ std::unique_ptr<MessageElement> MessageParser::parseFrom(const MessageWarehouseD
     }
     if (message) {
       message->setChanged(false);
+      // The next message with these separators reads with this trie; a later read of this one
+      // takes or builds another.
+      if (SeparatorList* list = message->getSeparatorList()) list->releaseTrie();
       const int32_t end = lookAhead.empty() || lookAhead.front().remainingAtStart < 0
                               ? offsetOf(*text, stream)
                               : static_cast<int32_t>(text->size()) - lookAhead.front().remainingAtStart;

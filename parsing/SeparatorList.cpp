@@ -26,7 +26,6 @@ SeparatorList::SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, 
       trimSegments(messageSet.getTrimSegments()),
       fixedWidth(fixedWidth),
       parent(parent),
-      trie(std::make_unique<SeparatorTrieNode>()),
       slotIndex(std::make_shared<SeparatorSlotIndex>()) {
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
     const SeparatorImpl& slot = slots[static_cast<size_t>(i)] = SeparatorImpl(messageSet.getSeparator(i));
@@ -51,7 +50,6 @@ SeparatorList::SeparatorList(const SeparatorList& other)
       levelMask(other.levelMask),
       specialStrings(other.specialStrings),
       levelFixedWidth(other.levelFixedWidth),
-      trie(std::make_unique<SeparatorTrieNode>()),
       crlfEquivalent(other.crlfEquivalent),
       errorSettings(other.errorSettings),
       slotIndex(other.slotIndex),
@@ -74,14 +72,12 @@ SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList
       levels(prototype.levels),
       levelMask(prototype.levelMask),
       levelFixedWidth(prototype.levelFixedWidth),
-      trie(std::make_unique<SeparatorTrieNode>()),
       mustQuoteCharacters(prototype.mustQuoteCharacters),
       mustEncodeCharacters(prototype.mustEncodeCharacters),
       errorSettings(prototype.errorSettings),
       slotIndex(prototype.slotIndex),
       fieldSlots(prototype.fieldSlots) {
   if (prototype.genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
-  trie->setLevel(static_cast<int32_t>(levels.size()));
   // The one thing a reset takes from the warehouse's settings, which may have changed since.
   takeCrlfEquivalent();
 }
@@ -222,9 +218,9 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
 }
 
 void SeparatorList::resetLevels() {
+  releaseTrie();
   levels.assign(std::begin(kBaseLevels), std::end(kBaseLevels));
   noteLevels();
-  trie->setLevel(static_cast<int32_t>(levels.size()));
   currentSeparator = qxSepSegment;
   specialStrings.clear();
   levelFixedWidth.assign(levels.size(), fixedWidth ? 1 : 0);

@@ -191,7 +191,13 @@ class SeparatorList {
   // The same without quotes.
   void readTokenEscaped(ParserStream& stream, ParserToken& token, int32_t maxLength,
                         bool applyReplacements, bool useGenericTrie, const SeparatorField* field);
+  // Makes the trie for the slots and levels as they stand, or takes one that served a list with
+  // the same separators from this thread's pool.
   void buildTrie();
+  // Hands the trie to this thread's pool when it is in step with the list, for the next list with
+  // these separators; this list builds or takes one again on its next read. A parse does this
+  // with the finished message.
+  void releaseTrie();
   SeparatorTrieNode& getTrie() { return *trie; }
   SeparatorTrieNode* getGenericTrie() { return genericTrie.get(); }
   bool isTrieDirty() const { return trieDirty; }
@@ -328,6 +334,7 @@ class SeparatorList {
   // Called before anything a segment's fields are cut with changes: segments read without cutting
   // them keep the state they were read with.
   void beforeSlotsChange() {
+    if (!trieDirty) releaseTrie();
     slotsVersion = nextVersion();
     if (cut) [[unlikely]] keepCut();
   }
@@ -347,6 +354,15 @@ class SeparatorList {
   void flushOutOfForce();
 
   // --- reading
+  // What a trie built now depends on besides the levels, as one text: two lists with the same key
+  // build the same trie for the same stack.
+  std::u16string trieKey() const;
+  // buildTrie with a trie from the pool; false when the pool has none for these slots.
+  bool adoptTrie();
+  // buildTrie from nothing.
+  void makeTrie();
+  // The trie's half of a push: one level up, with the level's text in force there.
+  void stepTrieUp(ESeparatorType index, std::u16string_view text);
   static bool isEscapedField(const SeparatorField& field);
   void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
   // readToken with a trie to build or escapes of the field's type; with allowQuotes, a value that
@@ -422,9 +438,14 @@ class SeparatorList {
   // an empty list costs no allocation, and every message's list is copied with one.
   std::list<std::u16string> specialStrings;
   std::vector<uint8_t> levelFixedWidth;  // one per level, 1 for fixed width
+  // Null until the first read, and while the pool has it.
   std::unique_ptr<SeparatorTrieNode> trie;
   std::unique_ptr<SeparatorTrieNode> genericTrie;
   bool trieDirty = true;
+  // The key of the slots of slotsVersion keptTrieKeyVersion, made when the trie was: what the trie
+  // is handed on with, unless the slots changed since.
+  std::u16string keptTrieKey;
+  uint64_t keptTrieKeyVersion = 0;
   // Sequences of popped levels not yet taken out of force, innermost last.
   std::vector<PoppedSequence> poppedOutOfForce;
   std::vector<ESeparatorType> savedLevels;

@@ -29,13 +29,16 @@ void SeparatorList::pushSeparator(ESeparatorType index, std::u16string_view spec
   if (index == qxSepString) specialStrings.emplace_back(specialString);
   // Fixed width, once on, stays on for all that is nested in it.
   levelFixedWidth.push_back(levelFixed || (!levelFixedWidth.empty() && levelFixedWidth.back()) ? 1 : 0);
-  trie->setLevel(trie->getLevel() + 1);
   if (trieDirty) {
     // The next read builds a new trie from the stack anyway; a write never reads.
     poppedOutOfForce.clear();
     return;
   }
-  const std::u16string_view text = levelText(index);
+  stepTrieUp(index, levelText(index));
+}
+
+void SeparatorList::stepTrieUp(ESeparatorType index, std::u16string_view text) {
+  trie->setLevel(trie->getLevel() + 1);
   // The separator just popped from this very level comes back: its sequence still stands at this
   // level, so neither the pop nor the push has to touch the trie.
   if (!poppedOutOfForce.empty()) {
@@ -63,7 +66,7 @@ ESeparatorType SeparatorList::popSeparator() {
   } else if (!text.empty() && !trieDirty) {
     poppedOutOfForce.push_back({index, trie->getLevel(), text});
   }
-  trie->setLevel(trie->getLevel() - 1);
+  if (!trieDirty) trie->setLevel(trie->getLevel() - 1);
   if (index == qxSepString) specialStrings.pop_back();
   levels.pop_back();
   noteLevels();
@@ -84,6 +87,7 @@ void SeparatorList::flushOutOfForce() {
 }
 
 void SeparatorList::restoreLevels() {
+  releaseTrie();
   levels = savedLevels;
   noteLevels();
   currentSeparator = levels.empty() ? qxSepSegment : levels.back();
@@ -91,6 +95,7 @@ void SeparatorList::restoreLevels() {
 }
 
 void SeparatorList::saveLevelsAllowing(const PrimitiveTypeDefn& type) {
+  releaseTrie();
   saveLevels();
   // A string level keeps its place, since the k-th of them owns the k-th pushed string.
   for (ESeparatorType& level : levels) {

@@ -4,9 +4,15 @@
 
 #include "parsing/SeparatorList.h"
 
+#include <algorithm>
+#include <array>
+
 #include "definitions/PrimitiveTypeDefn.h"
+#include "foundation/FoundationMessages.h"
+#include "foundation/IllegalOperation.h"
 #include "parsing/ParserStream.h"
 #include "parsing/ParserToken.h"
+#include "parsing/SeparatorTriePool.h"
 
 namespace vantrelia {
 
@@ -20,7 +26,150 @@ constexpr int32_t kGenericLevel = 200;
 
 }  // namespace
 
+std::u16string SeparatorList::trieKey() const {
+  // Written in place: a key is made for every trie taken, twice or more per message. It starts
+  // with the slots in use and those settled, as bits; the texts of those slots follow.
+  uint32_t active = 0;
+  uint32_t known = 0;
+  size_t length = 4;
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    if (!slot.active && !slot.known) continue;
+    active |= (slot.active ? 1u : 0u) << i;
+    known |= (slot.known ? 1u : 0u) << i;
+    length += 6 + slot.value.size() + slot.replacementValue.size() + slot.terminatorReplacement().size();
+  }
+  // With one text at two places (a component separator that is also the segment terminator, a
+  // separator that is also a replacement), which of them a node stands for depends on the order
+  // of the pushes that made the trie; such tries are built afresh each time. An empty key says so.
+  std::array<std::u16string_view, 3 * kSeparatorSlots> texts;
+  size_t count = 0;
+  for (uint32_t used = active | known; used != 0; used &= used - 1) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(__builtin_ctz(used))];
+    for (const std::u16string_view text : {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
+                                           slot.isVariable() ? slot.terminator() : std::u16string_view()}) {
+      if (text.empty()) continue;
+      if (std::find(texts.begin(), texts.begin() + static_cast<ptrdiff_t>(count), text) !=
+          texts.begin() + static_cast<ptrdiff_t>(count)) {
+        return {};
+      }
+      texts[count++] = text;
+    }
+  }
+  std::u16string key(length, u'\0');
+  char16_t* out = key.data();
+  const auto addNumber = [&out](size_t number) {
+    *out++ = static_cast<char16_t>(number >> 16);
+    *out++ = static_cast<char16_t>(number);
+  };
+  addNumber(active);
+  addNumber(known);
+  for (uint32_t used = active | known; used != 0; used &= used - 1) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(__builtin_ctz(used))];
+    for (const std::u16string_view text : {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
+                                           slot.terminatorReplacement()}) {
+      addNumber(text.size());
+      out = std::copy(text.begin(), text.end(), out);
+    }
+  }
+  return key;
+}
+
+void SeparatorList::releaseTrie() {
+  if (trieDirty || !trie || genericTrie) return;
+  SeparatorTriePool* pool = SeparatorTriePool::local();
+  if (!pool) return;
+  // What stands popped at a level above is taken out of force now, while the slot texts it
+  // points into still stand: the pool keeps no views.
+  flushOutOfForce();
+  std::u16string key = keptTrieKeyVersion == slotsVersion ? std::move(keptTrieKey) : trieKey();
+  keptTrieKeyVersion = 0;
+  if (key.empty()) return;
+  pool->give({messageSet, std::move(key), levels, specialStrings, std::move(trie)});
+  trieDirty = true;
+}
+
+bool SeparatorList::adoptTrie() {
+  SeparatorTriePool* pool = genericTrie ? nullptr : SeparatorTriePool::local();
+  if (!pool) return false;
+  std::u16string key = trieKey();
+  std::optional<SeparatorTriePool::Spare> spare;
+  if (!key.empty()) spare = pool->take(*messageSet, key);
+  if (!spare) {
+    // The build that follows serves these slots: its key is this one.
+    keptTrieKey = std::move(key);
+    keptTrieKeyVersion = slotsVersion;
+    return false;
+  }
+  keptTrieKey = std::move(key);
+  keptTrieKeyVersion = slotsVersion;
+  trie = std::move(spare->trie);
+  trieDirty = false;
+  poppedOutOfForce.clear();
+  const std::vector<ESeparatorType>& from = spare->levels;
+  // The trie is in step with the stack it came with. Most often that stack is the start of this
+  // list's, and pushes of the rest bring the trie in step.
+  const bool prefix = from.size() <= levels.size() && std::equal(from.begin(), from.end(), levels.begin()) &&
+                      specialStrings.empty() && spare->specialStrings.empty();
+  if (prefix) {
+    for (size_t i = from.size(); i < levels.size(); ++i) stepTrieUp(levels[i], levelText(levels[i]));
+    return true;
+  }
+  // Else pops down to what the two stacks share and pushes of the rest, as if this list had made
+  // those moves itself.
+  const std::vector<ESeparatorType> target = levels;
+  const std::list<std::u16string> targetStrings = specialStrings;
+  const std::vector<uint8_t> targetFixedWidth = levelFixedWidth;
+  const int32_t targetCurrent = currentSeparator;
+  levels = std::move(spare->levels);
+  specialStrings = std::move(spare->specialStrings);
+  levelFixedWidth.assign(levels.size(), 0);
+  noteLevels();
+  size_t shared = 0;
+  auto theirString = specialStrings.begin();
+  auto ourString = targetStrings.begin();
+  while (shared < levels.size() && shared < target.size() && levels[shared] == target[shared]) {
+    if (levels[shared] == qxSepString) {
+      if (theirString == specialStrings.end() || ourString == targetStrings.end() || *theirString != *ourString) break;
+      ++theirString;
+      ++ourString;
+    }
+    ++shared;
+  }
+  while (levels.size() > shared) popSeparator();
+  for (size_t i = shared; i < target.size(); ++i) {
+    const std::u16string_view special = target[i] == qxSepString && ourString != targetStrings.end()
+                                            ? std::u16string_view(*ourString++)
+                                            : std::u16string_view();
+    pushSeparator(target[i], special, false);
+  }
+  levelFixedWidth = targetFixedWidth;
+  currentSeparator = targetCurrent;
+  noteLevels();
+  return true;
+}
+
 void SeparatorList::buildTrie() {
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  if (adoptTrie()) {
+    // Held to what a build gives: the same sequences in force at the level of the moment.
+    const std::vector<std::u16string> adopted = trie->sequencesInForce();
+    std::unique_ptr<SeparatorTrieNode> taken = std::move(trie);
+    const std::vector<PoppedSequence> popped = poppedOutOfForce;
+    makeTrie();
+    const bool same = trie->sequencesInForce() == adopted;
+    trie = std::move(taken);
+    poppedOutOfForce = popped;
+    if (!same) throw IllegalOperation(messages::kInternalError);
+    return;
+  }
+#else
+  if (adoptTrie()) return;
+#endif
+  makeTrie();
+}
+
+void SeparatorList::makeTrie() {
   poppedOutOfForce.clear();
   trie = std::make_unique<SeparatorTrieNode>();
   trie->setLevel(static_cast<int32_t>(levels.size()));

@@ -61,6 +61,32 @@ SeparatorTrieNode* SeparatorTrieNode::addSequence(int32_t separatorIndex, std::u
   return node;
 }
 
+std::vector<std::u16string> SeparatorTrieNode::sequencesInForce() const {
+  std::vector<std::u16string> found;
+  std::u16string path;
+  const auto visit = [&](const auto& self, const SeparatorTrieNode& node) -> void {
+    for (const auto& child : node.children) {
+      path.push_back(child->character);
+      constexpr uint32_t kEnds = kSeparator | kReplacement | kEscapes;
+      if ((child->flags & kEnds) && child->level <= level) {
+        std::u16string entry = path;
+        entry.push_back(u'\0');
+        entry.push_back(static_cast<char16_t>(child->flags & kEnds));
+        entry.push_back(static_cast<char16_t>(child->flags >> 16));
+        entry.push_back(static_cast<char16_t>(child->separatorIndex));
+        entry.push_back(child->isCrlf ? u'1' : u'0');
+        if ((child->flags & kReplacement) && child->replacement) entry += *child->replacement;
+        found.push_back(std::move(entry));
+      }
+      self(self, *child);
+      path.pop_back();
+    }
+  };
+  visit(visit, *this);
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
 std::u16string_view SeparatorTrieNode::getFirstCharacters() {
   if (firstDirty) rebuildFirstCharacters();
   size_t count = 0;

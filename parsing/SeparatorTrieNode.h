@@ -81,6 +81,11 @@ class SeparatorTrieNode : public PoolAllocated {
   // parser's innermost loop.
   [[gnu::always_inline]] Candidate findCandidate(const char16_t* from, const char16_t* end);
 
+  // On a root: every sequence that ends in force at the root's level, each as its text, a zero,
+  // then what ends there (kind, separator index, replacement), sorted. Two roots that give the
+  // same list read every text alike at that level; checks compare them.
+  std::vector<std::u16string> sequencesInForce() const;
+
   char16_t getCharacter() const { return character; }
   uint32_t getFlags() const { return flags; }
   int32_t getLevel() const { return level; }

@@ -439,5 +439,68 @@ TEST(BundledConcurrentReading, ReadersOnSeveralThreadsAgreeWithOneAlone) {
   for (const auto& result : results) EXPECT_EQ(result, alone);
 }
 
+// Every node by its path, with the values of fields, and the text written back: what tells two
+// parses apart.
+void describe(MessageElement& node, const std::string& path, std::vector<std::string>& lines) {
+  const int count = node.getElementCount();
+  if (count == 0) lines.push_back(path + "=" + narrow(node.getValue()));
+  for (int i = 0; i < count; ++i) {
+    MessageElement* child = node.getElementAt(i);
+    if (child) describe(*child, path + "/" + child->getName(), lines);
+  }
+}
+
+std::vector<std::string> describeParse(MessageFactory& factory, const std::string& text) {
+  std::unique_ptr<MessageElement> message = factory.Parse(wide(text).c_str());
+  if (!message) return {"no message"};
+  std::vector<std::string> lines;
+  describe(*message, message->getName(), lines);
+  lines.push_back(narrow(message->getEncodedValue()));
+  return lines;
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  for (char& c : text) {
+    const size_t at = from.find(c);
+    if (at != std::string::npos) c = to[at];
+  }
+  return text;
+}
+
+// Messages read one after another hand their separator tries on to the next with the same
+// separators; each message still reads as it does alone, whatever its neighbours' separators are,
+// and when two of its separators are one character.
+TEST_F(BundledParseTest, MessagesWithOtherSeparatorsBesideThemReadAsTheyDoAlone) {
+  const std::string hl7 = readBundledSource("examples/adt-a04.hl7");
+  const std::string x12 = readBundledSource("examples/eligibility-270.x12");
+  const std::string edifact = readBundledSource("examples/orders-d96a.edi");
+  std::string sharedHl7 = hl7;
+  sharedHl7.replace(0, 9, "MSH|^~\\^|");  // one character for components and sub-components
+  const std::vector<std::string> texts = {
+      hl7,
+      replaced(hl7, "|^~\\&", "#@!$%"),
+      x12,
+      replaced(x12, "*:^~", "|>!\n"),
+      edifact,
+      replaced(edifact, ":+'", "#*\n"),
+      sharedHl7,
+  };
+  std::vector<std::vector<std::string>> alone(texts.size());
+  for (size_t i = 0; i < texts.size(); ++i) {
+    std::thread([&] { alone[i] = describeParse(*factory, texts[i]); }).join();
+    ASSERT_GT(alone[i].size(), 10u) << texts[i];
+  }
+  // Each text after every other, twice over.
+  for (int round = 0; round < 2; ++round) {
+    for (size_t i = 0; i < texts.size(); ++i) {
+      for (size_t j = 0; j < texts.size(); ++j) {
+        SCOPED_TRACE(texts[i] + " after " + texts[j]);
+        describeParse(*factory, texts[j]);
+        EXPECT_EQ(describeParse(*factory, texts[i]), alone[i]);
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace vantrelia::testing

@@ -10,6 +10,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "definitions/DataTypeCodes.h"
 #include "validation/ValidationErrorNumbers.h"
@@ -162,41 +163,60 @@ TEST(SeparatorListTest, TokensEndOnlyAtSeparatorsInForce) {
   }
 }
 
+// Random pushes and pops above the three levels a message starts with, each noted in the trace.
+// Each separator stands on the stack once at most: a text in use on two levels at once is out of
+// force for the outer one until the next rebuild.
+struct LevelWalk {
+  explicit LevelWalk(uint32_t seed) : random(seed) {}
+  void step(SeparatorList& list) {
+    static constexpr ESeparatorType kPushable[] = {qxSepField1, qxSepField2, qxSepField3,
+                                                   qxSepRepeat, qxSepString, qxSepNone};
+    static constexpr std::u16string_view kStrings[] = {u"=", u"::"};
+    const auto& levels = list.getLevels();
+    if (levels.size() > 3 && random() % 3 == 0) {
+      list.popSeparator();
+      trace += " pop";
+      return;
+    }
+    const ESeparatorType index = kPushable[random() % std::size(kPushable)];
+    if (std::find(levels.begin() + 3, levels.end(), index) != levels.end()) return;
+    list.pushSeparator(index, kStrings[random() % std::size(kStrings)]);
+    trace += " push" + std::to_string(index);
+  }
+  std::mt19937 random;
+  std::string trace;
+};
+
+const std::u16string kWalkText = u"a^b~c|d&e=f::g\\S\\h\rk";
+
+// The read of a copy of the list made on a thread of its own: its trie is built afresh, since
+// that thread has none set aside.
+TokenRead readAfresh(const SeparatorList& list) {
+  TokenRead read;
+  std::thread([&] {
+    SeparatorList fresh(list);
+    StringParserStream stream(kWalkText);
+    read = readOne(fresh, stream);
+  }).join();
+  return read;
+}
+
 // The list changes its trie level by level and puts off taking popped sequences out of force;
 // after any walk up and down the stack it must cut text as a list whose trie is built afresh from
-// the same stack (a copy builds its own). Each separator stands on the stack once at most: a text
-// in use on two levels at once is out of force for the outer one until the next rebuild.
+// the same stack.
 TEST(SeparatorListTest, LevelChangesCutAsAFreshTrieWould) {
   Hl7Set hl7;
-  const std::u16string text = u"a^b~c|d&e=f::g\\S\\h\rk";
-  const ESeparatorType pushable[] = {qxSepField1, qxSepField2, qxSepField3, qxSepRepeat, qxSepString, qxSepNone};
-  const std::u16string_view strings[] = {u"=", u"::"};
-  std::mt19937 random(20261122);
-  for (int walk = 0; walk < 40; ++walk) {
+  LevelWalk walk(20261122);
+  for (int round = 0; round < 40; ++round) {
     SeparatorList list(hl7.set(), false, nullptr);
     list.reset(false, true, true);
-    std::string trace;
+    walk.trace.clear();
     for (int step = 0; step < 30; ++step) {
-      const auto& levels = list.getLevels();
-      const auto onStack = [&levels](ESeparatorType index) {
-        return std::find(levels.begin() + 3, levels.end(), index) != levels.end();
-      };
-      if (levels.size() > 3 && random() % 3 == 0) {
-        list.popSeparator();
-        trace += " pop";
-      } else {
-        const ESeparatorType index = pushable[random() % std::size(pushable)];
-        if (onStack(index)) continue;
-        const std::u16string_view special = strings[random() % std::size(strings)];
-        list.pushSeparator(index, special);
-        trace += " push" + std::to_string(index);
-      }
-      SCOPED_TRACE(trace);
-      SeparatorList fresh(list);
-      StringParserStream incremental(text);
-      StringParserStream rebuilt(text);
+      walk.step(list);
+      SCOPED_TRACE(walk.trace);
+      StringParserStream incremental(kWalkText);
       const TokenRead got = readOne(list, incremental);
-      const TokenRead want = readOne(fresh, rebuilt);
+      const TokenRead want = readAfresh(list);
       EXPECT_EQ(got.text, want.text);
       EXPECT_EQ(got.separator, want.separator);
     }
@@ -731,6 +751,51 @@ TEST(SeparatorListTest, CopyKeepsStateAndRebuildsTrie) {
   EXPECT_EQ(copy.getLevels(), list.getLevels());
   StringParserStream stream(u"A!B", -1);
   EXPECT_EQ(readOne(copy, stream).separator, qxSepField1);
+}
+
+// A trie that served one list serves the next with the same separators, whatever stack each of
+// them stands at: the reads, then and after more pushes and pops, are those of a trie built
+// afresh. With one text for two separators, which of them the text stands for depends on the order
+// of the pushes that made the trie (it does so for a list's own trie too), so such a trie is never
+// handed on.
+TEST(SeparatorListTest, ATrieHandedOnReadsAsAFreshOneAtEveryDepth) {
+  Hl7Set hl7;
+  LevelWalk walk(20261125);
+  for (const bool sharedText : {false, true}) {
+    const auto makeList = [&] {
+      auto list = std::make_unique<SeparatorList>(hl7.set(), false, nullptr);
+      list->reset(false, true, true);
+      if (sharedText) list->setSeparatorValue(qxSepField3, u"^");
+      return list;
+    };
+    int handedOn = 0;
+    for (int round = 0; round < 60; ++round) {
+      walk.trace = sharedText ? "shared text, giver:" : "giver:";
+      std::unique_ptr<SeparatorList> giver = makeList();
+      for (int i = walk.random() % 8; i > 0; --i) walk.step(*giver);
+      StringParserStream warmUp(kWalkText);
+      readOne(*giver, warmUp);
+      const SeparatorTrieNode* given = &giver->getTrie();
+      giver->releaseTrie();
+
+      walk.trace += " taker:";
+      std::unique_ptr<SeparatorList> taker = makeList();
+      for (int i = walk.random() % 8; i > 0; --i) walk.step(*taker);
+      for (int i = 0; i < 12; ++i) {
+        SCOPED_TRACE(walk.trace);
+        StringParserStream handed(kWalkText);
+        const TokenRead got = readOne(*taker, handed);
+        if (i == 0 && &taker->getTrie() == given) ++handedOn;
+        if (!sharedText) {
+          const TokenRead want = readAfresh(*taker);
+          EXPECT_EQ(got.text, want.text);
+          EXPECT_EQ(got.separator, want.separator);
+        }
+        walk.step(*taker);
+      }
+    }
+    EXPECT_EQ(handedOn, sharedText ? 0 : 60);
+  }
 }
 
 }  // namespace

@@ -1,0 +1,44 @@
+#include "parsing/SeparatorTriePool.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "parsing/SeparatorTrieNode.h"
+
+namespace vantrelia {
+
+namespace {
+
+// Trivially destroyed, so it still answers while the thread's other objects go.
+thread_local bool poolGone = false;
+
+}  // namespace
+
+SeparatorTriePool::~SeparatorTriePool() { poolGone = true; }
+
+SeparatorTriePool* SeparatorTriePool::local() {
+  if (poolGone) return nullptr;
+  thread_local SeparatorTriePool pool;
+  return &pool;
+}
+
+void SeparatorTriePool::give(Spare spare) {
+  if (spares.size() == kCapacity) spares.erase(spares.begin());
+  spares.push_back(std::move(spare));
+}
+
+std::optional<SeparatorTriePool::Spare> SeparatorTriePool::take(const MessageSetDefn& set, const std::u16string& key) {
+  // The newest first: a reader of one set finds it at the end.
+  for (auto it = spares.rbegin(); it != spares.rend(); ++it) {
+    if (it->set != &set || it->key.size() != key.size() ||
+        std::memcmp(it->key.data(), key.data(), key.size() * sizeof(char16_t)) != 0) {
+      continue;
+    }
+    std::optional<Spare> found(std::move(*it));
+    spares.erase(std::next(it).base());
+    return found;
+  }
+  return std::nullopt;
+}
+
+}  // namespace vantrelia
