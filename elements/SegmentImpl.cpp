@@ -35,13 +35,165 @@ namespace vantrelia {
 
 // ----- reading
 
+namespace {
+
+// The header read being kept on this thread, if any: the fields it cuts note where their texts
+// stood, and the settling notes the rest.
+struct HeaderRecording {
+  const SegmentImpl* segment;
+  const char16_t* start;
+  HeaderReplay::Entry entry;
+  int findingsBefore;
+  // What a plain value's read asked of the list for each field cut, which the settled list must
+  // answer alike for the fields to read again as they did.
+  std::vector<std::u16string> readingStates;
+  bool valid = true;
+  bool noted = false;
+};
+
+thread_local HeaderRecording* recording = nullptr;
+
+// What reading a plain value asks of the list besides the separators it takes: the null marker,
+// whether the value stands at a fixed position, and the filler that such a value is trimmed of.
+std::u16string readingState(const SeparatorList& list) {
+  std::u16string state;
+  state += list.isSeparatorActive(SeparatorList::kCurrent) ? u'a' : u'-';
+  state += list.isLevelFixedWidth() ? u'f' : u'-';
+  if (list.isInUse(qxSepNull)) state += list.getSeparatorValue(qxSepNull);
+  state += u'\0';
+  state += list.getSeparatorValue(qxSepFiller);
+  return state;
+}
+
+}  // namespace
+
 bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                                      ValidationLocation& location) {
+  if (mayLeaveUncut && separators->getVariablePending()) [[unlikely]] {
+    return readHeaderFields(stream, errors, status, location);
+  }
+  return readFields(stream, errors, status, location);
+}
+
+bool SegmentImpl::readFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                             ValidationLocation& location) {
   bool lastFieldFilled = true;
   uint32_t endMask = 0;
   if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
   if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location, 0, lastFieldFilled)) return true;
   return parseFieldsFrom(0, stream, errors, status, location, endMask, lastFieldFilled);
+}
+
+bool SegmentImpl::readHeaderFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                                   ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  const char16_t* const start = stream.getCursor();
+  // Only a list as startOfWire made it has a state that another message's list shares.
+  HeaderReplay* replay =
+      start && !recording && list.isPristineCopy() && list.atBaseLevels() ? HeaderReplay::local() : nullptr;
+  if (!replay) return readFields(stream, errors, status, location);
+  const std::u16string_view text(start, static_cast<size_t>(stream.getWholeRemaining()));
+  const uint64_t startVersion = list.getSlotsVersion();
+  if (const HeaderReplay::Entry* entry = replay->find(*segmentDefn, itemDefn, startVersion, text)) {
+    return replayHeader(*entry, start, stream, errors, status, location);
+  }
+  if (!replay->worthKeeping(*segmentDefn, itemDefn, startVersion)) return readFields(stream, errors, status, location);
+
+  HeaderRecording record{this, start, {}, errors.count(), {}};
+  struct Scope {
+    explicit Scope(HeaderRecording& record) { recording = &record; }
+    ~Scope() { recording = nullptr; }
+  };
+  bool read;
+  {
+    const Scope scope(record);
+    read = readFields(stream, errors, status, location);
+  }
+  if (read && record.valid && record.noted) {
+    HeaderReplay::Entry& entry = record.entry;
+    entry.segment = segmentDefn;
+    entry.item = itemDefn;
+    entry.startVersion = startVersion;
+    replay->keep(std::move(entry));
+  } else {
+    replay->noteNotKept(*segmentDefn, itemDefn, startVersion);
+  }
+  return read;
+}
+
+bool SegmentImpl::replayHeader(const HeaderReplay::Entry& entry, const char16_t* start, ParserStream& stream,
+                               RecordedErrors& errors, uint32_t& status, ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  status = 0;
+  list.takeSettled(*entry.settled);
+  const int32_t resumeAt = entry.resumeAt;
+  const uint32_t endMask = entry.endMask;
+  const bool lastFieldFilled = entry.lastFieldFilled;
+  for (const HeaderReplay::FieldText& field : entry.fields) {
+    ParserToken token;
+    token.useView = true;
+    token.viewStart = start + field.offset;
+    token.viewLength = field.length;
+    location.fieldPosition = field.field + 1;
+    location.fieldRepetition = 1;
+    parseFieldValue(field.field, token, errors, location);
+  }
+  location.fieldPosition = -1;
+  location.fieldRepetition = -1;
+  ParserToken read;
+  read.useView = true;
+  stream.readChars(static_cast<int32_t>(entry.text.size()), read);
+  // From here as the read went on from its settling, which the text behind may have ended.
+  if (list.atOuterSeparator(stream, 1)) {
+    return parseFieldsFrom(getFieldCount(), stream, errors, status, location, endMask, lastFieldFilled);
+  }
+  if (leaveFieldsUncut(stream, endMask, status, errors, location, resumeAt, lastFieldFilled)) return true;
+  return parseFieldsFrom(resumeAt, stream, errors, status, location, endMask, lastFieldFilled, true);
+}
+
+bool SegmentImpl::allFieldsPlain(int count) const {
+  // Fields of other kinds than plain values read more than their text, or read it by rules of
+  // their own.
+  for (int i = 0; i < count; ++i) {
+    const FieldDefn& defn = segmentDefn->getField(i);
+    if (defn.isComposite() || defn.getMaxRepeats() != 1 || (defn.getFlags() & FieldDefn::kNotPlain) ||
+        defn.getBaseType() == FieldDefn::kRawBinary) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void SegmentImpl::noteSettled(const ParserStream& stream, const RecordedErrors& errors, int resumeAt,
+                              bool lastFieldFilled, uint32_t endMask) {
+  HeaderRecording& record = *recording;
+  if (record.noted) {
+    // A second settling point: the first one's attempt to leave the rest uncut failed.
+    record.valid = false;
+    return;
+  }
+  record.noted = true;
+  const SeparatorList& list = *separators;
+  const char16_t* const cursor = stream.getCursor();
+  if (!cursor || cursor <= record.start || errors.count() != record.findingsBefore || list.getCrlfEquivalent() >= 0 ||
+      list.beginsLongerSequence(cursor[-1]) || !allFieldsPlain(resumeAt)) {
+    record.valid = false;
+    return;
+  }
+  HeaderReplay::Entry& entry = record.entry;
+  entry.text.assign(record.start, static_cast<size_t>(cursor - record.start));
+  entry.settled = std::make_unique<SeparatorList>(list);
+  entry.settled->keepTrieKey();
+  entry.endMask = endMask;
+  entry.lastFieldFilled = lastFieldFilled;
+  entry.resumeAt = resumeAt;
+  for (const HeaderReplay::FieldText& field : entry.fields) {
+    if (field.offset < 0 || field.offset + field.length > static_cast<int32_t>(entry.text.size())) record.valid = false;
+  }
+  const std::u16string settledState = readingState(list);
+  for (const std::u16string& state : record.readingStates) {
+    if (state != settledState) record.valid = false;
+  }
 }
 
 bool SegmentImpl::resumeSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
@@ -52,11 +204,12 @@ bool SegmentImpl::resumeSegmentFields(ParserStream& stream, RecordedErrors& erro
 }
 
 bool SegmentImpl::parseFieldsFrom(int firstField, ParserStream& stream, RecordedErrors& errors, uint32_t& status,
-                                  ValidationLocation& location, uint32_t endMask, bool lastFieldFilled) {
+                                  ValidationLocation& location, uint32_t endMask, bool lastFieldFilled,
+                                  bool keepTryingUncut) {
   SeparatorList& list = *separators;
   // A header whose first fields carry the separators of the rest: once they are read, the rest
   // may wait in the text like the fields of any other segment.
-  const bool settling = mayLeaveUncut && list.getVariablePending();
+  const bool settling = keepTryingUncut || (mayLeaveUncut && list.getVariablePending());
   const bool useGeneric = usesGenericParsing();
   const int fieldCount = getFieldCount();
   bool popped = false;
@@ -71,9 +224,11 @@ bool SegmentImpl::parseFieldsFrom(int firstField, ParserStream& stream, Recorded
     if (list.atOuterSeparator(stream, popped ? 0 : 1)) break;
     location.fieldPosition = -1;
     location.fieldRepetition = -1;
-    if (settling && !popped && deferred.empty() && i + 1 < fieldCount && !list.getVariablePending() &&
-        leaveFieldsUncut(stream, endMask, status, errors, location, i + 1, lastFieldFilled)) {
-      return true;
+    if (settling && !popped && deferred.empty() && i + 1 < fieldCount && !list.getVariablePending()) {
+      if (recording && recording->segment == this) [[unlikely]] {
+        noteSettled(stream, errors, i + 1, lastFieldFilled, endMask);
+      }
+      if (leaveFieldsUncut(stream, endMask, status, errors, location, i + 1, lastFieldFilled)) return true;
     }
   }
   location.fieldPosition = -1;
@@ -191,6 +346,16 @@ void SegmentImpl::parseField(int index, ParserStream& stream, RecordedErrors& er
 void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors,
                                   ValidationLocation& location) {
   const std::u16string_view text = token.characters();
+  if (recording && recording->segment == this) [[unlikely]] {
+    HeaderRecording& record = *recording;
+    if (token.useView && token.viewStart >= record.start) {
+      record.entry.fields.push_back(
+          {index, static_cast<int32_t>(token.viewStart - record.start), static_cast<int32_t>(token.viewLength)});
+      record.readingStates.push_back(readingState(*separators));
+    } else {
+      record.valid = false;
+    }
+  }
   if (text.empty()) {
     destroyField(index);
     return;

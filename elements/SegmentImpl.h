@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "elements/HeaderReplay.h"
 #include "elements/SegmentImplBase.h"
 
 namespace vantrelia {
@@ -26,9 +27,25 @@ class SegmentImpl : public SegmentImplBase {
   // Texts of variable fields whose key comes after them, by index, read once the segment is.
   using DeferredFields = std::vector<std::pair<int, std::u16string>>;
 
-  // The fields from `firstField` on, behind the opening of the segment, then its end.
+  // The opening of the segment, then its fields and its end.
+  bool readFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
+  // readFields of a header that carries separators: done again as kept for a header that begins
+  // as this one does, else done and kept.
+  bool readHeaderFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
+  bool replayHeader(const HeaderReplay::Entry& entry, const char16_t* start, ParserStream& stream,
+                    RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
+  // At the settling of a header being kept: whether the read so far can be done again, and the
+  // state it leaves.
+  void noteSettled(const ParserStream& stream, const RecordedErrors& errors, int resumeAt, bool lastFieldFilled,
+                   uint32_t endMask);
+  // Whether the first `count` fields are all plain values, cut at separators and read as they stand.
+  bool allFieldsPlain(int count) const;
+  // The fields from `firstField` on, behind the opening of the segment, then its end. With
+  // keepTryingUncut, the rest of the fields may be left in the text as soon as nothing stops it,
+  // as after a header's separators have settled.
   bool parseFieldsFrom(int firstField, ParserStream& stream, RecordedErrors& errors, uint32_t& status,
-                       ValidationLocation& location, uint32_t endMask, bool lastFieldFilled);
+                       ValidationLocation& location, uint32_t endMask, bool lastFieldFilled,
+                       bool keepTryingUncut = false);
   // Cuts field `index` from the stream by its kind and hands it its text.
   void parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
                   bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);

@@ -80,6 +80,29 @@ SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList
   if (prototype.genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
   // The one thing a reset takes from the warehouse's settings, which may have changed since.
   takeCrlfEquivalent();
+  // The same slots as the prototype's, and the same version while that holds.
+  if (crlfEquivalent == prototype.crlfEquivalent) copiedVersion = slotsVersion = prototype.slotsVersion;
+}
+
+void SeparatorList::takeSettled(const SeparatorList& settled) {
+  beforeSlotsChange();
+  slots = settled.slots;
+  savedSlots = settled.savedSlots ? std::make_unique<Slots>(*settled.savedSlots) : nullptr;
+  variablePending = settled.variablePending;
+  crlfEquivalent = settled.crlfEquivalent;
+  replaceOrder = settled.replaceOrder;
+  mustQuoteCharacters = settled.mustQuoteCharacters;
+  mustEncodeCharacters = settled.mustEncodeCharacters;
+  currentSeparator = settled.currentSeparator;
+  levels = settled.levels;
+  levelMask = settled.levelMask;
+  specialStrings = settled.specialStrings;
+  levelFixedWidth = settled.levelFixedWidth;
+  poppedOutOfForce.clear();
+  trieDirty = true;
+  slotsVersion = settled.slotsVersion;
+  keptTrieKey = settled.keptTrieKey;
+  keptTrieKeyVersion = settled.keptTrieKeyVersion;
 }
 
 std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& set, const SeparatorList* parent) {

@@ -95,6 +95,21 @@ class SeparatorList {
   // kept as they stand now even when this list changes or goes.
   std::shared_ptr<SeparatorCut> shareCut();
 
+  // Tells one state of the slots from every other: it changes with every change of the slots, and
+  // lists share it only while their slots are the same (a list fresh from startOfWire shares its
+  // prototype's; a list that took a settled state shares that state's).
+  uint64_t getSlotsVersion() const { return slotsVersion; }
+  // Whether the slots stand as startOfWire copied them.
+  bool isPristineCopy() const { return slotsVersion == copiedVersion; }
+  // Takes the slots, the levels and what is worked out from the slots from a list that was this
+  // list's copy once and read a header since: the state that read would bring this list to.
+  void takeSettled(const SeparatorList& settled);
+  // Works out the trie key of the slots as they stand, for takeSettled to hand on.
+  void keepTrieKey();
+  // Whether a read that meets c may look at the characters behind it: some sequence of more than
+  // one character begins with c, now or, for the replacements, as the definition writes them.
+  bool beginsLongerSequence(char16_t c) const;
+
   // Whether every slot has the same text, replacement and use as in `other`: a text read with one
   // list then reads and writes the same with the other. The answer is kept until either changes:
   // a writer asks it for every segment.
@@ -472,8 +487,10 @@ class SeparatorList {
   // Bit N set when slot N is read from a position in a header field: the slots mayTakeFromField
   // looks at, for every field of a header.
   uint32_t fieldSlots = 0;
-  // Changes with every change of the slots, and is never the same in two lists.
+  // Changes with every change of the slots; see getSlotsVersion.
   uint64_t slotsVersion = nextVersion();
+  // The prototype's version, for a list made by startOfWire; else none.
+  uint64_t copiedVersion = 0;
   // The last answer of sameSlotsAs, with the versions it was given for.
   struct SameSlots {
     const SeparatorList* other = nullptr;

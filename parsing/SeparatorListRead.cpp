@@ -37,7 +37,8 @@ std::u16string SeparatorList::trieKey() const {
     if (!slot.active && !slot.known) continue;
     active |= (slot.active ? 1u : 0u) << i;
     known |= (slot.known ? 1u : 0u) << i;
-    length += 6 + slot.value.size() + slot.replacementValue.size() + slot.terminatorReplacement().size();
+    length += 8 + slot.value.size() + slot.replacementValue.size();
+    if (slot.isVariable()) length += slot.terminator().size() + slot.terminatorReplacement().size();
   }
   // With one text at two places (a component separator that is also the segment terminator, a
   // separator that is also a replacement), which of them a node stands for depends on the order
@@ -64,10 +65,15 @@ std::u16string SeparatorList::trieKey() const {
   };
   addNumber(active);
   addNumber(known);
+  // A variable separator's terminator and its replacement come from its definition: they are in
+  // the key, so that a trie never serves the set of another definition that sits where this one
+  // did.
   for (uint32_t used = active | known; used != 0; used &= used - 1) {
     const SeparatorImpl& slot = slots[static_cast<size_t>(__builtin_ctz(used))];
-    for (const std::u16string_view text : {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
-                                           slot.terminatorReplacement()}) {
+    const bool variable = slot.isVariable();
+    for (const std::u16string_view text :
+         {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
+          variable ? slot.terminator() : std::u16string_view(), variable ? slot.terminatorReplacement() : std::u16string_view()}) {
       addNumber(text.size());
       out = std::copy(text.begin(), text.end(), out);
     }
@@ -75,24 +81,40 @@ std::u16string SeparatorList::trieKey() const {
   return key;
 }
 
+void SeparatorList::keepTrieKey() {
+  keptTrieKey = trieKey();
+  keptTrieKeyVersion = slotsVersion;
+}
+
+bool SeparatorList::beginsLongerSequence(char16_t c) const {
+  const auto begins = [c](std::u16string_view text) { return text.size() > 1 && text.front() == c; };
+  for (const SeparatorImpl& slot : slots) {
+    if (begins(slot.value) || begins(slot.replacementValue) || begins(slot.terminatorReplacement()) ||
+        begins(slot.terminator()) || begins(slot.defn->getReplacementValue().view()) ||
+        begins(slot.defn->getTerminatorReplacement().view()) || begins(slot.defn->getTerminator().view())) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void SeparatorList::releaseTrie() {
-  if (trieDirty || !trie || genericTrie) return;
+  // Only a trie made for the slots as they stand goes, under the key it was made with: slots
+  // changed since without the trie marked for a rebuild leave it out of step with any key.
+  if (trieDirty || !trie || genericTrie || keptTrieKeyVersion != slotsVersion || keptTrieKey.empty()) return;
   SeparatorTriePool* pool = SeparatorTriePool::local();
   if (!pool) return;
   // What stands popped at a level above is taken out of force now, while the slot texts it
   // points into still stand: the pool keeps no views.
   flushOutOfForce();
-  std::u16string key = keptTrieKeyVersion == slotsVersion ? std::move(keptTrieKey) : trieKey();
-  keptTrieKeyVersion = 0;
-  if (key.empty()) return;
-  pool->give({messageSet, std::move(key), levels, specialStrings, std::move(trie)});
+  pool->give({messageSet, keptTrieKey, levels, specialStrings, std::move(trie)});
   trieDirty = true;
 }
 
 bool SeparatorList::adoptTrie() {
   SeparatorTriePool* pool = genericTrie ? nullptr : SeparatorTriePool::local();
   if (!pool) return false;
-  std::u16string key = trieKey();
+  std::u16string key = keptTrieKeyVersion == slotsVersion ? keptTrieKey : trieKey();
   std::optional<SeparatorTriePool::Spare> spare;
   if (!key.empty()) spare = pool->take(*messageSet, key);
   if (!spare) {

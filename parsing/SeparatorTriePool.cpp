@@ -3,24 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/ThreadLocal.h"
 #include "parsing/SeparatorTrieNode.h"
 
 namespace vantrelia {
 
-namespace {
-
-// Trivially destroyed, so it still answers while the thread's other objects go.
-thread_local bool poolGone = false;
-
-}  // namespace
-
-SeparatorTriePool::~SeparatorTriePool() { poolGone = true; }
-
-SeparatorTriePool* SeparatorTriePool::local() {
-  if (poolGone) return nullptr;
-  thread_local SeparatorTriePool pool;
-  return &pool;
-}
+SeparatorTriePool* SeparatorTriePool::local() { return ThreadLocal<SeparatorTriePool>::get(); }
 
 void SeparatorTriePool::give(Spare spare) {
   if (spares.size() == kCapacity) spares.erase(spares.begin());

@@ -38,7 +38,6 @@ class SeparatorTriePool {
   };
 
   SeparatorTriePool() = default;
-  ~SeparatorTriePool();
   SeparatorTriePool(const SeparatorTriePool&) = delete;
   SeparatorTriePool& operator=(const SeparatorTriePool&) = delete;
 

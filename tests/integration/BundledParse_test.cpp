@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "elements/HeaderReplay.h"
 #include "elements/InternalElement.h"
 #include "elements/MessageImpl.h"
 #include "elements/SegmentImplBase.h"
@@ -456,6 +457,7 @@ std::vector<std::string> describeParse(MessageFactory& factory, const std::strin
   std::vector<std::string> lines;
   describe(*message, message->getName(), lines);
   lines.push_back(narrow(message->getEncodedValue()));
+  lines.push_back("findings: " + std::to_string(static_cast<MessageImpl&>(*message).getParseFindings().count()));
   return lines;
 }
 
@@ -468,8 +470,10 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 }
 
 // Messages read one after another hand their separator tries on to the next with the same
-// separators; each message still reads as it does alone, whatever its neighbours' separators are,
-// and when two of its separators are one character.
+// separators, and a header that begins as an earlier one did is read as that one was; each message
+// still reads as it does alone, whatever its neighbours' separators are, when two of its separators
+// are one character, when its header ends right behind the separators, and when the header's
+// later fields hold an escape.
 TEST_F(BundledParseTest, MessagesWithOtherSeparatorsBesideThemReadAsTheyDoAlone) {
   const std::string hl7 = readBundledSource("examples/adt-a04.hl7");
   const std::string x12 = readBundledSource("examples/eligibility-270.x12");
@@ -484,10 +488,16 @@ TEST_F(BundledParseTest, MessagesWithOtherSeparatorsBesideThemReadAsTheyDoAlone)
       edifact,
       replaced(edifact, ":+'", "#*\n"),
       sharedHl7,
+      replaced(hl7, "|^~\\&", "#@!$%"),
+      "MSH|^~\\&|\r" + hl7.substr(hl7.find('\r') + 1),
+      "MSH|^~\\&|AD\\T\\MIT|" + hl7.substr(hl7.find("|GENERAL") + 1),
+      "MSH|^~\\&|||||" + hl7.substr(hl7.find("|20261123") + 1),
   };
   std::vector<std::vector<std::string>> alone(texts.size());
   for (size_t i = 0; i < texts.size(); ++i) {
     std::thread([&] { alone[i] = describeParse(*factory, texts[i]); }).join();
+    // The header without its message type makes no message; the others all do.
+    if (texts[i].starts_with("MSH|^~\\&|\r")) continue;
     ASSERT_GT(alone[i].size(), 10u) << texts[i];
   }
   // Each text after every other, twice over.
@@ -500,6 +510,9 @@ TEST_F(BundledParseTest, MessagesWithOtherSeparatorsBesideThemReadAsTheyDoAlone)
       }
     }
   }
+  // The HL7 headers were read again as kept, not only as the first time.
+  EXPECT_TRUE(HeaderReplay::local()->keeps(u"MSH|^~\\&|"));
+  EXPECT_TRUE(HeaderReplay::local()->keeps(u"MSH#@!$%#"));
 }
 
 }  // namespace
