@@ -27,34 +27,58 @@ constexpr int32_t kGenericLevel = 200;
 }  // namespace
 
 std::u16string SeparatorList::trieKey() const {
-  // Written in place: a key is made for every trie taken, twice or more per message. It starts
-  // with the slots in use and those settled, as bits; the texts of those slots follow.
+  // A key is made for every trie taken that no settled header handed on, several per message: it
+  // is written in one pass, into a buffer on the stack for all but the longest separators. It
+  // starts with the slots in use and those settled, as bits; the texts of those slots follow,
+  // each behind its length (a variable separator's terminator and its replacement come from its
+  // definition: they are in the key, so that a trie never serves the set of another definition
+  // that sits where this one did).
+  //
+  // With one text at two places (a component separator that is also the segment terminator, a
+  // separator that is also a replacement), which of them a node stands for depends on the order
+  // of the pushes that made the trie; such tries are built afresh each time, and the key is empty.
+  constexpr size_t kTexts = 4 * kSeparatorSlots;
+  std::array<std::u16string_view, kTexts> texts;
+  size_t count = 0;
   uint32_t active = 0;
   uint32_t known = 0;
   size_t length = 4;
+  // Texts that begin with the same character are compared in full; most begin each with its own.
+  // A character beyond the table's range counts as one shared.
+  std::array<uint64_t, 2> firstSeen{};
+  std::array<uint64_t, 2> firstShared{};
+  bool wideFirst = false;
+  const auto bitOf = [](const std::array<uint64_t, 2>& words, char16_t c) { return words[c >> 6] >> (c & 63) & 1u; };
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
     const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
     if (!slot.active && !slot.known) continue;
     active |= (slot.active ? 1u : 0u) << i;
     known |= (slot.known ? 1u : 0u) << i;
-    length += 8 + slot.value.size() + slot.replacementValue.size();
-    if (slot.isVariable()) length += slot.terminator().size() + slot.terminatorReplacement().size();
-  }
-  // With one text at two places (a component separator that is also the segment terminator, a
-  // separator that is also a replacement), which of them a node stands for depends on the order
-  // of the pushes that made the trie; such tries are built afresh each time. An empty key says so.
-  std::array<std::u16string_view, 3 * kSeparatorSlots> texts;
-  size_t count = 0;
-  for (uint32_t used = active | known; used != 0; used &= used - 1) {
-    const SeparatorImpl& slot = slots[static_cast<size_t>(__builtin_ctz(used))];
-    for (const std::u16string_view text : {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
-                                           slot.isVariable() ? slot.terminator() : std::u16string_view()}) {
-      if (text.empty()) continue;
-      if (std::find(texts.begin(), texts.begin() + static_cast<ptrdiff_t>(count), text) !=
-          texts.begin() + static_cast<ptrdiff_t>(count)) {
-        return {};
-      }
+    const bool variable = slot.isVariable();
+    for (const std::u16string_view text :
+         {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
+          variable ? slot.terminator() : std::u16string_view(), variable ? slot.terminatorReplacement() : std::u16string_view()}) {
       texts[count++] = text;
+      length += 2 + text.size();
+      if (text.empty()) continue;
+      const char16_t first = text.front();
+      if (first > 127) {
+        wideFirst = true;
+        continue;
+      }
+      if (bitOf(firstSeen, first)) firstShared[first >> 6] |= uint64_t{1} << (first & 63);
+      firstSeen[first >> 6] |= uint64_t{1} << (first & 63);
+    }
+  }
+  if (wideFirst || firstShared[0] || firstShared[1]) {
+    const auto compared = [&](std::u16string_view text) {
+      return !text.empty() && (text.front() > 127 || bitOf(firstShared, text.front()));
+    };
+    for (size_t i = 0; i < count; ++i) {
+      if (!compared(texts[i])) continue;
+      for (size_t j = i + 1; j < count; ++j) {
+        if (texts[j] == texts[i]) return {};
+      }
     }
   }
   std::u16string key(length, u'\0');
@@ -65,18 +89,9 @@ std::u16string SeparatorList::trieKey() const {
   };
   addNumber(active);
   addNumber(known);
-  // A variable separator's terminator and its replacement come from its definition: they are in
-  // the key, so that a trie never serves the set of another definition that sits where this one
-  // did.
-  for (uint32_t used = active | known; used != 0; used &= used - 1) {
-    const SeparatorImpl& slot = slots[static_cast<size_t>(__builtin_ctz(used))];
-    const bool variable = slot.isVariable();
-    for (const std::u16string_view text :
-         {std::u16string_view(slot.value), std::u16string_view(slot.replacementValue),
-          variable ? slot.terminator() : std::u16string_view(), variable ? slot.terminatorReplacement() : std::u16string_view()}) {
-      addNumber(text.size());
-      out = std::copy(text.begin(), text.end(), out);
-    }
+  for (size_t i = 0; i < count; ++i) {
+    addNumber(texts[i].size());
+    for (const char16_t c : texts[i]) *out++ = c;
   }
   return key;
 }
