@@ -175,8 +175,16 @@ void SegmentImpl::noteSettled(const ParserStream& stream, const RecordedErrors& 
   record.noted = true;
   const SeparatorList& list = *separators;
   const char16_t* const cursor = stream.getCursor();
-  if (!cursor || cursor <= record.start || errors.count() != record.findingsBefore || list.getCrlfEquivalent() >= 0 ||
-      list.beginsLongerSequence(cursor[-1]) || !allFieldsPlain(resumeAt)) {
+  // The read stops behind the separator that ended the settling field: a field ended by the end
+  // of the text, or by a length, says nothing of a text that goes on.
+  const std::u16string_view separator = list.getSeparatorValue(fieldSeparator);
+  const std::u16string_view read(record.start, cursor ? static_cast<size_t>(cursor - record.start) : 0);
+  const std::vector<HeaderReplay::FieldText>& fields = record.entry.fields;
+  const bool endsAtSeparator =
+      !separator.empty() && read.ends_with(separator) && !fields.empty() && fields.back().field == resumeAt - 1 &&
+      static_cast<size_t>(fields.back().offset + fields.back().length) + separator.size() == read.size();
+  if (!cursor || !endsAtSeparator || errors.count() != record.findingsBefore || list.getCrlfEquivalent() >= 0 ||
+      list.beginsLongerSequence(read.back()) || !allFieldsPlain(resumeAt)) {
     record.valid = false;
     return;
   }
@@ -346,7 +354,8 @@ void SegmentImpl::parseField(int index, ParserStream& stream, RecordedErrors& er
 void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors,
                                   ValidationLocation& location) {
   const std::u16string_view text = token.characters();
-  if (recording && recording->segment == this) [[unlikely]] {
+  // Fields behind the settling are no part of what is kept: a replay leaves them to the text.
+  if (recording && recording->segment == this && !recording->noted) [[unlikely]] {
     HeaderRecording& record = *recording;
     if (token.useView && token.viewStart >= record.start) {
       record.entry.fields.push_back(

@@ -77,8 +77,14 @@ TEST(HeaderReplayTest, EveryMessageReadsAsOnAThreadThatReadNothingBefore) {
       // Empty fields at the end, and more fields than the header has.
       "HDR|^~\\|A|||\rDAT|v\r",
       "HDR|^~\\|A|B|C|D|E\rDAT|v\r",
-      // Escapes behind the separators keep the rest from waiting in the text.
+      // Escapes behind the separators keep the rest from waiting in the text, in the last field
+      // too: what the read cuts after its settling is no part of what it keeps.
       "HDR|^~\\|A\\F\\B|\\E\\C^D\rDAT|v\r",
+      "HDR|^~\\|A\\E\\B\rDAT|v\r",
+      // The text ends inside the header: the first field was ended by the end of the text, not by
+      // a separator, which says nothing of a text that goes on.
+      "HDR|^~\\",
+      "HDR|^~\\|",
       // Other separators, and the same ones once more with a different first field.
       "HDR#@!$#A#B@C\rDAT#v\r",
       "HDR#@!$#A$F$B#B@C\rDAT#v\r",
@@ -87,6 +93,7 @@ TEST(HeaderReplayTest, EveryMessageReadsAsOnAThreadThatReadNothingBefore) {
   std::vector<std::vector<std::string>> alone(texts.size());
   for (size_t i = 0; i < texts.size(); ++i) {
     std::thread([&] { alone[i] = readMessage(factory, texts[i]); }).join();
+    if (texts[i].find('\r') == std::string::npos) continue;  // a header alone makes no message
     ASSERT_NE(alone[i].front(), "no message") << texts[i];
   }
   for (size_t i = 0; i < texts.size(); ++i) {

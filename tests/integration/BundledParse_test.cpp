@@ -515,5 +515,43 @@ TEST_F(BundledParseTest, MessagesWithOtherSeparatorsBesideThemReadAsTheyDoAlone)
   EXPECT_TRUE(HeaderReplay::local()->keeps(u"MSH#@!$%#"));
 }
 
+// Every item of a text as the batch reader gives it: where it stands, and for a message the text
+// it writes and its parse findings.
+std::vector<std::string> readItems(MessageFactory& factory, const std::string& text) {
+  MessageReader reader(factory.getWarehouse(), std::make_shared<const std::u16string>(wide(text)));
+  MessageReader::Item item;
+  std::vector<std::string> items;
+  while (reader.next(item)) {
+    std::string line = std::to_string(item.offset) + "+" + std::to_string(item.length);
+    if (item.message) {
+      line += " " + narrow(item.message->getEncodedValue()) + " findings " +
+              std::to_string(static_cast<MessageImpl&>(*item.message).getParseFindings().count());
+    }
+    items.push_back(line);
+  }
+  return items;
+}
+
+// A header read on the thread before, whose read went on past where its separators settled, hands
+// on nothing of what lay behind that point: neither a field cut there (an escape kept the rest from
+// waiting in the text) nor the end of the text that ended its first field.
+TEST_F(BundledParseTest, AHeaderReadAgainTakesNothingFromBehindWhereTheKeptReadSettled) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"MSH#^~\\&#\\&\r", "MSH#^~\\&#A#B#C#D#002026##ADT^A01^Ak "},
+      {"MSH|^~\\&|A|B|C|D|2026||ADT^A08^ADT_A01|1|P|2.5\rMSH|^~\\&",
+       "MSH|^~\\&|A|B|C|D|2026||ADT^A08^ADT_A01|1|P|2.5\rMSH|^~\\&"},
+  };
+  for (const auto& [before, text] : cases) {
+    SCOPED_TRACE(text + " after " + before);
+    std::vector<std::string> alone;
+    std::thread([&] { alone = readItems(*factory, text); }).join();
+    ASSERT_FALSE(alone.empty());
+    std::thread([&] {
+      readItems(*factory, before);
+      EXPECT_EQ(readItems(*factory, text), alone);
+    }).join();
+  }
+}
+
 }  // namespace
 }  // namespace vantrelia::testing
