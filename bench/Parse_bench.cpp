@@ -32,12 +32,8 @@ MessageFactory& bundledFactory() {
     std::stringstream source;
     source << file.rdbuf();
     const std::vector<uint8_t> bytes = compiler::DefinitionCompiler::compile(source.str());
-    const std::string path = "/tmp/vantrelia_parse_bench.pcf";
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
     auto* made = new MessageFactory();
-    made->LoadDefinition(path);
-    std::remove(path.c_str());
+    made->LoadDefinition(bytes.data(), bytes.size());
     return made;
   }();
   return *factory;

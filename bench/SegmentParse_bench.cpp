@@ -73,11 +73,7 @@ messageSets:
 struct Fixture {
   Fixture() {
     const std::vector<uint8_t> bytes = compiler::DefinitionCompiler::compile(definitionSource());
-    const std::string path = "/tmp/vantrelia_segment_bench.pcf";
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
-    factory.LoadDefinition(path);
-    std::remove(path.c_str());
+    factory.LoadDefinition(bytes.data(), bytes.size());
     text = Hl7TextGenerator().generate(kTextCharacters);
     // Each segment with its end mark, and the repeat item of its kind.
     size_t start = 0;

@@ -22,11 +22,8 @@ MessageFactory& factory() {
     std::stringstream source;
     source << file.rdbuf();
     const std::vector<uint8_t> bytes = compiler::DefinitionCompiler::compile(source.str());
-    const std::string path = "/tmp/vantrelia_fuzz_messages.pcf";
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
     auto* loaded = new MessageFactory();
-    loaded->LoadDefinition(path);
+    loaded->LoadDefinition(bytes.data(), bytes.size());
     return loaded;
   }();
   return *made;
