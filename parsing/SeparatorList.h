@@ -379,7 +379,10 @@ class SeparatorList {
   // The trie's half of a push: one level up, with the level's text in force there.
   void stepTrieUp(ESeparatorType index, std::u16string_view text);
   static bool isEscapedField(const SeparatorField& field);
-  void addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level);
+  // What the nodes of a field type's start and end escape marks held before the marks went in.
+  using EscapeMarks = std::array<SeparatorTrieNode::SavedSequence, 2>;
+  EscapeMarks addEscapes(const SeparatorField* field, SeparatorTrieNode& root);
+  void removeEscapes(const EscapeMarks& marks, SeparatorTrieNode& root);
   // readToken with a trie to build or escapes of the field's type; with allowQuotes, a value that
   // opens with a double quote is read as a quoted one.
   [[gnu::noinline]] void readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,

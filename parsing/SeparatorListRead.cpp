@@ -257,12 +257,28 @@ bool SeparatorList::isEscapedField(const SeparatorField& field) {
   return type && type->getUsingSpecialEscapeCharacters();
 }
 
-void SeparatorList::addEscapes(const SeparatorField* field, SeparatorTrieNode& root, int32_t level) {
+SeparatorList::EscapeMarks SeparatorList::addEscapes(const SeparatorField* field, SeparatorTrieNode& root) {
   const PrimitiveTypeDefn* type = field->getCustomType();
   const int32_t start = type->rawStartEscapeCharacter();
   const int32_t end = type->rawEndEscapeCharacter();
-  root.addSequence(start, escapeText(start), SeparatorTrieNode::kStartEscape, level);
-  root.addSequence(end, escapeText(end), SeparatorTrieNode::kEndEscape, level);
+  // Saved one after the other: the end mark may share a node with the start mark just added.
+  EscapeMarks marks;
+  marks[0] = root.saveSequence(escapeText(start));
+  root.addSequence(start, escapeText(start), SeparatorTrieNode::kStartEscape, 0);
+  marks[1] = root.saveSequence(escapeText(end));
+  root.addSequence(end, escapeText(end), SeparatorTrieNode::kEndEscape, 0);
+  return marks;
+}
+
+void SeparatorList::removeEscapes(const EscapeMarks& marks, SeparatorTrieNode& root) {
+  if (!marks[0].isRestorable() || !marks[1].isRestorable()) {
+    // Marks too long to put back: the next read builds the tries afresh.
+    if (genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
+    trieDirty = true;
+    return;
+  }
+  root.restoreSequence(marks[1]);
+  root.restoreSequence(marks[0]);
 }
 
 void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, int32_t maxLength,
@@ -270,10 +286,14 @@ void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, in
                                     bool allowQuotes) {
   if (trieDirty) buildTrie();
   SeparatorTrieNode& root = useGenericTrie && genericTrie ? *genericTrie : *trie;
-  const bool escaped = field && isEscapedField(*field);
-  if (escaped) {
+  // A field type's escape marks stand in the trie for this one read. A mark may share its text
+  // with a separator or a replacement (an escape that is also the repetition separator): what the
+  // shared node held is put back after the read, else what later reads cut would depend on which
+  // escaped values were read before them.
+  std::optional<EscapeMarks> marks;
+  if (field && isEscapedField(*field)) {
     flushOutOfForce();
-    addEscapes(field, root, 0);
+    marks = addEscapes(field, root);
   }
   // A comparison in place: peek would build a text for every value read.
   if (allowQuotes && stream.nextIs(kQuote[0])) [[unlikely]] {
@@ -281,7 +301,7 @@ void SeparatorList::readTokenSlowly(ParserStream& stream, ParserToken& token, in
   } else {
     stream.readToken(root, token, maxLength, applyReplacements);
   }
-  if (escaped) addEscapes(field, root, SeparatorTrieNode::kOutOfForce);
+  if (marks) removeEscapes(*marks, root);
 }
 
 void SeparatorList::readTokenEscaped(ParserStream& stream, ParserToken& token, int32_t maxLength,
@@ -297,11 +317,14 @@ void SeparatorList::readQuoted(ParserStream& stream, ParserToken& token, int32_t
   stream.readChars(1, opening);
   // Inside quotes only the segment separator ends the value; a doubled quote stands for one.
   saveAndPopTo(qxSepSegment);
+  // The quote may be a separator's text too: what its nodes held comes back after the read.
+  const SeparatorTrieNode::SavedSequence quote = root.saveSequence(kQuote);
   root.addSequence(-1, kQuote, SeparatorTrieNode::kSeparator, 0);
+  const SeparatorTrieNode::SavedSequence doubled = root.saveSequence(kDoubledQuote);
   root.addSequence(-1, kDoubledQuote, SeparatorTrieNode::kReplacement, 0, kQuote);
   stream.readToken(root, token, maxLength, applyReplacements);
-  root.addSequence(-1, kQuote, SeparatorTrieNode::kSeparator, SeparatorTrieNode::kOutOfForce);
-  root.addSequence(-1, kDoubledQuote, SeparatorTrieNode::kReplacement, SeparatorTrieNode::kOutOfForce, kQuote);
+  root.restoreSequence(doubled);
+  root.restoreSequence(quote);
   restorePopped();
   stream.consume(std::u16string(kQuote));
 }

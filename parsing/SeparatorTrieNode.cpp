@@ -61,6 +61,62 @@ SeparatorTrieNode* SeparatorTrieNode::addSequence(int32_t separatorIndex, std::u
   return node;
 }
 
+SeparatorTrieNode::SavedSequence SeparatorTrieNode::saveSequence(std::u16string_view text) const {
+  SavedSequence saved;
+  saved.text = text.substr(0, std::min(text.find(u'\0'), text.size()));
+  if (!saved.isRestorable()) return saved;
+  const SeparatorTrieNode* node = this;
+  for (const char16_t c : saved.text) {
+    node = node->childWithCharacter(c);
+    if (!node) return saved;
+    saved.minLevels[saved.existing++] = node->minLevel;
+  }
+  if (saved.existing == saved.text.size() && saved.existing > 0) {
+    saved.flags = node->flags;
+    saved.level = node->level;
+    saved.separatorIndex = node->separatorIndex;
+    saved.replacement = node->replacement;
+  }
+  return saved;
+}
+
+void SeparatorTrieNode::restoreSequence(const SavedSequence& saved) {
+  if (!saved.isRestorable() || saved.text.empty()) return;
+  std::array<SeparatorTrieNode*, kSavedDepth + 1> path{};
+  path[0] = this;
+  size_t depth = 0;
+  while (depth < saved.text.size()) {
+    auto* next = const_cast<SeparatorTrieNode*>(path[depth]->childWithCharacter(saved.text[depth]));
+    if (!next) break;
+    path[++depth] = next;
+  }
+  // Nodes the sequence made: the deepest go first, each once nothing passes through it any more.
+  while (depth > saved.existing) {
+    SeparatorTrieNode* node = path[depth];
+    if (node->hasChildren) break;
+    SeparatorTrieNode& parent = *path[depth - 1];
+    const auto it = std::find_if(parent.children.begin(), parent.children.end(),
+                                 [node](const auto& child) { return child.get() == node; });
+    if (it != parent.children.end()) parent.children.erase(it);
+    parent.hasChildren = !parent.children.empty();
+    parent.firstDirty = true;
+    --depth;
+  }
+  for (size_t i = 1; i <= std::min(depth, saved.existing); ++i) {
+    if (path[i]->minLevel != saved.minLevels[i - 1]) {
+      path[i]->minLevel = saved.minLevels[i - 1];
+      path[i - 1]->firstDirty = true;
+    }
+  }
+  if (saved.existing == saved.text.size() && depth == saved.existing) {
+    SeparatorTrieNode& node = *path[depth];
+    node.flags = saved.flags;
+    node.level = saved.level;
+    node.separatorIndex = saved.separatorIndex;
+    node.replacement = saved.replacement;
+  }
+}
+
 std::vector<std::u16string> SeparatorTrieNode::sequencesInForce() const {
   std::vector<std::u16string> found;
   std::u16string path;

@@ -54,6 +54,25 @@ class SeparatorTrieNode : public PoolAllocated {
                                  int32_t level,
                                  std::optional<std::u16string_view> replacement = std::nullopt);
 
+  // A sequence added for one read only (escape marks, quotes) may share nodes with sequences the
+  // trie holds for longer: with a separator of the same text, say. What its nodes held before is
+  // kept, and put back after the read, so that the trie reads afterwards exactly as it did before:
+  // nodes the sequence made go again, and a shared node gets back what ended there. Saves and
+  // restores nest; sequences longer than kSavedDepth can't be put back (isRestorable).
+  static constexpr size_t kSavedDepth = 4;
+  struct SavedSequence {
+    std::u16string_view text;  // up to its first zero; must stand until the restore
+    size_t existing = 0;       // how many nodes of its path stood before
+    std::array<int32_t, kSavedDepth> minLevels{};
+    uint32_t flags = kInner;  // of the last node, when it stood
+    int32_t level = 0;
+    int8_t separatorIndex = -1;
+    std::optional<std::u16string> replacement;
+    bool isRestorable() const { return text.size() <= kSavedDepth; }
+  };
+  SavedSequence saveSequence(std::u16string_view text) const;
+  void restoreSequence(const SavedSequence& saved);
+
   // The child with that character if its sequence is in force at level, or if other sequences
   // pass through it; null otherwise.
   const SeparatorTrieNode* findChild(char16_t c, int32_t level) const {

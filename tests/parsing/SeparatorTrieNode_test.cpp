@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/Enumerations.h"
 #include "foundation/TextConversion.h"
@@ -106,6 +108,69 @@ TEST(SeparatorTrieNodeTest, FirstCharactersFollowTheRootLevel) {
   EXPECT_EQ(narrow(wide.getFirstCharacters()), "abcdefghijklmnopqrst");
   EXPECT_TRUE(wide.isFirstCharacter(u't'));
   EXPECT_FALSE(wide.isFirstCharacter(u'u'));
+}
+
+// Every node below the root with all it holds, children in order: two tries that dump alike read
+// alike at every level, and keep their first characters in the same order.
+std::string dump(const Trie& node, const std::string& path = "") {
+  std::string out;
+  for (int32_t i = 0; i < node.getChildCount(); ++i) {
+    const Trie& child = node.getChild(i);
+    const std::string at = path + narrow(std::u16string(1, child.getCharacter()));
+    out += at + " flags=" + std::to_string(child.getFlags()) + " level=" + std::to_string(child.getLevel()) +
+           " min=" + std::to_string(child.getMinLevel()) + " index=" + std::to_string(child.getSeparatorIndex()) +
+           " children=" + std::to_string(child.getHasChildren()) +
+           " replacement=" + (child.getReplacement() ? narrow(*child.getReplacement()) : "-") + "\n";
+    out += dump(child, at);
+  }
+  return out;
+}
+
+TEST(SeparatorTrieNodeTest, SequencesAddedForOneReadLeaveTheTrieAsItWas) {
+  // A trie as an HL7-like list leaves it: separators at their levels, one popped out of force,
+  // replacements that pass through the escape character.
+  const auto held = [] {
+    auto root = std::make_unique<Trie>();
+    root->setLevel(3);
+    root->addSequence(qxSepSegment, u"\r", Trie::kSeparator, 1);
+    root->addSequence(qxSepField1, u"|", Trie::kSeparator, 2);
+    root->addSequence(qxSepRepeat, u"~", Trie::kSeparator, 3);
+    root->addSequence(qxSepField2, u"^", Trie::kSeparator, Trie::kOutOfForce);
+    root->addSequence(qxSepField1, u"\\F\\", Trie::kReplacement, 0, u"|");
+    root->addSequence(qxSepRepeat, u"\\R\\", Trie::kReplacement, 0, u"~");
+    return root;
+  };
+  const struct {
+    const char* name;
+    std::vector<std::u16string> added;  // in the order they go in; taken out in reverse
+    uint32_t kind;
+  } cases[] = {
+      {"a mark that is a separator in force", {u"~", u"~"}, Trie::kStartEscape},
+      {"a mark on a separator out of force", {u"^"}, Trie::kStartEscape},
+      {"a mark on the node replacements pass through", {u"\\", u"\\"}, Trie::kStartEscape},
+      {"a mark of its own", {u"#", u"%"}, Trie::kEndEscape},
+      {"a longer mark below a shared node", {u"\\X", u"|!"}, Trie::kStartEscape},
+      {"a quote and its doubled form", {u"\"", u"\"\""}, Trie::kSeparator},
+      {"a doubled quote over a replacement's path", {u"\\R", u"\\R\\"}, Trie::kReplacement},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::unique_ptr<Trie> root = held();
+    const std::string before = dump(*root);
+    const std::u16string firstBefore(root->getFirstCharacters());
+    std::vector<Trie::SavedSequence> saved;
+    for (const std::u16string& text : c.added) {
+      saved.push_back(root->saveSequence(text));
+      root->addSequence(qxSepUser1, text, c.kind, 0, u"x");
+    }
+    ASSERT_NE(dump(*root), before) << "the sequences changed nothing to put back";
+    for (auto it = saved.rbegin(); it != saved.rend(); ++it) root->restoreSequence(*it);
+    EXPECT_EQ(dump(*root), before);
+    EXPECT_EQ(narrow(root->getFirstCharacters()), narrow(firstBefore));
+    for (const char16_t c : {u'#', u'"', u'~', u'^'}) {
+      EXPECT_EQ(root->isFirstCharacter(c), firstBefore.find(c) != std::u16string::npos) << narrow(std::u16string(1, c));
+    }
+  }
 }
 
 }  // namespace
