@@ -11,7 +11,15 @@
 // What a read does up to that point depends on nothing else: the separators are read from those
 // characters, the fields on the way are plain values cut at separators among them, and none of
 // their sequences looks past them (a header is kept only then).
+//
+// A header that settles only with its last character (X12's ISA, whose segment terminator follows
+// its last field) is kept whole, to the end of its segment. Its fields change from one interchange
+// to the next (control numbers, dates), so a later header takes the kept read if it has the same
+// characters everywhere but in those fields, and fields of the same lengths that hold none of the
+// characters that could end a field or stand for other text: its read would cut at the very same
+// places, and only the values differ, which the replay hands to the fields as the read would.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -32,10 +40,12 @@ class HeaderReplay {
   static constexpr size_t kCapacity = 8;
 
   // A field cut on the way: its index and where its text stood, from the header's first character.
+  // In a header kept whole, a field that carried no separator may hold other characters.
   struct FieldText {
     int32_t field;
     int32_t offset;
     int32_t length;
+    bool varies = false;
   };
 
   struct Entry {
@@ -52,6 +62,18 @@ class HeaderReplay {
     bool lastFieldFilled = true;
     // The first field behind the settling.
     int32_t resumeAt = 0;
+    // Kept whole: text runs to the end of the segment, what the read ended with is status, and
+    // fields that vary hold none of `stops`.
+    bool wholeSegment = false;
+    uint32_t status = 0;
+    std::u16string stops;
+    std::array<uint64_t, 2> asciiStops{};  // the stops below 128, as bits
+
+    // Sets stops, and the bits that look them up.
+    void setStops(std::u16string characters);
+
+    // Whether a header whose text begins with `header` reads as this one did.
+    bool readsAlike(std::u16string_view header) const;
   };
 
   HeaderReplay() = default;

@@ -1,5 +1,6 @@
 #include "elements/SegmentImpl.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include <string>
@@ -18,6 +19,7 @@
 #include "elements/CompositeImpl.h"
 #include "elements/FactorySettings.h"
 #include "elements/ParseFindings.h"
+#include "elements/SegmentFactory.h"
 #include "elements/TypedFieldReader.h"
 #include "foundation/TextCompare.h"
 #include "elements/FieldBase.h"
@@ -95,7 +97,17 @@ bool SegmentImpl::readHeaderFields(ParserStream& stream, RecordedErrors& errors,
   const std::u16string_view text(start, static_cast<size_t>(stream.getWholeRemaining()));
   const uint64_t startVersion = list.getSlotsVersion();
   if (const HeaderReplay::Entry* entry = replay->find(*segmentDefn, itemDefn, startVersion, text)) {
-    return replayHeader(*entry, start, stream, errors, status, location);
+    if (!entry->wholeSegment) return replayHeader(*entry, start, stream, errors, status, location);
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+    // Debug and fuzz builds hold the replay to a read of the same text with the list as it stands.
+    const SeparatorList before(list);
+    const int findingsBefore = errors.count();
+    replaySegment(*entry, start, stream, errors, status, location);
+    checkReplay(before, text, *entry, errors, findingsBefore, status);
+    return true;
+#else
+    return replaySegment(*entry, start, stream, errors, status, location);
+#endif
   }
   if (!replay->worthKeeping(*segmentDefn, itemDefn, startVersion)) return readFields(stream, errors, status, location);
 
@@ -109,7 +121,10 @@ bool SegmentImpl::readHeaderFields(ParserStream& stream, RecordedErrors& errors,
     const Scope scope(record);
     read = readFields(stream, errors, status, location);
   }
-  if (read && record.valid && record.noted) {
+  if (read && record.valid && !record.noted) {
+    noteWhole(record.entry, start, record.findingsBefore, record.readingStates, stream, errors, status);
+  }
+  if (read && record.valid && (record.noted || record.entry.wholeSegment)) {
     HeaderReplay::Entry& entry = record.entry;
     entry.segment = segmentDefn;
     entry.item = itemDefn;
@@ -129,17 +144,7 @@ bool SegmentImpl::replayHeader(const HeaderReplay::Entry& entry, const char16_t*
   const int32_t resumeAt = entry.resumeAt;
   const uint32_t endMask = entry.endMask;
   const bool lastFieldFilled = entry.lastFieldFilled;
-  for (const HeaderReplay::FieldText& field : entry.fields) {
-    ParserToken token;
-    token.useView = true;
-    token.viewStart = start + field.offset;
-    token.viewLength = field.length;
-    location.fieldPosition = field.field + 1;
-    location.fieldRepetition = 1;
-    parseFieldValue(field.field, token, errors, location);
-  }
-  location.fieldPosition = -1;
-  location.fieldRepetition = -1;
+  replayFieldValues(entry, start, errors, location);
   ParserToken read;
   read.useView = true;
   stream.readChars(static_cast<int32_t>(entry.text.size()), read);
@@ -150,6 +155,137 @@ bool SegmentImpl::replayHeader(const HeaderReplay::Entry& entry, const char16_t*
   if (leaveFieldsUncut(stream, endMask, status, errors, location, resumeAt, lastFieldFilled)) return true;
   return parseFieldsFrom(resumeAt, stream, errors, status, location, endMask, lastFieldFilled, true);
 }
+
+bool SegmentImpl::replaySegment(const HeaderReplay::Entry& entry, const char16_t* start, ParserStream& stream,
+                                RecordedErrors& errors, uint32_t& status, ValidationLocation& location) {
+  SeparatorList& list = *separators;
+  list.takeSettled(*entry.settled);
+  // The values are handed over at the level they were read at, from this header's own text.
+  uint32_t endMask = 0;
+  pushFieldLevel(endMask);
+  if (!replayFieldValues(entry, start, errors, location)) list.popSeparator();
+  ParserToken read;
+  read.useView = true;
+  stream.readChars(static_cast<int32_t>(entry.text.size()), read);
+  status = entry.status;
+  return true;
+}
+
+bool SegmentImpl::replayFieldValues(const HeaderReplay::Entry& entry, const char16_t* start, RecordedErrors& errors,
+                                    ValidationLocation& location) {
+  bool popped = false;
+  for (const HeaderReplay::FieldText& field : entry.fields) {
+    // The last field is read at the segment's level.
+    if (field.field == getFieldCount() - 1 && !popped) {
+      separators->popSeparator();
+      popped = true;
+    }
+    ParserToken token;
+    token.useView = true;
+    token.viewStart = start + field.offset;
+    token.viewLength = field.length;
+    location.fieldPosition = field.field + 1;
+    location.fieldRepetition = 1;
+    parseFieldValue(field.field, token, errors, location);
+  }
+  location.fieldPosition = -1;
+  location.fieldRepetition = -1;
+  return popped;
+}
+
+void SegmentImpl::noteWhole(HeaderReplay::Entry& entry, const char16_t* start, int findingsBefore,
+                            const std::vector<std::u16string>& readingStates, const ParserStream& stream,
+                            const RecordedErrors& errors, uint32_t status) {
+  const SeparatorList& list = *separators;
+  const char16_t* const cursor = stream.getCursor();
+  // A read that the end of the text stopped says nothing of a text that goes on.
+  if (!cursor || cursor <= start || stream.getWholeRemaining() <= 0 || uncut || list.getVariablePending() ||
+      errors.count() != findingsBefore || list.getCrlfEquivalent() >= 0 ||
+      list.beginsLongerSequence(cursor[-1]) || !segmentDefn->getMatches().empty() || !allFieldsPlain(getFieldCount())) {
+    return;
+  }
+  entry.text.assign(start, static_cast<size_t>(cursor - start));
+  int32_t behind = 0;
+  for (const HeaderReplay::FieldText& field : entry.fields) {
+    if (field.offset < behind || field.offset + field.length > static_cast<int32_t>(entry.text.size())) return;
+    behind = field.offset + field.length;
+  }
+  // The values were read at the field level, the last one at the segment's: the settled list must
+  // answer for each as the list did at its read. A value read at a fixed position while the
+  // separators were pending may read as delimited now; that changes what filler is trimmed, so
+  // such a value must be the kept one and have no filler at its ends.
+  SeparatorList atFields(list);
+  atFields.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
+  const std::u16string stateAtFields = readingState(atFields);
+  const std::u16string stateAtEnd = readingState(list);
+  const std::u16string_view filler = list.getSeparatorValue(qxSepFiller);
+  for (size_t i = 0; i < entry.fields.size(); ++i) {
+    const HeaderReplay::FieldText& field = entry.fields[i];
+    const std::u16string& replayed = field.field == getFieldCount() - 1 ? stateAtEnd : stateAtFields;
+    const std::u16string& read = readingStates[i];
+    if (read == replayed) continue;
+    const std::u16string_view value(entry.text.data() + field.offset, static_cast<size_t>(field.length));
+    const bool trimmable = !filler.empty() && !value.empty() &&
+                           (value.front() == filler.front() || value.back() == filler.front());
+    if (field.varies || trimmable || read.substr(2) != replayed.substr(2)) return;
+  }
+  std::u16string stops = list.charactersThatMayStop();
+  const std::u16string_view special = segmentDefn->getSpecialSeparatorString().view();
+  if (!special.empty()) stops += special.front();
+  entry.setStops(std::move(stops));
+  entry.settled = std::make_unique<SeparatorList>(list);
+  entry.settled->keepTrieKey();
+  entry.status = status;
+  entry.wholeSegment = true;
+}
+
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+void SegmentImpl::checkReplay(const SeparatorList& before, std::u16string_view text, const HeaderReplay::Entry& entry,
+                              const RecordedErrors& errors, int findingsBefore, uint32_t status) {
+  SeparatorList twinList(before);
+  std::unique_ptr<SegmentImplBase> twin = SegmentFactory::create(*segmentDefn, itemDefn, nullptr, 0, &twinList);
+  StringParserStream twinStream(text.data(), static_cast<int32_t>(text.size()));
+  RecordedErrors twinErrors;
+  uint32_t twinStatus = 0;
+  ValidationLocation twinLocation;
+  // Not replayed itself: a recording under way keeps the read from looking for kept ones.
+  HeaderRecording guard{nullptr, nullptr, {}, 0, {}};
+  HeaderRecording* const outer = recording;
+  recording = &guard;
+  bool twinRead = false;
+  try {
+    twinRead = twin->parseElement(twinStream, twinErrors, twinStatus, twinLocation);
+  } catch (...) {
+    recording = outer;
+    throw;
+  }
+  recording = outer;
+  std::vector<int32_t> numbers;
+  std::vector<int32_t> twinNumbers;
+  int seen = 0;
+  errors.forEach([&](MessageElement*, const ValidationError& error) {
+    if (seen++ >= findingsBefore) numbers.push_back(error.getErrorNumber());
+  });
+  twinErrors.forEach([&](MessageElement*, const ValidationError& error) { twinNumbers.push_back(error.getErrorNumber()); });
+  std::sort(numbers.begin(), numbers.end());
+  std::sort(twinNumbers.begin(), twinNumbers.end());
+  bool same = twinRead && twinStatus == status && numbers == twinNumbers &&
+              static_cast<size_t>(twinStream.getCursor() - text.data()) == entry.text.size() &&
+              twinList.getVariablePending() == separators->getVariablePending();
+  for (int32_t i = 0; same && i < SeparatorList::kSeparatorSlots; ++i) {
+    const SeparatorImpl& ours = separators->getSlot(i);
+    const SeparatorImpl& theirs = twinList.getSlot(i);
+    same = ours.value == theirs.value && ours.known == theirs.known && ours.active == theirs.active &&
+           ours.replacementValue == theirs.replacementValue;
+  }
+  for (int i = 0; same && i < getFieldCount(); ++i) {
+    FieldBase* ours = fieldAt(i);
+    FieldBase* theirs = twin->fieldAt(i);
+    same = (ours == nullptr) == (theirs == nullptr) && (!ours || ours->getValue() == theirs->getValue());
+  }
+  if (!same) throw std::logic_error("a header read again as kept reads otherwise than its text");
+}
+#endif
 
 bool SegmentImpl::allFieldsPlain(int count) const {
   // Fields of other kinds than plain values read more than their text, or read it by rules of
@@ -358,8 +494,13 @@ void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedE
   if (recording && recording->segment == this && !recording->noted) [[unlikely]] {
     HeaderRecording& record = *recording;
     if (token.useView && token.viewStart >= record.start) {
-      record.entry.fields.push_back(
-          {index, static_cast<int32_t>(token.viewStart - record.start), static_cast<int32_t>(token.viewLength)});
+      // A field that may carry separators holds the header's own characters in a replay.
+      const SeparatorList& list = *separators;
+      const std::string_view name = segmentDefn->getName().view();
+      const bool varies = !list.getVariablePending() || !list.mayTakeFromField(name, index + 1) ||
+                          !list.takesFromField(FieldPathDefn::parse(std::string(name) + "/" + std::to_string(index + 1)));
+      record.entry.fields.push_back({index, static_cast<int32_t>(token.viewStart - record.start),
+                                     static_cast<int32_t>(token.viewLength), varies});
       record.readingStates.push_back(readingState(*separators));
     } else {
       record.valid = false;

@@ -34,6 +34,24 @@ class SegmentImpl : public SegmentImplBase {
   bool readHeaderFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
   bool replayHeader(const HeaderReplay::Entry& entry, const char16_t* start, ParserStream& stream,
                     RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
+  // A header kept whole, read again from this header's text: the settled list, the values at the
+  // places the kept read cut them, the stream behind the segment.
+  bool replaySegment(const HeaderReplay::Entry& entry, const char16_t* start, ParserStream& stream,
+                     RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
+  // Hands each kept field its value from this header's text, at the place the kept read cut it.
+  // Whether the field level was popped for the segment's last field.
+  bool replayFieldValues(const HeaderReplay::Entry& entry, const char16_t* start, RecordedErrors& errors,
+                         ValidationLocation& location);
+  // At the end of a header being kept that never settled on the way: whether the read as a whole
+  // can be done again for headers that differ in their fields, and what it leaves.
+  void noteWhole(HeaderReplay::Entry& entry, const char16_t* start, int findingsBefore,
+                 const std::vector<std::u16string>& readingStates, const ParserStream& stream,
+                 const RecordedErrors& errors, uint32_t status);
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  // Throws if a read of `text` with a list as `before` stood would have read otherwise.
+  void checkReplay(const SeparatorList& before, std::u16string_view text, const HeaderReplay::Entry& entry,
+                   const RecordedErrors& errors, int findingsBefore, uint32_t status);
+#endif
   // At the settling of a header being kept: whether the read so far can be done again, and the
   // state it leaves.
   void noteSettled(const ParserStream& stream, const RecordedErrors& errors, int resumeAt, bool lastFieldFilled,

@@ -109,6 +109,10 @@ class SeparatorList {
   // Whether a read that meets c may look at the characters behind it: some sequence of more than
   // one character begins with c, now or, for the replacements, as the definition writes them.
   bool beginsLongerSequence(char16_t c) const;
+  // Every character that may end a value or stand for other text at some point of a read with
+  // this list, whatever its slots still have to settle: the first characters of every slot's texts
+  // as they stand and as their definitions give them, the quote, the line ends and zero.
+  std::u16string charactersThatMayStop() const;
 
   // Whether every slot has the same text, replacement and use as in `other`: a text read with one
   // list then reads and writes the same with the other. The answer is kept until either changes:
@@ -234,6 +238,8 @@ class SeparatorList {
   // come from field `fieldNumber` (1-based; 0 for one below the segment's own fields) of the
   // segment named so. False only when none can.
   bool mayTakeFromField(std::string_view segmentName, int32_t fieldNumber) const;
+  // Whether takeFromField would take a separator still to be read from that field's value.
+  bool takesFromField(const FieldPathDefn& fieldPath) const;
   // The text of a header field for writing, from its separators.
   std::u16string collectForField(const FieldPathDefn& fieldPath) const;
   // The writer's counterpart of readFromStream: writes the separators that a segment carries right

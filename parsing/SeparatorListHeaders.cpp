@@ -151,6 +151,11 @@ bool SeparatorList::mayTakeFromField(std::string_view segmentName, int32_t field
   return false;
 }
 
+bool SeparatorList::takesFromField(const FieldPathDefn& fieldPath) const {
+  const std::vector<int32_t>& ofField = slotsOfField(fieldPath, false, false);
+  return std::any_of(ofField.begin(), ofField.end(), [this](int32_t i) { return !slots[static_cast<size_t>(i)].known; });
+}
+
 std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std::u16string_view text) {
   const std::vector<int32_t>& ofField = slotsOfField(fieldPath, false, false);
   bool taken = false;

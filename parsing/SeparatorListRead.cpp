@@ -113,6 +113,34 @@ bool SeparatorList::beginsLongerSequence(char16_t c) const {
   return false;
 }
 
+std::u16string SeparatorList::charactersThatMayStop() const {
+  std::u16string stops = u"\"\r\n";
+  stops += u'\0';
+  const auto add = [&stops](std::u16string_view text) {
+    if (!text.empty() && stops.find(text.front()) == std::u16string::npos) stops += text.front();
+  };
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    // The null, decimal and filler marks belong to data and end nothing; what stands for them may.
+    const bool ends = i != qxSepNull && i != qxSepDecimal && i != qxSepFiller;
+    if (ends) {
+      add(slot.value);
+      add(slot.terminator());
+    }
+    add(slot.replacementValue);
+    add(slot.terminatorReplacement());
+    if (!slot.defn) continue;
+    if (ends) {
+      add(slot.defn->getValue().view());
+      add(slot.defn->getInitiator().view());
+      add(slot.defn->getTerminator().view());
+    }
+    add(slot.defn->getReplacementValue().view());
+    add(slot.defn->getTerminatorReplacement().view());
+  }
+  return stops;
+}
+
 void SeparatorList::releaseTrie() {
   // Only a trie made for the slots as they stand goes, under the key it was made with: slots
   // changed since without the trie marked for a rebuild leave it out of step with any key.

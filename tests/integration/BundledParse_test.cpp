@@ -15,6 +15,7 @@
 #include "elements/SegmentImplBase.h"
 #include "foundation/MessageFactory.h"
 #include "parsing/MessageReader.h"
+#include "parsing/SeparatorList.h"
 #include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
 
@@ -549,6 +550,78 @@ TEST_F(BundledParseTest, AHeaderReadAgainTakesNothingFromBehindWhereTheKeptReadS
     std::thread([&] {
       readItems(*factory, before);
       EXPECT_EQ(readItems(*factory, text), alone);
+    }).join();
+  }
+}
+
+// X12's ISA settles its separators only with its last character, and is kept whole: a later ISA
+// reads as kept when it differs only in the characters of fields that carry no separator. Each
+// text here, read after the example on one thread, reads as it does alone; so does the example
+// read after each of them.
+TEST_F(BundledParseTest, AnInterchangeHeaderKeptWholeServesOnlyHeadersThatReadAlike) {
+  const std::string x12 = readBundledSource("examples/eligibility-270.x12");
+  const std::string isa = x12.substr(0, x12.find('~') + 1);
+  ASSERT_EQ(isa.size(), 106u);
+  const auto withIsa = [&](const std::string& header) { return header + x12.substr(isa.size()); };
+  const auto at = [&](const std::string& field, const std::string& text) {
+    std::string header = isa;
+    const size_t from = header.find(field);
+    header.replace(from, text.size(), text);
+    return withIsa(header);
+  };
+  std::string otherSeparators = at("*^*00501", "*!*00501");
+  otherSeparators[104] = '>';
+  // The items as readItems gives them, and the separators each message was read with.
+  const auto read = [&](const std::string& text) {
+    std::vector<std::string> items = readItems(*factory, text);
+    MessageReader reader(factory->getWarehouse(), std::make_shared<const std::u16string>(wide(text)));
+    MessageReader::Item item;
+    while (reader.next(item)) {
+      if (!item.message) continue;
+      const SeparatorList& list = *static_cast<MessageImpl&>(*item.message).getSeparatorList();
+      std::string separators;
+      for (const ESeparatorType slot : {qxSepSegment, qxSepField1, qxSepField2, qxSepRepeat}) {
+        separators += narrow(list.getSeparatorValue(slot)) + "/";
+      }
+      items.push_back(separators);
+    }
+    return items;
+  };
+  const std::pair<const char*, std::string> cases[] = {
+      {"another control number and date", at("000000001", "000004711").replace(70, 6, "270101")},
+      {"letters in the time", at("*1015*", "*10X5*")},
+      {"a sender with a space inside", at("SUBMITTER      ", "SUB MITTER     ")},
+      {"a sender filling its width", at("SUBMITTER      ", "SUBMITTERSUBMIT")},
+      {"a component separator in the sender", at("SUBMITTER      ", "SUB:ITTER      ")},
+      {"a repetition separator in the sender", at("SUBMITTER      ", "SUB^ITTER      ")},
+      {"a segment terminator in the sender", at("SUBMITTER      ", "SUB~ITTER      ")},
+      {"an element separator in the sender", at("SUBMITTER      ", "SUB*ITTER      ")},
+      {"a line end in the sender", at("SUBMITTER      ", "SUB\rITTER      ")},
+      {"a quote in the sender", at("SUBMITTER      ", "SUB\"ITTER      ")},
+      {"a shorter sender", withIsa(replaced(isa, "SUBMITTER      ", "SUBMITTER"))},
+      {"other repetition and component separators", otherSeparators},
+      {"another segment terminator", replaced(x12, "~", "\n")},
+      {"a line end behind the terminator", withIsa(isa + "\r\n")},
+      {"a header cut short", isa.substr(0, 95)},
+      {"a header without its terminator", isa.substr(0, 105)},
+      {"an empty field", at("*0*P*", "**P*")},
+  };
+  std::vector<std::string> exampleAlone;
+  std::thread([&] { exampleAlone = read(x12); }).join();
+  for (const auto& [name, text] : cases) {
+    SCOPED_TRACE(name);
+    ASSERT_NE(text, x12);
+    std::vector<std::string> alone;
+    std::thread([&] { alone = read(text); }).join();
+    ASSERT_FALSE(alone.empty());
+    std::thread([&] {
+      read(x12);
+      EXPECT_EQ(read(text), alone);
+      EXPECT_TRUE(HeaderReplay::local()->keeps(wide(isa)));
+    }).join();
+    std::thread([&] {
+      read(text);
+      EXPECT_EQ(read(x12), exampleAlone);
     }).join();
   }
 }
