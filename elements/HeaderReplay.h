@@ -42,10 +42,15 @@ class HeaderReplay {
   // A field cut on the way: its index and where its text stood, from the header's first character.
   // In a header kept whole, a field that carried no separator may hold other characters.
   struct FieldText {
-    int32_t field;
-    int32_t offset;
-    int32_t length;
+    int32_t field = 0;
+    int32_t offset = 0;
+    int32_t length = 0;
     bool varies = false;
+    // A value the settled list would read otherwise than the read did (trimmed of other filler)
+    // is handed over as the read left it: whether the field stood, and its value.
+    bool asRead = false;
+    bool present = false;
+    std::u16string value;
   };
 
   struct Entry {

@@ -186,6 +186,17 @@ bool SegmentImpl::replayFieldValues(const HeaderReplay::Entry& entry, const char
     token.viewLength = field.length;
     location.fieldPosition = field.field + 1;
     location.fieldRepetition = 1;
+    if (field.asRead) {
+      // Read again, the value as the read left it stays as it is; an empty one leaves the field
+      // standing empty, as the read did.
+      token.viewStart = field.value.data();
+      token.viewLength = static_cast<int32_t>(field.value.size());
+      if (!field.present) continue;
+      if (field.value.empty()) {
+        getField(field.field);
+        continue;
+      }
+    }
     parseFieldValue(field.field, token, errors, location);
   }
   location.fieldPosition = -1;
@@ -212,22 +223,27 @@ void SegmentImpl::noteWhole(HeaderReplay::Entry& entry, const char16_t* start, i
   }
   // The values were read at the field level, the last one at the segment's: the settled list must
   // answer for each as the list did at its read. A value read at a fixed position while the
-  // separators were pending may read as delimited now; that changes what filler is trimmed, so
-  // such a value must be the kept one and have no filler at its ends.
+  // separators were pending (UNA's) may read as delimited now, which trims other filler: such a
+  // value must be the kept one, and is handed over as the read left it.
   SeparatorList atFields(list);
   atFields.pushSeparator(fieldSeparator, segmentDefn->getSpecialSeparatorString().view(), segmentDefn->isFixedWidth());
   const std::u16string stateAtFields = readingState(atFields);
   const std::u16string stateAtEnd = readingState(list);
-  const std::u16string_view filler = list.getSeparatorValue(qxSepFiller);
+  const std::u16string nullMarker(list.isInUse(qxSepNull) ? list.getSeparatorValue(qxSepNull) : std::u16string_view());
   for (size_t i = 0; i < entry.fields.size(); ++i) {
-    const HeaderReplay::FieldText& field = entry.fields[i];
+    HeaderReplay::FieldText& field = entry.fields[i];
     const std::u16string& replayed = field.field == getFieldCount() - 1 ? stateAtEnd : stateAtFields;
     const std::u16string& read = readingStates[i];
     if (read == replayed) continue;
-    const std::u16string_view value(entry.text.data() + field.offset, static_cast<size_t>(field.length));
-    const bool trimmable = !filler.empty() && !value.empty() &&
-                           (value.front() == filler.front() || value.back() == filler.front());
-    if (field.varies || trimmable || read.substr(2) != replayed.substr(2)) return;
+    // Only whether the value stood at a fixed position may differ.
+    if (read.substr(2) != replayed.substr(2)) return;
+    const auto* kept = dynamic_cast<const FieldImplBase*>(fieldAt(field.field));
+    if (fieldAt(field.field) && (!kept || const_cast<FieldImplBase*>(kept)->isNull())) return;
+    field.varies = false;
+    field.asRead = true;
+    field.present = kept != nullptr;
+    if (kept) field.value.assign(kept->storedValue());
+    if (!nullMarker.empty() && field.value == nullMarker) return;
   }
   std::u16string stops = list.charactersThatMayStop();
   const std::u16string_view special = segmentDefn->getSpecialSeparatorString().view();
@@ -499,8 +515,11 @@ void SegmentImpl::parseFieldValue(int index, const ParserToken& token, RecordedE
       const std::string_view name = segmentDefn->getName().view();
       const bool varies = !list.getVariablePending() || !list.mayTakeFromField(name, index + 1) ||
                           !list.takesFromField(FieldPathDefn::parse(std::string(name) + "/" + std::to_string(index + 1)));
-      record.entry.fields.push_back({index, static_cast<int32_t>(token.viewStart - record.start),
-                                     static_cast<int32_t>(token.viewLength), varies});
+      HeaderReplay::FieldText& noted = record.entry.fields.emplace_back();
+      noted.field = index;
+      noted.offset = static_cast<int32_t>(token.viewStart - record.start);
+      noted.length = static_cast<int32_t>(token.viewLength);
+      noted.varies = varies;
       record.readingStates.push_back(readingState(*separators));
     } else {
       record.valid = false;

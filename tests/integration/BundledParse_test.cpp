@@ -554,10 +554,49 @@ TEST_F(BundledParseTest, AHeaderReadAgainTakesNothingFromBehindWhereTheKeptReadS
   }
 }
 
+// The items of a text as readItems gives them, and the separators each message was read with.
+std::vector<std::string> readWithSeparators(MessageFactory& factory, const std::string& text) {
+  std::vector<std::string> items = readItems(factory, text);
+  MessageReader reader(factory.getWarehouse(), std::make_shared<const std::u16string>(wide(text)));
+  MessageReader::Item item;
+  while (reader.next(item)) {
+    if (!item.message) continue;
+    const SeparatorList& list = *static_cast<MessageImpl&>(*item.message).getSeparatorList();
+    std::string separators;
+    for (const ESeparatorType slot : {qxSepSegment, qxSepField1, qxSepField2, qxSepRepeat, qxSepDecimal, qxSepUser1}) {
+      separators += narrow(list.getSeparatorValue(slot)) + "/";
+    }
+    items.push_back(separators);
+  }
+  return items;
+}
+
+// Each text, read on a thread that read the example before, reads as it does alone; so does the
+// example read after it. The example's header was kept whole.
+void expectEachReadsAsAlone(MessageFactory& factory, const std::string& example, const std::string& header,
+                            const std::vector<std::pair<const char*, std::string>>& cases) {
+  std::vector<std::string> exampleAlone;
+  std::thread([&] { exampleAlone = readWithSeparators(factory, example); }).join();
+  for (const auto& [name, text] : cases) {
+    SCOPED_TRACE(name);
+    ASSERT_NE(text, example);
+    std::vector<std::string> alone;
+    std::thread([&] { alone = readWithSeparators(factory, text); }).join();
+    ASSERT_FALSE(alone.empty());
+    std::thread([&] {
+      readWithSeparators(factory, example);
+      EXPECT_EQ(readWithSeparators(factory, text), alone);
+      EXPECT_TRUE(HeaderReplay::local()->keeps(wide(header)));
+    }).join();
+    std::thread([&] {
+      readWithSeparators(factory, text);
+      EXPECT_EQ(readWithSeparators(factory, example), exampleAlone);
+    }).join();
+  }
+}
+
 // X12's ISA settles its separators only with its last character, and is kept whole: a later ISA
-// reads as kept when it differs only in the characters of fields that carry no separator. Each
-// text here, read after the example on one thread, reads as it does alone; so does the example
-// read after each of them.
+// reads as kept when it differs only in the characters of fields that carry no separator.
 TEST_F(BundledParseTest, AnInterchangeHeaderKeptWholeServesOnlyHeadersThatReadAlike) {
   const std::string x12 = readBundledSource("examples/eligibility-270.x12");
   const std::string isa = x12.substr(0, x12.find('~') + 1);
@@ -571,23 +610,7 @@ TEST_F(BundledParseTest, AnInterchangeHeaderKeptWholeServesOnlyHeadersThatReadAl
   };
   std::string otherSeparators = at("*^*00501", "*!*00501");
   otherSeparators[104] = '>';
-  // The items as readItems gives them, and the separators each message was read with.
-  const auto read = [&](const std::string& text) {
-    std::vector<std::string> items = readItems(*factory, text);
-    MessageReader reader(factory->getWarehouse(), std::make_shared<const std::u16string>(wide(text)));
-    MessageReader::Item item;
-    while (reader.next(item)) {
-      if (!item.message) continue;
-      const SeparatorList& list = *static_cast<MessageImpl&>(*item.message).getSeparatorList();
-      std::string separators;
-      for (const ESeparatorType slot : {qxSepSegment, qxSepField1, qxSepField2, qxSepRepeat}) {
-        separators += narrow(list.getSeparatorValue(slot)) + "/";
-      }
-      items.push_back(separators);
-    }
-    return items;
-  };
-  const std::pair<const char*, std::string> cases[] = {
+  expectEachReadsAsAlone(*factory, x12, isa, {
       {"another control number and date", at("000000001", "000004711").replace(70, 6, "270101")},
       {"letters in the time", at("*1015*", "*10X5*")},
       {"a sender with a space inside", at("SUBMITTER      ", "SUB MITTER     ")},
@@ -605,25 +628,27 @@ TEST_F(BundledParseTest, AnInterchangeHeaderKeptWholeServesOnlyHeadersThatReadAl
       {"a header cut short", isa.substr(0, 95)},
       {"a header without its terminator", isa.substr(0, 105)},
       {"an empty field", at("*0*P*", "**P*")},
-  };
-  std::vector<std::string> exampleAlone;
-  std::thread([&] { exampleAlone = read(x12); }).join();
-  for (const auto& [name, text] : cases) {
-    SCOPED_TRACE(name);
-    ASSERT_NE(text, x12);
-    std::vector<std::string> alone;
-    std::thread([&] { alone = read(text); }).join();
-    ASSERT_FALSE(alone.empty());
-    std::thread([&] {
-      read(x12);
-      EXPECT_EQ(read(text), alone);
-      EXPECT_TRUE(HeaderReplay::local()->keeps(wide(isa)));
-    }).join();
-    std::thread([&] {
-      read(text);
-      EXPECT_EQ(read(x12), exampleAlone);
-    }).join();
-  }
+  });
+}
+
+// EDIFACT's UNA too: its one field, the reserved character, is read at a fixed position before the
+// separators settle, and a settled list would trim it otherwise, so it must be the kept one.
+TEST_F(BundledParseTest, AServiceStringAdviceKeptWholeServesOnlyAdvicesThatReadAlike) {
+  const std::string edifact = readBundledSource("examples/orders-d96a.edi");
+  const std::string una = edifact.substr(0, 9);
+  ASSERT_EQ(una, "UNA:+.? '");
+  const auto withUna = [&](const std::string& header) { return header + edifact.substr(una.size()); };
+  expectEachReadsAsAlone(*factory, edifact, una, {
+      {"another reserved character", withUna("UNA:+.?*'")},
+      {"a reserved character that is a separator", withUna("UNA:+.?+'")},
+      {"no reserved character", withUna("UNA:+.?'")},
+      {"another release character", withUna("UNA:+.! '")},
+      {"other separators", replaced(edifact, ":+'", "#*\n")},
+      {"a line end behind the advice", withUna(una + "\r\n")},
+      {"an advice cut short", una.substr(0, 6)},
+      {"an advice alone", una},
+      {"another interchange behind it", withUna(una) + edifact.substr(una.size())},
+  });
 }
 
 }  // namespace
