@@ -82,6 +82,17 @@ const FieldInstancesControl* FieldBase::overrideControl() {
   return ownerSegment->getItemDefn()->getFieldInstances();
 }
 
+const FieldInstancesControl* FieldBase::ownOverrideControl() {
+  const FieldInstancesControl* control = overrideControl();
+  if (!control) return nullptr;
+  // A field of the segment itself, or a repeat of one, is looked up by its index alone: where the
+  // holder has no entry there, the answer is the field definition's, with no location to make.
+  const InternalElement* top = parent && parent->getNodeType() == qxRepeating ? parent : this;
+  if (top->parent != ownerSegment || top->index < 0 || top->index >= control->getFieldCount()) return control;
+  if (control->getEntry(top->index) == nullptr && &control->getFieldDefn(top->index) == fieldDefn) return nullptr;
+  return control;
+}
+
 std::unique_ptr<FieldBase::InstValues> FieldBase::createInstValues() { return std::make_unique<InstValues>(); }
 
 FieldBase::InstValues& FieldBase::instances() {
@@ -125,7 +136,7 @@ const std::vector<int32_t>& FieldBase::getLocationValues() {
 }
 
 bool FieldBase::isRequired() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->isRequired();
   InstValues& values = instances();
   if (!getFlag(kCachedRequired)) {
@@ -136,7 +147,7 @@ bool FieldBase::isRequired() {
 }
 
 int32_t FieldBase::getMinLength() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->getMinLength();
   InstValues& values = instances();
   if (!getFlag(kCachedMinLength)) {
@@ -147,7 +158,7 @@ int32_t FieldBase::getMinLength() {
 }
 
 int32_t FieldBase::getMaxLength() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->getMaxLength();
   InstValues& values = instances();
   if (!getFlag(kCachedMaxLength)) {
@@ -158,7 +169,7 @@ int32_t FieldBase::getMaxLength() {
 }
 
 bool FieldBase::isHiddenField() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->isHidden();
   InstValues& values = instances();
   if (!getFlag(kCachedHidden)) {
@@ -169,7 +180,7 @@ bool FieldBase::isHiddenField() {
 }
 
 const FieldBase::WideText& FieldBase::getDefaultValue() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->getDefaultValue();
   InstValues& values = instances();
   if (!getFlag(kCachedDefault)) {
@@ -182,7 +193,7 @@ const FieldBase::WideText& FieldBase::getDefaultValue() {
 bool FieldBase::hasDefaultValue() { return !getDefaultValue().empty(); }
 
 Formatter* FieldBase::getFormatter() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->getFormatter();
   InstValues& values = instances();
   if (!getFlag(kCachedFormatter)) {
@@ -193,7 +204,7 @@ Formatter* FieldBase::getFormatter() {
 }
 
 const ValidationTableDefn* FieldBase::getValidationTable() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->getValidationTable();
   InstValues& values = instances();
   if (!getFlag(kCachedTable)) {
@@ -204,7 +215,7 @@ const ValidationTableDefn* FieldBase::getValidationTable() {
 }
 
 int32_t FieldBase::getCountKind() {
-  const FieldInstancesControl* control = overrideControl();
+  const FieldInstancesControl* control = ownOverrideControl();
   if (!control) return fieldDefn->getCountKind();
   InstValues& values = instances();
   if (!getFlag(kCachedCountKind)) {

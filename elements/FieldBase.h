@@ -126,6 +126,8 @@ class FieldBase : public InternalElement, public FieldLocation {
   virtual std::unique_ptr<InstValues> createInstValues();
   // The item's override control when this field's definition may be overridden at its place.
   const FieldInstancesControl* overrideControl();
+  // overrideControl, or null where it would answer as the field's definition does.
+  const FieldInstancesControl* ownOverrideControl();
   void findOwner();
   // For clones: the copy takes a copy of this field's own variable type.
   void copyVariableTypeInto(FieldBase& copy) const;

@@ -76,6 +76,8 @@ bool SegmentImplBase::getUserData(const std::u16string& key, std::u16string& val
 void SegmentImplBase::setItemDefn(const MessageItemDefn* item) {
   itemDefn = item;
   pathCache.reset();
+  // The item's overrides and shape have their say in the check.
+  asReadVerdict = {};
 }
 
 // ----- fields
@@ -327,6 +329,7 @@ bool SegmentImplBase::parseElement(ParserStream& stream, RecordedErrors& errors,
   sourceLength = 0;
   uncut.reset();
   readWith.reset();
+  asReadVerdict = {};
   const char16_t* first = stream.getCursor();
   bool parsed = false;
   try {
@@ -384,6 +387,7 @@ void SegmentImplBase::setChanged(bool flag) {
   if (uncut) cutFields();
   sourceLength = 0;
   readWith.reset();
+  asReadVerdict = {};
   SegmentElement::setChanged(flag);
 }
 
@@ -401,8 +405,22 @@ std::optional<std::u16string_view> SegmentImplBase::fieldTextAsRead(const Separa
   if (settings.flags & qxOutputDefaultValuesForOptionalFields) return std::nullopt;
   // The item's overrides reach the fields whatever segment stands there; its shape is for its own.
   if (itemDefn && itemDefn->getSegment() != segmentDefn) return std::nullopt;
+  const bool truncating = settings.truncateFieldsToMaxLength;
+  const std::u16string_view intact = getIntactSource();
+  if (asReadVerdict.known && asReadVerdict.truncating == truncating) {
+    if (!asReadVerdict.qualifies) return std::nullopt;
+    return intact.substr(asReadVerdict.offset, asReadVerdict.length);
+  }
   const SegmentTextShape& shape = itemDefn ? itemDefn->getTextShape() : segmentDefn->getTextShape();
-  return SegmentTextCheck::fieldText(*segmentDefn, shape, getIntactSource(), list, settings.truncateFieldsToMaxLength);
+  const std::optional<std::u16string_view> text =
+      SegmentTextCheck::fieldText(*segmentDefn, shape, intact, list, truncating);
+  // A text too long for the record is checked on every write instead.
+  const size_t offset = text ? static_cast<size_t>(text->data() - intact.data()) : 0;
+  const size_t length = text ? text->size() : 0;
+  if (offset < (1u << 5) && length < (1u << 24)) {
+    asReadVerdict = {1, truncating, text.has_value(), static_cast<uint32_t>(offset), static_cast<uint32_t>(length)};
+  }
+  return text;
 }
 
 std::u16string SegmentImplBase::getEncodedValue() {

@@ -210,6 +210,18 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   int16_t uncutFrom = 0;
   int32_t uncutOffset = 0;
   ESeparatorType fieldSeparator;
+  // What the check of fieldTextAsRead found, kept while the text stands as read with readWith: a
+  // segment written again and again is checked once. The check asks the list only what its slots
+  // decide, and fieldTextAsRead answers only for lists whose slots are readWith's. Where the text
+  // qualifies, the qualifying part begins `offset` characters into it and runs `length`.
+  struct AsReadVerdict {
+    uint32_t known : 1 = 0;
+    uint32_t truncating : 1 = 0;
+    uint32_t qualifies : 1 = 0;
+    uint32_t offset : 5 = 0;
+    uint32_t length : 24 = 0;
+  };
+  AsReadVerdict asReadVerdict;
   std::unique_ptr<std::string> pathCache;
   const SegmentDefn* segmentDefn;
   const MessageItemDefn* itemDefn;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "elements/SegmentImplBase.h"
+#include "foundation/Any.h"
 #include "parsing/SeparatorList.h"
 #include "support/CompilerTesting.h"
 #include "support/ElementTesting.h"
@@ -129,6 +130,28 @@ TEST_F(SegmentTextCheckTest, ChangesAfterTheReadWriteTheFields) {
   message->setSeparatorValue(qxSepField2, u"^");
   EXPECT_TRUE(writtenAsRead(other)) << "the separators it was read with are back";
   EXPECT_EQ(narrow(other.getEncodedValue()), "AAA|1|X^K|C\r");
+}
+
+TEST_F(SegmentTextCheckTest, WritesAgainFollowTheOptionsOfTheirTime) {
+  // What the check found is kept for the next write; an option changed in between still counts.
+  auto message = factory.Parse(wide("MSH|M\rAAA|1|X|C|abcde\r").c_str());
+  ASSERT_NE(message, nullptr);
+  const std::u16string truncate = std::u16string(OptionUriPrefix) + u"/edi/truncateFieldsToMaxLength";
+  const struct {
+    bool truncating;
+    const char* written;
+  } writes[] = {
+      {false, "MSH|M\rAAA|1|X|C|abcde\r"},
+      {true, "MSH|M\rAAA|1|X|C|abcd\r"},
+      {true, "MSH|M\rAAA|1|X|C|abcd\r"},
+      {false, "MSH|M\rAAA|1|X|C|abcde\r"},
+  };
+  for (const auto& write : writes) {
+    SCOPED_TRACE(write.truncating);
+    factory.SetOption(truncate, Any::any(write.truncating));
+    EXPECT_EQ(writtenAsRead(static_cast<SegmentImplBase&>(*message->getElementAt("AAA"))), !write.truncating);
+    EXPECT_EQ(narrow(message->getEncodedValue()), write.written);
+  }
 }
 
 TEST_F(SegmentTextCheckTest, AWholeMessageWritesItsUntouchedSegmentsAsRead) {
