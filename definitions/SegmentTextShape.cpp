@@ -8,6 +8,7 @@
 #include "definitions/MessageSetDefn.h"
 #include "definitions/PrimitiveTypeDefn.h"
 #include "definitions/SegmentDefn.h"
+#include "definitions/SeparatorDefn.h"
 
 namespace vantrelia {
 
@@ -21,12 +22,6 @@ SegmentTextShape::SegmentTextShape(const SegmentDefn& segment, const FieldInstan
       !segment.getSpecialSeparatorString().empty()) {
     return;
   }
-  // A header that carries separators writes them from the list, not from its fields.
-  if (const MessageSetDefn* set = segment.getSet()) {
-    for (int32_t i = 0; i < kSeparatorCount; ++i) {
-      if (set->getSeparator(i).getFieldPath().getName().view() == segment.getName().view()) return;
-    }
-  }
   fields.resize(segment.getFields().size());
   std::vector<int32_t> path;
   for (size_t i = 0; i < fields.size(); ++i) {
@@ -37,7 +32,39 @@ SegmentTextShape::SegmentTextShape(const SegmentDefn& segment, const FieldInstan
     }
     if (fields[i].required) shownFields = static_cast<int32_t>(i) + 1;
   }
+  if (const MessageSetDefn* set = segment.getSet()) {
+    if (!takeCarried(segment, *set)) {
+      fields.clear();
+      return;
+    }
+    everyField = !set->getTrimSegments();
+  }
   usable = true;
+}
+
+bool SegmentTextShape::takeCarried(const SegmentDefn& segment, const MessageSetDefn& set) {
+  for (int32_t i = 0; i < kSeparatorCount; ++i) {
+    const SeparatorDefn& separator = set.getSeparator(i);
+    const FieldPathDefn& path = separator.getFieldPath();
+    if (path.getName().view() != segment.getName().view()) continue;
+    carrying = true;
+    const std::vector<int32_t>& indexes = path.getIndexes();
+    const int32_t position = separator.getPosition();
+    const auto slot = static_cast<ESeparatorType>(i);
+    if (indexes.empty()) {
+      // Behind the tag, the field separator stands where a plain segment has it; at the end, the
+      // segment separator. Anything else has rules of its own.
+      if (!(slot == fieldSeparator && position == 1) && !(slot == qxSepSegment && position == -1)) return false;
+    } else if (path.isNumeric() && indexes.size() == 1 && indexes.front() >= 1 &&
+               static_cast<size_t>(indexes.front()) <= fields.size() && position >= 0) {
+      Item& field = fields[static_cast<size_t>(indexes.front() - 1)];
+      if (field.repeats || !field.children.empty()) return false;
+      field.carried.emplace_back(slot, position);
+    } else {
+      return false;
+    }
+  }
+  return true;
 }
 
 bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& path, ESeparatorType parentSeparator,

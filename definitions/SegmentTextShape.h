@@ -4,9 +4,12 @@
 // whether it repeats, and the separator between its children. Fields that the writer gives
 // anything but their values as they stand (defaults, formats, fills, counts, calculations, binary,
 // quoted text, separators allowed in data) leave no shape, and a segment with one of them has none. A message item
-// that overrides its segment's fields has a shape of its own, with its overrides.
+// that overrides its segment's fields has a shape of its own, with its overrides. A header whose
+// fields carry separators has a shape only where they stand in whole fields of their own, or are
+// the field separator right behind the tag or the segment separator at its end.
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "foundation/Enumerations.h"
@@ -15,6 +18,7 @@ namespace vantrelia {
 
 class FieldDefn;
 class FieldInstancesControl;
+class MessageSetDefn;
 class SegmentDefn;
 
 class SegmentTextShape {
@@ -27,6 +31,9 @@ class SegmentTextShape {
     // A composite's children are cut at childSeparator; a primitive has none.
     ESeparatorType childSeparator = qxSepNone;
     std::vector<Item> children;
+    // In a header that carries separators, the slots this field holds and where in it each stands:
+    // the writer gives the field as the separators themselves.
+    std::vector<std::pair<ESeparatorType, int32_t>> carried;
   };
 
   // `overrides`: those of the message item the segment stands at, or null.
@@ -39,15 +46,27 @@ class SegmentTextShape {
   const std::vector<Item>& getFields() const { return fields; }
   // The fields up to and including the last required one: the writer shows that many at least.
   int32_t getShownFields() const { return shownFields; }
+  // A header whose fields or tag carry separators of the text: its text stands as the writer's
+  // only while those are still to be settled by it.
+  bool carriesSeparators() const { return carrying; }
+  // A set that keeps empty fields at the end of its segments: the writer shows every field the
+  // definition has.
+  bool showsEveryField() const { return everyField; }
 
  private:
   // The shape of the field or component at `path` (its indexes from the segment down), whose
   // owner is cut at `parentSeparator`; false when it has none.
   bool shapeOf(const FieldDefn& field, std::vector<int32_t>& path, ESeparatorType parentSeparator, Item& item) const;
 
+  // Marks the fields of a header that hold separators; false when the header carries them
+  // otherwise than in whole fields, behind its tag as a plain field separator, or at its end.
+  bool takeCarried(const SegmentDefn& segment, const MessageSetDefn& set);
+
   const FieldInstancesControl* overrides;
 
   bool usable = false;
+  bool carrying = false;
+  bool everyField = false;
   ESeparatorType fieldSeparator = qxSepField1;
   std::vector<Item> fields;
   int32_t shownFields = 0;

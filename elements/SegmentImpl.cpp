@@ -1,6 +1,7 @@
 #include "elements/SegmentImpl.h"
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 #include <string>
@@ -543,10 +544,26 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
   // A segment that stands as it was read, in a text that is already what the fields would give,
   // goes out as that text: no field is cut or written one by one.
   write.mayWriteAsRead = !minimize;
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  // A header written as read settles the separators itself: debug and fuzz builds hold what it
+  // leaves to what a write of its fields leaves, on a copy of the list as it stands now.
+  std::optional<SeparatorList> general;
+  const size_t before = list.getOutput().size();
+  const int32_t counterBefore = counter;
+  if (!minimize && list.getVariablePending()) general.emplace(list);
+#endif
   const WriteStart start = beginSegmentWrite(list, counter, write);
   if (start != WriteStart::kFields) return start == WriteStart::kWritten;
   if (write.asRead) {
 #if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+    if (general) {
+      // Written with the separators settled, a header's fields would show them encoded: it is
+      // held to a write of its fields that settles them.
+      list.writeData(*write.asRead);
+      endSegmentWrite(list);
+      checkHeaderWrite(list, before, *general, counterBefore);
+      return true;
+    }
     // Debug and fuzz builds hold it to what the fields give.
     const size_t mark = list.getOutput().size();
     writeFields(list, minimize, counter, write);
@@ -564,6 +581,22 @@ bool SegmentImpl::writeElement(SeparatorList& list, bool minimize, int32_t& coun
   endSegmentWrite(list);
   return true;
 }
+
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+void SegmentImpl::checkHeaderWrite(const SeparatorList& list, size_t from, SeparatorList& general, int32_t counter) {
+  SegmentWrite write;
+  const int32_t number = segmentNumber;
+  if (beginSegmentWrite(general, counter, write) == WriteStart::kFields) {
+    writeFields(general, false, counter, write);
+    endSegmentWrite(general);
+  }
+  segmentNumber = number;
+  if (std::u16string_view(list.getOutput()).substr(from) != general.getOutput() || !general.sameSlotsAs(list) ||
+      general.getVariablePending() != list.getVariablePending()) {
+    throw std::logic_error("a header written as read leaves otherwise than a write of its fields");
+  }
+}
+#endif
 
 void SegmentImpl::writeFields(SeparatorList& list, bool minimize, int32_t& counter, const SegmentWrite& write) {
   const bool fixedSegment = write.fixedSegment;

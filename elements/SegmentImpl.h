@@ -69,6 +69,11 @@ class SegmentImpl : public SegmentImplBase {
                   bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
   // The fields behind the tag, one by one, as beginSegmentWrite left the list.
   void writeFields(SeparatorList& list, bool minimize, int32_t& counter, const SegmentWrite& write);
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  // Throws unless writing the fields into `general`, the list as it stood before the header, gives
+  // what the header written as read gave from `from` on in `list`, and leaves the same separators.
+  void checkHeaderWrite(const SeparatorList& list, size_t from, SeparatorList& general, int32_t counter);
+#endif
   void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
   void parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors, ValidationLocation& location);
   // The length a raw binary field takes from the sibling its definition names.

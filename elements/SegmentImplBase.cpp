@@ -401,17 +401,34 @@ std::optional<std::u16string_view> SegmentImplBase::fieldTextAsRead(const Separa
       !list.isInUse(fieldSeparator) || !list.sameSlotsAs(readWith->separators())) {
     return std::nullopt;
   }
+  return checkedFieldText(list, false);
+}
+
+std::optional<std::u16string_view> SegmentImplBase::headerTextAsRead(SeparatorList& list) {
+  if (!readWith || sourceLength == 0 || !list.getVariablePending() || list.isLevelFixedWidth()) return std::nullopt;
+  // The fields are held to the separators the read settled, which the write settles again.
+  const SeparatorList& read = readWith->separators();
+  if (!read.isInUse(fieldSeparator)) return std::nullopt;
+  const std::optional<std::u16string_view> text = checkedFieldText(read, true);
+  if (!text || !list.settleAsRead(segmentDefn->getName().view(), read)) return std::nullopt;
+  return text;
+}
+
+std::optional<std::u16string_view> SegmentImplBase::checkedFieldText(const SeparatorList& list, bool header) {
   const WarehouseSettings& settings = FactorySettings::of(getMessageSetDefn());
   if (settings.flags & qxOutputDefaultValuesForOptionalFields) return std::nullopt;
   // The item's overrides reach the fields whatever segment stands there; its shape is for its own.
   if (itemDefn && itemDefn->getSegment() != segmentDefn) return std::nullopt;
+  const SegmentTextShape& shape = itemDefn ? itemDefn->getTextShape() : segmentDefn->getTextShape();
+  // A header's fields that hold separators are written as the list's, which stand as read only
+  // while the header is what settles them.
+  if (shape.carriesSeparators() != header) return std::nullopt;
   const bool truncating = settings.truncateFieldsToMaxLength;
   const std::u16string_view intact = getIntactSource();
   if (asReadVerdict.known && asReadVerdict.truncating == truncating) {
     if (!asReadVerdict.qualifies) return std::nullopt;
     return intact.substr(asReadVerdict.offset, asReadVerdict.length);
   }
-  const SegmentTextShape& shape = itemDefn ? itemDefn->getTextShape() : segmentDefn->getTextShape();
   const std::optional<std::u16string_view> text =
       SegmentTextCheck::fieldText(*segmentDefn, shape, intact, list, truncating);
   // A text too long for the record is checked on every write instead.
@@ -823,8 +840,11 @@ SegmentImplBase::WriteStart SegmentImplBase::beginSegmentWrite(SeparatorList& li
   const bool carriesSeparators = list.getVariablePending() && list.carriesSeparators(name);
   write.fixedSegment = segmentDefn->isFixedWidth() || !list.isSeparatorActive(SeparatorList::kCurrent);
   // Asked before the field level is pushed, at the segment's level. A text that qualifies holds a
-  // value, so the segment is never one to skip.
-  if (write.mayWriteAsRead && !write.fixedSegment) write.asRead = fieldTextAsRead(list);
+  // value, so the segment is never one to skip. A header that qualifies has settled the
+  // separators it carries already, and its text holds the one behind its tag.
+  if (write.mayWriteAsRead && !write.fixedSegment) {
+    write.asRead = carriesSeparators ? headerTextAsRead(list) : fieldTextAsRead(list);
+  }
   if (!write.asRead && (!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
     settleSlots(list);
     return WriteStart::kSkipped;

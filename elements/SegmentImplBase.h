@@ -131,6 +131,10 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   // give the fields with `list`, standing at the segment's level: unchanged, read with the same
   // separators, and nothing in them that the writer leaves out, adds or encodes. Nothing otherwise.
   std::optional<std::u16string_view> fieldTextAsRead(const SeparatorList& list);
+  // The same for a header that carries separators still to be read in `list`: when its fields
+  // are what the writer would give them with the separators its read settled, and the list holds
+  // the values read, those are settled in the list as the read settled them.
+  std::optional<std::u16string_view> headerTextAsRead(SeparatorList& list);
 
  protected:
   // A new field of the class its definition asks for, not stored.
@@ -185,6 +189,9 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   void settleSlots(SeparatorList& list);
   static uint32_t separatorFlags(const SeparatorList& list, int32_t separator);
   bool fieldHasDefault(int index);
+  // The check behind fieldTextAsRead and headerTextAsRead, with `list` the separators the fields
+  // are held to; `header` for a header that carries separators, which only that one takes.
+  std::optional<std::u16string_view> checkedFieldText(const SeparatorList& list, bool header);
 
   // Leaves the fields uncut when the text of the segment, from the cursor behind its tag, surely
   // ends at the first segment separator; the stream is then left behind that separator. A

@@ -1,5 +1,6 @@
 #include "elements/SegmentTextCheck.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -37,6 +38,7 @@ class Check {
 
   // A field's text between its separators.
   bool field(std::u16string_view text, const Item& item) const {
+    if (!item.carried.empty()) return carried(text, item);
     if (text.empty()) return !item.required;
     if (!item.repeats) return value(text, item);
     const char16_t repeat = unit(qxSepRepeat);
@@ -63,6 +65,21 @@ class Check {
       const Item& child = item.children[index];
       return piece.empty() ? !child.required : value(piece, child);
     });
+  }
+
+  // A header field that holds separators is written as them, each at its place, and nothing else.
+  bool carried(std::u16string_view text, const Item& item) const {
+    size_t covered = 0;
+    for (const auto& [slot, position] : item.carried) {
+      const std::u16string_view value = list.getSeparatorValue(slot);
+      const size_t at = static_cast<size_t>(position);
+      if (value.empty() || at > text.size() || text.substr(at, value.size()) != value) return false;
+      covered = std::max(covered, at + value.size());
+    }
+    // Every character one of them: no room for a character between them or behind them.
+    size_t held = 0;
+    for (const auto& [slot, position] : item.carried) held += list.getSeparatorValue(slot).size();
+    return covered == text.size() && held == text.size();
   }
 
   // Cuts text at separator and hands each piece to take with its index, as long as take agrees;
@@ -112,7 +129,8 @@ std::optional<std::u16string_view> SegmentTextCheck::fieldText(const SegmentDefn
     if (last) break;
     rest.remove_prefix(found + 1);
   }
-  if (count + 1 < static_cast<size_t>(shape.getShownFields())) return std::nullopt;
+  const size_t shown = shape.showsEveryField() ? fields.size() : static_cast<size_t>(shape.getShownFields());
+  if (count + 1 < shown) return std::nullopt;
   return text;
 }
 

@@ -248,6 +248,11 @@ class SeparatorList {
   void writeSeparatorsOf(const FieldPathDefn& segmentPath, bool endPositions);
   // Whether a segment of that name carries separators of its own, behind its tag or at its end.
   bool carriesSeparators(std::string_view segmentName) const;
+  // For a header written as the text it was read from, `read` being the list as that read left
+  // it: settles the separators still to be read under segmentName to the values they hold, which
+  // a write of its fields would take from them. True when the list then stands as `read` does;
+  // false, with the list as it was, when it wouldn't.
+  bool settleAsRead(std::string_view segmentName, const SeparatorList& read);
   std::u16string collectForFieldEnd(const FieldPathDefn& fieldPath) const;
   // With a separator still to be read: those whose header field lies under path are settled now.
   void markKnownForPath(std::string_view path);

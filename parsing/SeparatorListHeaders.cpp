@@ -264,6 +264,25 @@ void SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
   updateActive();
 }
 
+bool SeparatorList::settleAsRead(std::string_view segmentName, const SeparatorList& read) {
+  if (!variablePending || messageSet != read.messageSet || read.variablePending) return false;
+  // A write of the fields would take each value from the text: it must be the one read there.
+  for (size_t i = 0; i < slots.size(); ++i) {
+    const SeparatorImpl& slot = slots[i];
+    if (!slot.known && fieldLiesUnder(slot.defn->getFieldPath(), segmentName) && slot.value != read.slots[i].value) {
+      return false;
+    }
+  }
+  const Slots before = slots;
+  markKnownForPath(segmentName);
+  if (sameSlotsAs(read) && !variablePending) return true;
+  beforeSlotsChange();
+  slots = before;
+  trieDirty = true;
+  updateActive();
+  return false;
+}
+
 void SeparatorList::markKnownForPath(std::string_view path) { settleForPath(path, false); }
 
 void SeparatorList::applyDefaultForPath(std::string_view path) { settleForPath(path, true); }

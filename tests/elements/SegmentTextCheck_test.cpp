@@ -3,6 +3,7 @@
 // debug builds hold to the fields' own write, and release builds take from the text.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -164,6 +165,107 @@ TEST_F(SegmentTextCheckTest, AWholeMessageWritesItsUntouchedSegmentsAsRead) {
   EXPECT_EQ(narrow(message->getEncodedValue()), "MSH|M\rAAA|1|X^^A&B|C\rBBB|7\rCCC|1|kg\rCCC|2\rCCC|3|g\r");
   message->getElementAt("CCC[2]/Unit")->setValue(u"mg");
   EXPECT_EQ(narrow(message->getEncodedValue()), "MSH|M\rAAA|1|X^^A&B|C\rBBB|7\rCCC|1|kg\rCCC|2\rCCC|3|mg\r");
+}
+
+
+// A header that carries the separators of its message, as HL7's MSH does, in a set that trims its
+// segments, and a set that keeps their empty fields.
+const char* const kHeaderDefinition = R"(
+messageSets:
+  - name: H
+    trimSegments: true
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', style: initiator, replacement: '\F\', fromField: HDR, position: 1}
+      field2: {value: '^', replacement: '\S\', fromField: HDR.1, position: 0}
+      repeat: {value: '~', replacement: '\R\', fromField: HDR.1, position: 1}
+      user1: {value: '\', replacement: '\E\', fromField: HDR.1, position: 2}
+    segments:
+      - name: HDR
+        fields:
+          - {name: Characters, maxLength: 3}
+          - {name: From}
+          - {name: To, composite: Party}
+          - {name: Note, maxRepeats: 3}
+      - name: DAT
+        fields: [{name: Value, composite: Party}]
+    composites:
+      - name: Party
+        fields: [{name: Id}, {name: Kind}]
+    messages:
+      - name: M
+        items: [{segment: HDR, required: true}, {segment: DAT, maxRepeats: 0}]
+  - name: K
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '!', style: initiator}
+      field2: ':'
+    segments:
+      - name: KEY
+        fields: [{name: Type, required: true}]
+      - name: VAL
+        fields: [{name: Amount}, {name: Unit}, {name: Note}]
+    messageTypeFields: [KEY.1]
+    messages:
+      - name: K
+        type: K
+        items: [{segment: KEY, required: true}, {segment: VAL, maxRepeats: 0}]
+)";
+
+TEST(SegmentTextCheckHeaderTest, AHeaderGoesOutAsReadOnlyWhereItsFieldsWouldGiveItsText) {
+  // Debug and fuzz builds hold each header written as read to a write of its fields on a copy of
+  // the list: text and separators alike.
+  MessageFactory factory;
+  compileAndLoad(factory, kHeaderDefinition);
+  struct Case {
+    const char* text;
+    bool asRead;
+    const char* written;  // null: the text as it was read
+  };
+  const Case cases[] = {
+      {"HDR|^~\\|A|B^C|N1~N2\rDAT|v^w\r", true, nullptr},
+      {"HDR|^~\\|A\rDAT|v\r", true, nullptr},
+      {"HDR|^~\\||B\rDAT|v\r", true, nullptr},                         // an empty field inside
+      {"HDR|#~\\|A|B#C\rDAT|v#w\r", true, nullptr},                    // separators of its own
+      {"HDR|^~\\|A|\rDAT|v\r", false, "HDR|^~\\|A\rDAT|v\r"},          // an empty field at the end
+      {"HDR|^~\\|A\\S\\B\rDAT|v\r", false, nullptr},                   // an escape sequence
+      {"HDR|^~|A\rDAT|v\r", false, "HDR|^~\\|A\rDAT|v\r"},             // a separator the header lacks
+      {"HDR|^~\\|A|B|C|D\rDAT|v\r", false, "HDR|^~\\|A|B|C\rDAT|v\r"},  // a field the definition hasn't
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    std::unique_ptr<MessageElement> message = factory.Parse(wide(c.text).c_str());
+    ASSERT_NE(message, nullptr);
+    for (int write = 0; write < 2; ++write) {
+      EXPECT_EQ(narrow(message->getEncodedValue()), c.written ? c.written : c.text);
+    }
+#if defined(NDEBUG) && !defined(VANTRELIA_CHECK_FAST_PATHS)
+    // Fields left in the text stay there when the header is written from it.
+    EXPECT_EQ(static_cast<SegmentImplBase&>(*message->getElementAt("HDR")).hasUncutFields(), c.asRead);
+#endif
+    // The separators the header settled are the message's still.
+    EXPECT_EQ(narrow(message->getSeparatorValue(qxSepField2)), std::string(1, c.text[4]));
+  }
+}
+
+TEST(SegmentTextCheckHeaderTest, ASetThatKeepsEmptyFieldsShowsEveryFieldAsItsWriterDoes) {
+  MessageFactory factory;
+  compileAndLoad(factory, kHeaderDefinition);
+  const struct {
+    const char* text;
+    const char* written;
+  } cases[] = {
+      {"KEY!K\rVAL!1!kg!n\r", "KEY!K\rVAL!1!kg!n\r"},
+      {"KEY!K\rVAL!1!kg\r", "KEY!K\rVAL!1!kg!\r"},
+      {"KEY!K\rVAL!1\r", "KEY!K\rVAL!1!!\r"},
+      {"KEY!K\rVAL!!kg!n\r", "KEY!K\rVAL!!kg!n\r"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    std::unique_ptr<MessageElement> message = factory.Parse(wide(c.text).c_str());
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(narrow(message->getEncodedValue()), c.written);
+  }
 }
 
 }  // namespace
