@@ -9,6 +9,7 @@
 #include "definitions/PrimitiveTypeDefn.h"
 #include "definitions/SegmentDefn.h"
 #include "definitions/SeparatorDefn.h"
+#include "foundation/TextCompare.h"
 
 namespace vantrelia {
 
@@ -21,6 +22,11 @@ SegmentTextShape::SegmentTextShape(const SegmentDefn& segment, const FieldInstan
   if ((segment.getFlags() & ~SegmentDefn::kSituationalData) != 0 || segment.isFixedWidth() ||
       !segment.getSpecialSeparatorString().empty()) {
     return;
+  }
+  if (const MessageSetDefn* set = segment.getSet()) {
+    for (const FieldPathDefn& typeField : set->getMessageTypeFields()) {
+      typeFields = typeFields || equalIgnoringCase(typeField.getName().view(), segment.getName().view());
+    }
   }
   fields.resize(segment.getFields().size());
   std::vector<int32_t> path;
@@ -86,12 +92,24 @@ bool SegmentTextShape::shapeOf(const FieldDefn& field, std::vector<int32_t>& pat
               : field.getFormatter() != nullptr || field.getCountKind() != FieldDefn::kNoCount) {
     return false;
   }
-  // Left and right alignment without a width are the only ones that neither trim nor fill.
-  if (field.getAlignment() != qxLeft && field.getAlignment() != qxRight) return false;
+  // Left and right alignment without a width neither trim nor fill; to a minimum width, a plain
+  // value is filled on writing where the read took the filler off, and the check holds the text
+  // to that. Other widths and zeros have rules of their own.
+  const int32_t alignment = field.getAlignment();
+  const bool fills = alignment == qxLeftMin || alignment == qxRightMin;
+  if ((alignment != qxLeft && alignment != qxRight && !fills) || (fills && field.isComposite())) return false;
   item.required = control ? control->isRequired(path) : field.isRequired();
   const int32_t maxLength = control ? control->getMaxLength(path) : field.getMaxLength();
   item.maxLength = maxLength > 0 ? maxLength : 0;
   item.repeats = field.getMaxRepeats() != 1;
+  if (fills) {
+    const int32_t minLength = control ? control->getMinLength(path) : field.getMinLength();
+    item.fillTo = minLength > 0 ? minLength : 0;
+    item.fillAtEnd = alignment == qxLeftMin;
+    // A required field left empty is written as its message type or its default: only the
+    // default of a field that no message type is read from is known here.
+    if (item.required && !typeFields) item.blank = (control ? control->getDefaultValue(path) : field.getDefaultValue()).view();
+  }
   if (!field.isComposite()) {
     const int32_t type = field.getDataType();
     if (DataTypeCodes::isBinary(type) || type == DataTypeCodes::kQuotedText ||

@@ -9,6 +9,7 @@
 // the field separator right behind the tag or the segment separator at its end.
 
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,12 @@ class SegmentTextShape {
     // More than one repetition allowed: the value is cut at the repeat separator first.
     bool repeats = false;
     int32_t maxLength = 0;   // 0 for no limit
+    // A value shorter than fillTo is filled up with the filler, at its end (fillAtEnd) or its
+    // start, and read without the filler there; 0 for none. blank: what an empty required value
+    // is written as before the fill, its default.
+    int32_t fillTo = 0;
+    bool fillAtEnd = true;
+    std::u16string blank;
     // A composite's children are cut at childSeparator; a primitive has none.
     ESeparatorType childSeparator = qxSepNone;
     std::vector<Item> children;
@@ -65,6 +72,8 @@ class SegmentTextShape {
   const FieldInstancesControl* overrides;
 
   bool usable = false;
+  // Some message type is read from a field of the segment.
+  bool typeFields = false;
   bool carrying = false;
   bool everyField = false;
   ESeparatorType fieldSeparator = qxSepField1;

@@ -404,13 +404,20 @@ std::optional<std::u16string_view> SegmentImplBase::fieldTextAsRead(const Separa
   return checkedFieldText(list, false);
 }
 
-std::optional<std::u16string_view> SegmentImplBase::headerTextAsRead(SeparatorList& list) {
+std::optional<std::u16string_view> SegmentImplBase::headerTextAsRead(SeparatorList& list, bool everyField) {
   if (!readWith || sourceLength == 0 || !list.getVariablePending() || list.isLevelFixedWidth()) return std::nullopt;
   // The fields are held to the separators the read settled, which the write settles again.
   const SeparatorList& read = readWith->separators();
   if (!read.isInUse(fieldSeparator)) return std::nullopt;
   const std::optional<std::u16string_view> text = checkedFieldText(read, true);
-  if (!text || !list.settleAsRead(segmentDefn->getName().view(), read)) return std::nullopt;
+  if (!text) return std::nullopt;
+  // The text begins with the separator of the first field, and holds it nowhere else but between
+  // fields.
+  if (everyField && static_cast<size_t>(std::count(text->begin(), text->end(), text->front())) !=
+                        segmentDefn->getFields().size()) {
+    return std::nullopt;
+  }
+  if (!list.settleAsRead(segmentDefn->getName().view(), read)) return std::nullopt;
   return text;
 }
 
@@ -842,8 +849,12 @@ SegmentImplBase::WriteStart SegmentImplBase::beginSegmentWrite(SeparatorList& li
   // Asked before the field level is pushed, at the segment's level. A text that qualifies holds a
   // value, so the segment is never one to skip. A header that qualifies has settled the
   // separators it carries already, and its text holds the one behind its tag.
-  if (write.mayWriteAsRead && !write.fixedSegment) {
-    write.asRead = carriesSeparators ? headerTextAsRead(list) : fieldTextAsRead(list);
+  if (write.mayWriteAsRead && carriesSeparators && !segmentDefn->isFixedWidth()) {
+    // A header that carries the segment separator too stands where none is in force yet: every
+    // field of it is written.
+    write.asRead = headerTextAsRead(list, write.fixedSegment);
+  } else if (write.mayWriteAsRead && !write.fixedSegment) {
+    write.asRead = fieldTextAsRead(list);
   }
   if (!write.asRead && (!itemDefn || !itemDefn->isRequired()) && isEmpty() && !carriesSeparators) {
     settleSlots(list);

@@ -133,8 +133,9 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   std::optional<std::u16string_view> fieldTextAsRead(const SeparatorList& list);
   // The same for a header that carries separators still to be read in `list`: when its fields
   // are what the writer would give them with the separators its read settled, and the list holds
-  // the values read, those are settled in the list as the read settled them.
-  std::optional<std::u16string_view> headerTextAsRead(SeparatorList& list);
+  // the values read, those are settled in the list as the read settled them. `everyField`: the
+  // writer shows every field of the definition.
+  std::optional<std::u16string_view> headerTextAsRead(SeparatorList& list, bool everyField);
 
  protected:
   // A new field of the class its definition asks for, not stored.

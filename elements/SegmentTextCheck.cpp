@@ -56,6 +56,7 @@ class Check {
       for (const char16_t c : text) {
         if (list.classOf(c) != SeparatorList::kDataCharacter) return false;
       }
+      if (item.fillTo > 0 && !filled(text, item)) return false;
       return !truncating || item.maxLength == 0 || text.size() <= static_cast<size_t>(item.maxLength);
     }
     const char16_t separator = unit(item.childSeparator);
@@ -65,6 +66,22 @@ class Check {
       const Item& child = item.children[index];
       return piece.empty() ? !child.required : value(piece, child);
     });
+  }
+
+  // A value the writer fills to a width: the read took the filler off, and the fill must give the
+  // text back. Filled just to the width, or longer without filler where it would have been; a
+  // text of filler alone was an empty value, which only a required field's default fills again.
+  bool filled(std::u16string_view text, const Item& item) const {
+    const std::u16string_view filler = list.getSeparatorValue(qxSepFiller);
+    if (filler.empty()) return true;
+    const char16_t fill = filler.front();
+    const size_t width = static_cast<size_t>(item.fillTo);
+    if (text.size() < width) return false;
+    if (text.find_first_not_of(fill) == std::u16string_view::npos) {
+      return text.size() == width && !item.blank.empty() && item.blank.size() <= width &&
+             item.blank.find_first_not_of(fill) == std::u16string::npos;
+    }
+    return text.size() == width || (item.fillAtEnd ? text.back() != fill : text.front() != fill);
   }
 
   // A header field that holds separators is written as them, each at its place, and nothing else.

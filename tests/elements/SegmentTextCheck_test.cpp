@@ -50,6 +50,11 @@ messageSets:
         fields: [{name: Amount, dataType: long, alignment: zeroMin}, {name: Text}]
       - name: CCC
         fields: [{name: Value}, {name: Unit}]
+      - name: FIL
+        fields:
+          - {name: Left, minLength: 4, alignment: leftMin}
+          - {name: Right, minLength: 3, alignment: rightMin}
+          - {name: Blank, required: true, minLength: 2, alignment: leftMin, default: ' '}
     messages:
       - name: M
         type: M
@@ -58,6 +63,7 @@ messageSets:
           - {segment: AAA}
           - {segment: BBB}
           - {segment: CCC, maxRepeats: 0}
+          - {segment: FIL}
 )";
 
 class SegmentTextCheckTest : public ::testing::Test {
@@ -104,6 +110,18 @@ TEST_F(SegmentTextCheckTest, OnlyTextsTheFieldsWouldGiveAgainGoOutAsRead) {
       {"AAA", "AAA|1|X~Y~Z|C\r", true, nullptr},          // repeats beyond the maximum, kept
       {"AAA", "AAA|1|X^K^A^Z|C\r", false, "AAA|1|X^K^A|C\r"},  // a component the composite hasn't
       {"BBB", "BBB|0042|t\r", false, "BBB|42|t\r"},       // a field whose zeros are taken off
+      // Values filled to a width, which the read takes the filler off
+      {"FIL", "FIL|AB  |  7|XY\r", true, nullptr},
+      {"FIL", "FIL|ABCDE|1234|XYZ\r", true, nullptr},     // longer than the width
+      {"FIL", "FIL|ABCD|  7|  \r", true, nullptr},        // a required field of filler, its default filled
+      {"FIL", "FIL||  7|XY\r", true, nullptr},            // an empty field is no value to fill
+      {"FIL", "FIL|AB|  7|XY\r", false, "FIL|AB  |  7|XY\r"},     // short of the width
+      {"FIL", "FIL|AB   |  7|XY\r", false, "FIL|AB  |  7|XY\r"},  // more filler than the width
+      {"FIL", "FIL|AB  C|7  |XY\r", true, nullptr},       // filler inside or on the other side is data
+      {"FIL", "FIL|ABCD|  77 |XY\r", false, "FIL|ABCD|77 |XY\r"},
+      {"FIL", "FIL|ABCD| 7|XY\r", false, "FIL|ABCD|  7|XY\r"},
+      {"FIL", "FIL|    |  7|XY\r", false, "FIL||  7|XY\r"},       // filler alone is an empty value
+      {"FIL", "FIL|ABCD|  7|   \r", false, "FIL|ABCD|  7|  \r"},  // more filler than its default fills
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
@@ -210,6 +228,26 @@ messageSets:
       - name: K
         type: K
         items: [{segment: KEY, required: true}, {segment: VAL, maxRepeats: 0}]
+  - name: X
+    trimSegments: true
+    separators:
+      segment: {value: "~", style: terminator, fromField: IHD, position: -1}
+      field1: {value: '*', style: initiator, fromField: IHD, position: 1}
+      field2: {value: ':', fromField: IHD.3, position: 0}
+    segments:
+      - name: IHD
+        fields:
+          - {name: Sender, required: true, minLength: 5, maxLength: 8, alignment: leftMin}
+          - {name: Secret, required: true, minLength: 4, maxLength: 4, alignment: leftMin, default: '    '}
+          - {name: Component, required: true, minLength: 1, maxLength: 1}
+      - name: ROW
+        fields: [{name: Value, composite: Pair}, {name: Note}]
+    composites:
+      - name: Pair
+        fields: [{name: A}, {name: B}]
+    messages:
+      - name: X
+        items: [{segment: IHD, required: true}, {segment: ROW, maxRepeats: 0}]
 )";
 
 TEST(SegmentTextCheckHeaderTest, AHeaderGoesOutAsReadOnlyWhereItsFieldsWouldGiveItsText) {
@@ -245,6 +283,32 @@ TEST(SegmentTextCheckHeaderTest, AHeaderGoesOutAsReadOnlyWhereItsFieldsWouldGive
 #endif
     // The separators the header settled are the message's still.
     EXPECT_EQ(narrow(message->getSeparatorValue(qxSepField2)), std::string(1, c.text[4]));
+  }
+}
+
+TEST(SegmentTextCheckHeaderTest, AHeaderThatEndsItsOwnSegmentGoesOutAsReadWithEveryField) {
+  // As X12's ISA: the header carries the segment separator too, so none is in force while it is
+  // written, and its fields are filled to their widths. Its read cuts every field, so only debug
+  // builds tell whether it went out as read; they hold every such write to a write of its fields.
+  MessageFactory factory;
+  compileAndLoad(factory, kHeaderDefinition);
+  const struct {
+    const char* text;
+    const char* written;  // null: the text as it was read
+  } cases[] = {
+      {"IHD*AB   *    *:~ROW*1:2*n~", nullptr},
+      {"IHD*ABCDEF*PASS*:~ROW*1~", nullptr},
+      {"IHD*AB   *    *!|ROW*1!2|", nullptr},                 // separators of its own
+      {"IHD*AB*    *:~ROW*1~", "IHD*AB   *    *:~ROW*1~"},     // short of its width
+      {"IHD*AB   *    *:~ROW*1:~", "IHD*AB   *    *:~ROW*1~"},  // the segment after it trims
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    std::unique_ptr<MessageElement> message = factory.Parse(wide(c.text).c_str());
+    ASSERT_NE(message, nullptr);
+    for (int write = 0; write < 2; ++write) {
+      EXPECT_EQ(narrow(message->getEncodedValue()), c.written ? c.written : c.text);
+    }
   }
 }
 
