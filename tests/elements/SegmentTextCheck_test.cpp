@@ -185,9 +185,9 @@ TEST_F(SegmentTextCheckTest, AWholeMessageWritesItsUntouchedSegmentsAsRead) {
   EXPECT_EQ(narrow(message->getEncodedValue()), "MSH|M\rAAA|1|X^^A&B|C\rBBB|7\rCCC|1|kg\rCCC|2\rCCC|3|mg\r");
 }
 
-
 // A header that carries the separators of its message, as HL7's MSH does, in a set that trims its
-// segments, and a set that keeps their empty fields.
+// segments; a set that keeps their empty fields; and a header that carries the segment separator
+// too, as X12's ISA does.
 const char* const kHeaderDefinition = R"(
 messageSets:
   - name: H
