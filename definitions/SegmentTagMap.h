@@ -57,6 +57,21 @@ class SegmentTagMap {
     }
   };
   std::unordered_map<std::u16string_view, const Entry*, TagHash> byTag;
+  // The lengths again, longest first, for matchStream to walk without a tree.
+  std::vector<size_t> lengthOrder;
+  // Tags of up to four characters, their characters packed in one number, in an open-addressed
+  // table per length: the tags of the usual standards, looked up without hashing a string.
+  static constexpr size_t kPackedLength = 4;
+  struct Packed {
+    uint64_t key = 0;
+    const Entry* entry = nullptr;
+  };
+  std::vector<Packed> packed[kPackedLength + 1];
+  size_t packedCount[kPackedLength + 1] = {};
+  static uint64_t pack(const char16_t* tag, size_t length);
+  static size_t slotOf(uint64_t key, size_t capacity);
+  void addPacked(uint64_t key, size_t length, const Entry* entry);
+  const Entry* findPacked(const char16_t* tag, size_t length) const;
 };
 
 }  // namespace vantrelia

@@ -64,13 +64,14 @@ std::shared_ptr<SeparatorList> newList(const MessageSetDefn& set, std::shared_pt
 
 class Reader {
  public:
-  Reader(ParseContext& context, ParserStream& stream, ValidationLocation& location)
+  Reader(ParseContext& context, ParserStream& stream, ValidationLocation& location, SegmentMatch& match)
       : context(context), stream(stream), location(location),
         sets(context.warehouse.getMessageSets()),
-        setCount(static_cast<int32_t>(sets.size())) {}
+        setCount(static_cast<int32_t>(sets.size())), match(match) {}
 
-  SegmentMatch read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* states,
-                    const StateTable* relaxedStates);
+  void read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* states,
+            const StateTable* relaxedStates);
+  void readPlain(const SegmentDefn& segment);
 
  private:
   int32_t rotated(int32_t start, int32_t turn) const { return (start + turn) % setCount; }
@@ -114,7 +115,7 @@ class Reader {
   ValidationLocation& location;
   const std::vector<std::unique_ptr<MessageSetDefn>>& sets;
   const int32_t setCount;
-  SegmentMatch match;
+  SegmentMatch& match;
   // The context's setIndex when the read began.
   int32_t startSet = -1;
   const std::vector<int32_t>* currentStates = nullptr;
@@ -399,8 +400,8 @@ void Reader::nothingFits() {
   skipText(true);
 }
 
-SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* states,
-                          const StateTable* relaxedStates) {
+void Reader::read(const std::vector<const SegmentDefn*>* expected, const std::vector<int32_t>* states,
+                  const StateTable* relaxedStates) {
   currentStates = states;
   relaxedTable = relaxedStates;
   match.segmentNumber = context.segmentCount++;
@@ -409,9 +410,9 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   skipGroupInitiator();
   if (expected && expected->empty() && context.warehouse.getSettings().ignoreGenericSegments) {
     match.endKind = SegmentMatch::kEndMessage;
-    return std::move(match);
+    return;
   }
-  if (setCount == 0) return std::move(match);
+  if (setCount == 0) return;
 
   // A header segment at the very start names its set.
   if (startSet == -1) {
@@ -423,7 +424,7 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
       SegmentReader::selectSeparators(context, entry->front(), match);
       match.position = stream.savePosition();
       const SegmentDefn* first = headerItem(set(index), 0).getSegment();
-      if (first && attempt(first, false)) return std::move(match);
+      if (first && attempt(first, false)) return;
       context.setIndex = startSet;
     }
   }
@@ -444,24 +445,36 @@ SegmentMatch Reader::read(const std::vector<const SegmentDefn*>* expected, const
   }
   if (entry) {
     match.position = stream.savePosition();
-    if (workOnSet(tagged, *entry, startSet, expected)) return std::move(match);
+    if (workOnSet(tagged, *entry, startSet, expected)) return;
     if (order.empty()) order = setOrder();
     for (const int32_t index : order) {
       if (index == tagged || excluded(index)) continue;
       const Entry* other = tagEntry(index);
-      if (other && workOnSet(index, *other, startSet, expected)) return std::move(match);
+      if (other && workOnSet(index, *other, startSet, expected)) return;
     }
     // Every segment of the tag had a match list, and each refused the text.
     match.setIndex = startSet;
     SegmentReader::selectSeparators(context, nullptr, match);
     skipText(false);
-    return std::move(match);
+    return;
   }
 
   match.position = stream.savePosition();
-  if (tryUntagged(startSet, expected)) return std::move(match);
+  if (tryUntagged(startSet, expected)) return;
   nothingFits();
-  return std::move(match);
+}
+
+void Reader::readPlain(const SegmentDefn& segment) {
+  match.segmentNumber = context.segmentCount++;
+  match.remainingAtStart = stream.getRemaining();
+  match.setIndex = context.setIndex;
+  // What selectSeparators does for a segment of the set in force behind its headers.
+  match.newSeparators = false;
+  if (context.fixedSeparators) context.separators = context.fixedSeparators;
+  ++context.headerIndex;
+  match.separators = context.separators;
+  // Taken whatever its fields hold: the stream never goes back, and no position is kept.
+  attempt(&segment, true);
 }
 
 }  // namespace
@@ -483,8 +496,41 @@ SegmentMatch SegmentReader::readNextSegment(ParseContext& context, ParserStream&
                                             const std::vector<const SegmentDefn*>* expected,
                                             const std::vector<int32_t>* currentStates, const StateTable* relaxedTable,
                                             bool) {
-  Reader reader(context, stream, location);
-  return reader.read(expected, currentStates, relaxedTable);
+  SegmentMatch match;
+  Reader reader(context, stream, location, match);
+  reader.read(expected, currentStates, relaxedTable);
+  return match;
+}
+
+const SegmentDefn* SegmentReader::plainSegmentAt(const ParseContext& context, ParserStream& stream, int32_t setIndex) {
+  const auto& sets = context.warehouse.getMessageSets();
+  if (setIndex != context.setIndex || setIndex < 0 || setIndex >= static_cast<int32_t>(sets.size()) ||
+      !context.separators || context.excludedSets.count(setIndex)) {
+    return nullptr;
+  }
+  const MessageSetDefn& set = *sets[static_cast<size_t>(setIndex)];
+  const int32_t headers = headerCount(set);
+  if (context.headerIndex < headers || segmentSeparatorLeads(set)) return nullptr;
+  const SeparatorList& list = *context.separators;
+  if (list.isSeparatorActive(qxSepGroup) && (list.getSlot(qxSepGroup).flags() & SeparatorDefn::kInitiator)) {
+    return nullptr;
+  }
+  const Entry* entry = set.getTagMap().matchStream(stream);
+  if (!entry || entry->size() != 1) return nullptr;
+  const SegmentDefn* segment = entry->front();
+  if (hasMatchList(segment) || segment->getSet() != &set) return nullptr;
+  // A header's tag may open a new interchange or end the message: that is the full read's to say.
+  for (int32_t i = 0; i < headers; ++i) {
+    const SegmentDefn* header = headerItem(set, i).getSegment();
+    if (header && (header == segment || header->getTag() == segment->getTag())) return nullptr;
+  }
+  return segment;
+}
+
+void SegmentReader::readPlain(ParseContext& context, ParserStream& stream, ValidationLocation& location,
+                              const SegmentDefn& segment, SegmentMatch& match) {
+  Reader reader(context, stream, location, match);
+  reader.readPlain(segment);
 }
 
 void SegmentReader::selectSeparators(ParseContext& context, const SegmentDefn* segmentDefn, SegmentMatch& match) {

@@ -30,6 +30,15 @@ class SegmentReader {
                                       const std::vector<const SegmentDefn*>* expected,
                                       const std::vector<int32_t>* currentStates, const StateTable* relaxedTable,
                                       bool firstGenericOnly);
+  // The segment of set `setIndex` whose tag stands at the cursor, when reading it leaves nothing to
+  // choose: the set is in force with its headers behind it, nothing stands before the tag, and
+  // the tag names that one segment, which is no header's and has no match list. Whichever
+  // candidates the walk expects, the full read takes such a segment whatever its fields hold.
+  // Null otherwise.
+  static const SegmentDefn* plainSegmentAt(const ParseContext& context, ParserStream& stream, int32_t setIndex);
+  // Reads the segment that plainSegmentAt named into `match`, as readNextSegment would.
+  static void readPlain(ParseContext& context, ParserStream& stream, ValidationLocation& location,
+                        const SegmentDefn& segment, SegmentMatch& match);
   // Puts in force the separators of a segment of set `match.setIndex` (`segmentDefn` may be null):
   // a header seen again opens a new interchange, a set entered opens a nested list, a set returned
   // to takes its list back.

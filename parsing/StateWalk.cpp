@@ -114,9 +114,13 @@ bool StateWalk::walk(bool& ended) {
   while (!ended) {
     if (iterator == lookAhead.end() && stream.atEnd()) break;
     gatherCandidates();
+    bool readShort = false;
     if (iterator == lookAhead.end()) {
-      if (nextMessageBegins()) break;
-      readAhead();
+      readShort = readPlain();
+      if (!readShort) {
+        if (nextMessageBegins()) break;
+        readAhead();
+      }
     }
     SegmentMatch& match = *iterator;
     if (match.endKind & SegmentMatch::kEndMessage) ended = true;
@@ -130,7 +134,7 @@ bool StateWalk::walk(bool& ended) {
       continue;
     }
     const std::string_view name = element->getName();
-    auto range = rangeOf(name);
+    auto range = readShort && name == plainName ? plainRange : rangeOf(name);
     bool unexpectedCalled = false;
     if (range.first == range.second) {
       const int outcome = handleUnexpected();
@@ -240,6 +244,23 @@ void StateWalk::readAhead() {
   lookAhead.push_back(SegmentReader::readNextSegment(context, stream, location, &expectedNext, &standingStates,
                                                      &defn.getRelaxedStates(), false));
   iterator = std::prev(lookAhead.end());
+}
+
+bool StateWalk::readPlain() {
+  // Most segments of a message are of this kind: the walk stands in one state, which takes the
+  // segment, and the reader has nothing to choose. The full read would try the same segment first
+  // and take it; what it passes over on the way (the expected list, the other sets, the header
+  // checks that nextMessageBegins makes) is the time of a short segment.
+  if (!pending.empty()) return false;
+  const SegmentDefn* segment = SegmentReader::plainSegmentAt(context, stream, messageSetIndex);
+  if (!segment) return false;
+  // With no candidate at all the full read may end the message instead.
+  plainName = segment->getName().view();
+  plainRange = rangeOf(plainName);
+  if (plainRange.first == plainRange.second || !expectedSegmentOf(*plainRange.first->second)) return false;
+  SegmentReader::readPlain(context, stream, location, *segment, lookAhead.emplace_back());
+  iterator = std::prev(lookAhead.end());
+  return true;
 }
 
 bool StateWalk::nextMessageBegins() {

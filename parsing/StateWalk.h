@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -48,6 +49,8 @@ class StateWalk {
   bool walk(bool& ended);
   void gatherCandidates();
   void readAhead();
+  // Reads the segment at the cursor the short way when nothing is to be chosen; false otherwise.
+  bool readPlain();
   // Whether the text at the cursor surely opens the next message, so that the walk ends without
   // reading it (the next parse reads it once, instead of both).
   bool nextMessageBegins();
@@ -103,8 +106,13 @@ class StateWalk {
   std::vector<const SegmentDefn*> expectedNext;
   std::vector<int32_t> standingStates;
   std::vector<ParsePath> pending;
+  // The name of the segment readPlain read last, and its candidates.
+  std::string_view plainName;
+  std::pair<Candidates::const_iterator, Candidates::const_iterator> plainRange;
   int32_t currentState = 0;
-  std::vector<int32_t> currentPath{-1};
+  // The path of the current state, held by the definitions; {-1} before the first segment.
+  static constexpr int32_t kNoPath[] = {-1};
+  std::span<const int32_t> currentPath{kNoPath};
   InternalElement* currentElement = nullptr;
 };
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "definitions/SegmentDefn.h"
 #include "definitions/SegmentTagMap.h"
 #include "parsing/StringParserStream.h"
@@ -52,6 +55,38 @@ TEST(SegmentTagMapTest, MatchStreamTakesTheLongestTag) {
   const SegmentTagMap::Entry* entry = map.matchStream(part);
   ASSERT_NE(entry, nullptr);
   EXPECT_EQ(entry->front(), &ab);
+}
+
+TEST(SegmentTagMapTest, ManyTagsOfEveryLengthAreFoundAsAddedAndNoOthers) {
+  // Enough tags of each length that the short ones' tables grow several times and share slots.
+  std::vector<std::u16string> tags;
+  for (size_t length = 1; length <= 6; ++length) {
+    for (char16_t i = 0; i < 300; ++i) {
+      std::u16string tag(length, u'A');
+      tag.back() = static_cast<char16_t>(u'0' + i);
+      if (length > 1) tag.front() = static_cast<char16_t>(0xFF00 + i % 7);  // beyond one byte
+      tags.push_back(tag);
+    }
+  }
+  std::vector<SegmentDefn> segments(tags.size());
+  SegmentTagMap map;
+  for (size_t i = 0; i < tags.size(); ++i) map.add(tags[i], segments[i]);
+  for (size_t i = 0; i < tags.size(); ++i) {
+    SCOPED_TRACE(i);
+    // Behind each tag a character that makes no longer tag.
+    const std::u16string text = tags[i] + u'\x01';
+    StringParserStream stream(text);
+    const SegmentTagMap::Entry* entry = map.matchStream(stream);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->front(), &segments[i]);
+    EXPECT_EQ(map.lookup(tags[i]), entry);
+  }
+  // Texts that begin with no tag: characters no tag has there, and a long tag's prefix alone.
+  for (const std::u16string& text : {std::u16string(u"\u0001AAAAA"), std::u16string(u"\uFF07AA0"),
+                                     std::u16string(u"\uFF00B0"), std::u16string(u"\uFF00AAAA")}) {
+    StringParserStream stream(text);
+    EXPECT_EQ(map.matchStream(stream), nullptr) << std::string(text.begin(), text.end());
+  }
 }
 
 }  // namespace
