@@ -408,6 +408,65 @@ TEST(MessageParseWalkTest, AHeaderTagEndsTheMessageUnlessTheMessageExpectsIt) {
   }
 }
 
+// Segments of one tag, and a segment whose own match list may refuse its text.
+const char* const kTagChoiceDefinition = R"(
+messageSets:
+  - name: S
+    trimSegments: true
+    separators:
+      segment: {value: "~", style: terminator}
+      field1: {value: '*', style: initiator}
+    segments:
+      - {name: HD, fields: [{name: Kind}]}
+      - {name: B, fields: [{name: Text}]}
+      - {name: NOTE, tag: NT, fields: [{name: Text}]}
+      - {name: ANOTE, tag: NT, fields: [{name: Text}, {name: More}]}
+      - {name: QTY, fields: [{name: Amount}, {name: Unit}], matches: [{path: Unit, value: KG}]}
+      - {name: END, fields: [{name: Count}]}
+    messages:
+      - name: M
+        items:
+          - {segment: HD, required: true}
+          - {segment: B}
+          - {segment: ANOTE, maxRepeats: 0}
+          - {segment: NOTE}
+          - {segment: QTY}
+          - {segment: END, required: true}
+)";
+
+// Most segments are read without a choice: the tag names one segment, which the walk expects.
+// Where the tag names several, or the segment's match list may refuse it, the read must still
+// choose as it always did. (Behind the header the next segment is read in full anyway, so the
+// cases put B between.)
+TEST(MessageParseWalkTest, ATagOfSeveralSegmentsOrOneWithAMatchListIsChosenAsEver) {
+  MessageFactory factory;
+  compileAndLoad(factory, kTagChoiceDefinition);
+  struct Case {
+    const char* text;
+    std::vector<std::pair<const char*, const char*>> values;  // path, value
+    std::vector<int32_t> findings;
+  };
+  const Case cases[] = {
+      // Both segments of the tag are expected: ANOTE, first by name, takes the text, although
+      // NOTE comes first among the segments of the tag.
+      {"HD*x~B*1~NT*a*b~NT*c~QTY*5*KG~END*1~", {{"ANOTE[0]/More", "b"}, {"ANOTE[1]/Text", "c"}, {"QTY/Amount", "5"}}, {}},
+      // A QTY whose unit its match list refuses is no QTY: its text is skipped as unknown.
+      {"HD*x~B*1~QTY*5*LB~END*1~", {{"END/Count", "1"}, {"QTY/Amount", ""}}, {1003}},
+  };
+  for (const bool inFull : {false, true}) {
+    factory.SetOption(std::u16string(OptionUriPrefix) + u"/edi/cutFieldsWhenRead", Any::any(inFull));
+    for (const Case& c : cases) {
+      SCOPED_TRACE(std::string(c.text) + (inFull ? " read in full" : ""));
+      auto message = factory.Parse(wide(c.text).c_str());
+      ASSERT_NE(message, nullptr);
+      for (const auto& [path, expected] : c.values) EXPECT_EQ(valueAt(*message, path), expected) << path;
+      std::vector<int32_t> numbers;
+      for (const auto& finding : numberedFindingsOf(*message)) numbers.push_back(finding.first);
+      EXPECT_EQ(numbers, c.findings);
+    }
+  }
+}
+
 TEST(MessageParseWalkTest, SegmentsBehindARelaxedJumpFollowTheStrictTable) {
   MessageFactory factory;
   compileAndLoad(factory, kClaimDefinition);
