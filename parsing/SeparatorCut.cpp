@@ -10,17 +10,24 @@
 
 namespace vantrelia {
 
-SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
+SeparatorCut::SeparatorCut(SeparatorList& liveList, std::shared_ptr<const CutStops> stops)
+    : live(&liveList), scan(std::move(stops)) {}
+
+std::shared_ptr<const CutStops> SeparatorCut::stopsOf(const SeparatorList& liveList) {
+  auto made = std::make_shared<CutStops>();
+  bool& scannable = made->scannable;
+  char16_t& end = made->end;
+  std::u16string& stops = made->stops;
   const SeparatorImpl& segment = liveList.getSlot(qxSepSegment);
   const auto plain = [&](std::u16string_view text) { return text.empty() || text == segment.value; };
   scannable = segment.active && segment.value.size() == 1 && plain(segment.initiator()) && plain(segment.terminator());
-  if (!scannable) return;
+  if (!scannable) return made;
   end = segment.value.front();
   // A zero never matches in a stream's text, so a separator read as zero ends nothing there:
   // only reading the fields can tell where such a segment ends.
   if (end == u'\0') {
     scannable = false;
-    return;
+    return made;
   }
   // What may make the separator part of a value: a quote, which a value may open and run to its
   // closing one, and the first character of a replacement (an escape or a release).
@@ -33,7 +40,7 @@ SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
     const auto holdsEnd = [&](std::u16string_view text) { return text.find(end) != std::u16string_view::npos; };
     if (i != qxSepSegment && (holdsEnd(slot.value) || holdsEnd(slot.initiator()) || holdsEnd(slot.terminator()))) {
       scannable = false;
-      return;
+      return made;
     }
     if (!slot.replacementValue.empty()) hiding += slot.replacementValue.front();
     if (!slot.terminatorReplacement().empty()) hiding += slot.terminatorReplacement().front();
@@ -43,16 +50,19 @@ SeparatorCut::SeparatorCut(SeparatorList& liveList) : live(&liveList) {
   // A separator that itself opens a replacement can't be told from one without reading the value.
   if (hiding.find(end) != std::u16string::npos) {
     scannable = false;
-    return;
+    return made;
   }
   stops += end;
   for (const char16_t character : hiding) {
     if (stops.find(character) == std::u16string::npos) stops += character;
   }
+  return made;
 }
 
 int32_t SeparatorCut::scanFields(const char16_t* from, int32_t length) const {
-  if (!scannable) return -1;
+  if (!scan->scannable) return -1;
+  const std::u16string& stops = scan->stops;
+  const char16_t end = scan->end;
   int32_t i = 0;
 #if defined(__SSE2__)
   // A segment's fields hold none of the stops, most often: eight characters are compared with

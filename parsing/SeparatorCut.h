@@ -12,9 +12,20 @@ namespace vantrelia {
 
 class SeparatorList;
 
+// What a scan of a segment's fields stops at, worked out from a list's slots: the slots alone
+// decide it, so that lists with the same slots share it.
+struct CutStops {
+  bool scannable = false;
+  char16_t end = 0;
+  // The first stop decides, so the scan looks for any of them, eight characters at a time.
+  std::u16string stops;
+};
+
 class SeparatorCut {
  public:
-  explicit SeparatorCut(SeparatorList& live);
+  SeparatorCut(SeparatorList& live, std::shared_ptr<const CutStops> stops);
+  // The stops of a list's slots as they stand.
+  static std::shared_ptr<const CutStops> stopsOf(const SeparatorList& list);
   ~SeparatorCut();
   SeparatorCut(const SeparatorCut&) = delete;
   SeparatorCut& operator=(const SeparatorCut&) = delete;
@@ -52,11 +63,8 @@ class SeparatorCut {
   SeparatorList* live;
   std::unique_ptr<SeparatorList> copy;
   bool busy = false;
-  // What the scan stops at, taken from the live list when the cut is made: the first stop decides,
-  // so the scan looks for any of them, eight characters at a time.
-  bool scannable = false;
-  char16_t end = 0;
-  std::u16string stops;
+  // What the scan stops at, as the live list's slots stood when the cut was made.
+  std::shared_ptr<const CutStops> scan;
 };
 
 }  // namespace vantrelia

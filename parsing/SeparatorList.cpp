@@ -57,6 +57,7 @@ SeparatorList::SeparatorList(const SeparatorList& other)
   if (other.genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
   rebuildReplaceOrder();
   rebuildCharacterSets();
+  takeCutStops(other);
 }
 
 SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList* parent)
@@ -82,6 +83,7 @@ SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList
   takeCrlfEquivalent();
   // The same slots as the prototype's, and the same version while that holds.
   if (crlfEquivalent == prototype.crlfEquivalent) copiedVersion = slotsVersion = prototype.slotsVersion;
+  takeCutStops(prototype);
 }
 
 void SeparatorList::takeSettled(const SeparatorList& settled) {
@@ -103,6 +105,7 @@ void SeparatorList::takeSettled(const SeparatorList& settled) {
   slotsVersion = settled.slotsVersion;
   keptTrieKey = settled.keptTrieKey;
   keptTrieKeyVersion = settled.keptTrieKeyVersion;
+  takeCutStops(settled);
 }
 
 std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& set, const SeparatorList* parent) {
@@ -118,6 +121,7 @@ std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& 
   if (!prototype) {
     auto made = std::make_shared<SeparatorList>(set, set.isFixedWidth(), nullptr);
     made->reset(true, true, true);
+    made->workOutCutStops();
     warehouse->keepSeparatorPrototype(set, made);
     prototype = std::move(made);
   }
@@ -127,8 +131,28 @@ std::shared_ptr<SeparatorList> SeparatorList::startOfWire(const MessageSetDefn& 
 SeparatorList::~SeparatorList() { beforeSlotsChange(); }
 
 std::shared_ptr<SeparatorCut> SeparatorList::shareCut() {
-  if (!cut) cut = std::make_shared<SeparatorCut>(*this);
+  if (!cut) {
+    workOutCutStops();
+    cut = std::make_shared<SeparatorCut>(*this, cutStops);
+  }
   return cut;
+}
+
+void SeparatorList::workOutCutStops() {
+  if (cutStops && cutStopsVersion == slotsVersion && cutStopsCrlf == crlfEquivalent) return;
+  cutStops = SeparatorCut::stopsOf(*this);
+  cutStopsVersion = slotsVersion;
+  cutStopsCrlf = crlfEquivalent;
+}
+
+void SeparatorList::takeCutStops(const SeparatorList& other) {
+  if (!other.cutStops || other.cutStopsVersion != other.slotsVersion || other.cutStopsCrlf != other.crlfEquivalent ||
+      crlfEquivalent != other.crlfEquivalent) {
+    return;
+  }
+  cutStops = other.cutStops;
+  cutStopsVersion = slotsVersion;
+  cutStopsCrlf = crlfEquivalent;
 }
 
 void SeparatorList::keepCut() {
@@ -262,10 +286,12 @@ bool SeparatorList::atBaseLevels() const {
 void SeparatorList::takeCrlfEquivalent() {
   const MessageWarehouseDefn* warehouse = messageSet->getWarehouse();
   crlfEquivalent = warehouse && warehouse->getSettings().replaceCRLFWithSegmentSeparator ? qxSepSegment : -1;
-  const SeparatorImpl& crlf = slots[qxSepCrlf];
+  // Read only: the slots may stay shared.
+  const SharedSlots& shown = slots;
+  const SeparatorImpl& crlf = shown[qxSepCrlf];
   if (crlf.known && !crlf.value.empty()) {
     for (int32_t i = 0; i < qxSepCrlf; ++i) {
-      if (slots[static_cast<size_t>(i)].value == crlf.value) {
+      if (shown[static_cast<size_t>(i)].value == crlf.value) {
         crlfEquivalent = i;
         break;
       }

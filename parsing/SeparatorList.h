@@ -30,6 +30,7 @@
 #include "parsing/ParserStream.h"
 #include "parsing/SeparatorImpl.h"
 #include "parsing/SeparatorTrieNode.h"
+#include "parsing/SharedSlots.h"
 #include "validation/SeverityTable.h"
 
 namespace vantrelia {
@@ -40,6 +41,7 @@ class MessageSetDefn;
 class PrimitiveTypeDefn;
 class SegmentDefn;
 class SeparatorCut;
+struct CutStops;
 class SeparatorSlotIndex;
 struct ParserToken;
 
@@ -104,7 +106,8 @@ class SeparatorList {
   // Takes the slots, the levels and what is worked out from the slots from a list that was this
   // list's copy once and read a header since: the state that read would bring this list to.
   void takeSettled(const SeparatorList& settled);
-  // Works out the trie key of the slots as they stand, for takeSettled to hand on.
+  // Works out the trie key and the cut stops of the slots as they stand, for takeSettled to hand
+  // on.
   void keepTrieKey();
   // Whether a read that meets c may look at the characters behind it: some sequence of more than
   // one character begins with c, now or, for the replacements, as the definition writes them.
@@ -315,7 +318,7 @@ class SeparatorList {
                                                bool warningsWanted) const;
 
  private:
-  using Slots = std::array<SeparatorImpl, kSeparatorSlots>;
+  using Slots = SharedSlots::Slots;
   struct ReplaceEntry {
     int32_t index;
     bool isTerminator;
@@ -453,7 +456,7 @@ class SeparatorList {
   bool checkOutputTail = false;
   const SeparatorList* parent;
   std::shared_ptr<const SeparatorList> parentHold;
-  Slots slots;
+  SharedSlots slots;
   // What restoreForItem saved; until then the slots as the definition gives them. Made only when
   // needed: most lists never save, and every message parsed makes a list.
   std::unique_ptr<Slots> savedSlots;
@@ -496,6 +499,15 @@ class SeparatorList {
   SeverityTable errorSettings;
   // Shared with the segments read under the slots as they stand; not copied with the list.
   std::shared_ptr<SeparatorCut> cut;
+  // What a cut scans for, worked out for the slots of cutStopsVersion: copied with the list, since
+  // every message's list would work out the same.
+  std::shared_ptr<const CutStops> cutStops;
+  uint64_t cutStopsVersion = 0;
+  int32_t cutStopsCrlf = -1;
+  // Takes other's cut stops when they are those of its slots as they stand, the same as this
+  // list's.
+  void takeCutStops(const SeparatorList& other);
+  void workOutCutStops();
   // Shared by every list copied from this one: the slot definitions are the set's.
   std::shared_ptr<SeparatorSlotIndex> slotIndex;
   // Bit N set when slot N is read from a position in a header field: the slots mayTakeFromField

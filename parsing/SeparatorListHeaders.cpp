@@ -273,7 +273,7 @@ bool SeparatorList::settleAsRead(std::string_view segmentName, const SeparatorLi
       return false;
     }
   }
-  const Slots before = slots;
+  const SharedSlots before = slots;
   markKnownForPath(segmentName);
   if (sameSlotsAs(read) && !variablePending) return true;
   beforeSlotsChange();
@@ -315,9 +315,9 @@ void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
 void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_view name) {
   beforeSlotsChange();
   if (savedSlots) {
-    *savedSlots = slots;
+    *savedSlots = slots.get();
   } else {
-    savedSlots = std::make_unique<Slots>(slots);
+    savedSlots = std::make_unique<Slots>(slots.get());
   }
   for (SeparatorImpl& slot : slots) {
     if (slot.flags() & SeparatorDefn::kFromField) slot.known = false;

@@ -99,6 +99,7 @@ std::u16string SeparatorList::trieKey() const {
 void SeparatorList::keepTrieKey() {
   keptTrieKey = trieKey();
   keptTrieKeyVersion = slotsVersion;
+  workOutCutStops();
 }
 
 bool SeparatorList::beginsLongerSequence(char16_t c) const {

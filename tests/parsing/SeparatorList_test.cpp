@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -23,6 +24,7 @@
 #include "foundation/BadParameter.h"
 #include "parsing/ParserToken.h"
 #include "parsing/ParsingMessages.h"
+#include "parsing/SeparatorCut.h"
 #include "parsing/StringParserStream.h"
 
 namespace vantrelia {
@@ -738,6 +740,65 @@ TEST(SeparatorListTest, WireHeaderNestedReadAndWrite) {
   list.writeSeparator(SeparatorList::kWriteSeparator, qxSepField2);
   list.writeData(u"Y");
   EXPECT_EQ(list.getOutput(), u"PID|1\rX*Y") << "writing uses the separators of the message";
+}
+
+// Lists made for messages of one set share their slots until one of them changes its own: each
+// change stays with the list that made it, whichever way the lists came by their slots, and a cut
+// scans for the separators of its own list.
+TEST(SeparatorListTest, ListsThatShareSlotsChangeOnlyTheirOwn) {
+  Hl7Set hl7;
+  struct Slot {
+    std::u16string value;
+    bool known;
+    bool active;
+    bool operator==(const Slot&) const = default;
+  };
+  const auto slotsOf = [](const SeparatorList& list) {
+    std::vector<Slot> slots;
+    for (int32_t i = 0; i < SeparatorList::kSeparatorSlots; ++i) {
+      const SeparatorImpl& slot = list.getSlot(i);
+      slots.push_back({slot.value, slot.known, slot.active});
+    }
+    return slots;
+  };
+  struct Change {
+    const char* what;
+    std::function<void(SeparatorList&)> make;
+  };
+  const Change changes[] = {
+      {"a value set", [](SeparatorList& list) { list.setSeparatorValue(qxSepSegment, u"\n"); }},
+      {"a slot settled", [](SeparatorList& list) { list.setKnown(qxSepField2, true); }},
+      {"a header read", [](SeparatorList& list) {
+         StringParserStream stream(u"*#%|rest", -1);
+         list.readFromStream(FieldPathDefn::parse("MSH/Encoding"), stream);
+       }},
+      {"a reset to the definition", [](SeparatorList& list) { list.reset(false, true, true); }},
+  };
+  const std::vector<Slot> defined = slotsOf(*SeparatorList::startOfWire(hl7.set(), nullptr));
+  for (const Change& change : changes) {
+    SCOPED_TRACE(change.what);
+    auto first = SeparatorList::startOfWire(hl7.set(), nullptr);
+    auto second = SeparatorList::startOfWire(hl7.set(), nullptr);
+    SeparatorList copy(*first);
+    auto settled = SeparatorList::startOfWire(hl7.set(), nullptr);
+    settled->takeSettled(copy);
+    for (SeparatorList* changed : {second.get(), &copy, settled.get()}) change.make(*changed);
+    // The change took: each changed list holds the same slots, and they are not the definition's.
+    EXPECT_NE(slotsOf(*second), defined);
+    EXPECT_EQ(slotsOf(copy), slotsOf(*second));
+    EXPECT_EQ(slotsOf(*settled), slotsOf(*second));
+    // And went nowhere else: not to the list they came from, nor to the set's next list.
+    EXPECT_EQ(slotsOf(*first), defined);
+    EXPECT_EQ(slotsOf(*SeparatorList::startOfWire(hl7.set(), nullptr)), defined);
+  }
+  // A cut scans up to the segment separator of its own list.
+  auto carriageReturn = SeparatorList::startOfWire(hl7.set(), nullptr);
+  auto lineFeed = SeparatorList::startOfWire(hl7.set(), nullptr);
+  carriageReturn->shareCut();
+  lineFeed->setSeparatorValue(qxSepSegment, u"\n");
+  const std::u16string text = u"ab\ncd\r";
+  EXPECT_EQ(carriageReturn->shareCut()->scanFields(text.data(), static_cast<int32_t>(text.size())), 5);
+  EXPECT_EQ(lineFeed->shareCut()->scanFields(text.data(), static_cast<int32_t>(text.size())), 2);
 }
 
 TEST(SeparatorListTest, CopyKeepsStateAndRebuildsTrie) {
