@@ -286,12 +286,10 @@ bool SeparatorList::atBaseLevels() const {
 void SeparatorList::takeCrlfEquivalent() {
   const MessageWarehouseDefn* warehouse = messageSet->getWarehouse();
   crlfEquivalent = warehouse && warehouse->getSettings().replaceCRLFWithSegmentSeparator ? qxSepSegment : -1;
-  // Read only: the slots may stay shared.
-  const SharedSlots& shown = slots;
-  const SeparatorImpl& crlf = shown[qxSepCrlf];
+  const SeparatorImpl& crlf = slots[qxSepCrlf];
   if (crlf.known && !crlf.value.empty()) {
     for (int32_t i = 0; i < qxSepCrlf; ++i) {
-      if (shown[static_cast<size_t>(i)].value == crlf.value) {
+      if (slots[static_cast<size_t>(i)].value == crlf.value) {
         crlfEquivalent = i;
         break;
       }

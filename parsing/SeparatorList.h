@@ -30,7 +30,6 @@
 #include "parsing/ParserStream.h"
 #include "parsing/SeparatorImpl.h"
 #include "parsing/SeparatorTrieNode.h"
-#include "parsing/SharedSlots.h"
 #include "validation/SeverityTable.h"
 
 namespace vantrelia {
@@ -318,7 +317,7 @@ class SeparatorList {
                                                bool warningsWanted) const;
 
  private:
-  using Slots = SharedSlots::Slots;
+  using Slots = std::array<SeparatorImpl, kSeparatorSlots>;
   struct ReplaceEntry {
     int32_t index;
     bool isTerminator;
@@ -456,7 +455,7 @@ class SeparatorList {
   bool checkOutputTail = false;
   const SeparatorList* parent;
   std::shared_ptr<const SeparatorList> parentHold;
-  SharedSlots slots;
+  Slots slots;
   // What restoreForItem saved; until then the slots as the definition gives them. Made only when
   // needed: most lists never save, and every message parsed makes a list.
   std::unique_ptr<Slots> savedSlots;

@@ -150,7 +150,7 @@ std::u16string SeparatorList::translateChanged(std::u16string_view text) const {
   result.reserve(text.size());
   const auto defaultText = [this](const SeparatorImpl& slot) { return settledDefinition(slot); };
   for (size_t at = 0; at < text.size();) {
-    if (!putSlotValueAt(slots.get(), text, at, result, defaultText)) result += text[at++];
+    if (!putSlotValueAt(slots, text, at, result, defaultText)) result += text[at++];
   }
   return result;
 }
@@ -307,7 +307,7 @@ std::u16string SeparatorList::decodeValue(std::u16string_view text, int32_t fiel
         continue;
       }
     }
-    if (!putSlotValueAt(slots.get(), text, at, result, replacementText)) result += text[at++];
+    if (!putSlotValueAt(slots, text, at, result, replacementText)) result += text[at++];
   }
   return result;
 }

@@ -273,7 +273,7 @@ bool SeparatorList::settleAsRead(std::string_view segmentName, const SeparatorLi
       return false;
     }
   }
-  const SharedSlots before = slots;
+  const Slots before = slots;
   markKnownForPath(segmentName);
   if (sameSlotsAs(read) && !variablePending) return true;
   beforeSlotsChange();
@@ -315,9 +315,9 @@ void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
 void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_view name) {
   beforeSlotsChange();
   if (savedSlots) {
-    *savedSlots = slots.get();
+    *savedSlots = slots;
   } else {
-    savedSlots = std::make_unique<Slots>(slots.get());
+    savedSlots = std::make_unique<Slots>(slots);
   }
   for (SeparatorImpl& slot : slots) {
     if (slot.flags() & SeparatorDefn::kFromField) slot.known = false;

@@ -742,10 +742,11 @@ TEST(SeparatorListTest, WireHeaderNestedReadAndWrite) {
   EXPECT_EQ(list.getOutput(), u"PID|1\rX*Y") << "writing uses the separators of the message";
 }
 
-// Lists made for messages of one set share their slots until one of them changes its own: each
-// change stays with the list that made it, whichever way the lists came by their slots, and a cut
-// scans for the separators of its own list.
-TEST(SeparatorListTest, ListsThatShareSlotsChangeOnlyTheirOwn) {
+// Lists made for messages of one set change only their own slots: each change stays with the list
+// that made it, whichever way the lists came by their slots (from the set, by copy, or settled by
+// another), and a cut scans for the separators of its own list, though lists hand on what a cut
+// scans for with their slots.
+TEST(SeparatorListTest, ListsOfOneSetChangeOnlyTheirOwnSlots) {
   Hl7Set hl7;
   struct Slot {
     std::u16string value;
