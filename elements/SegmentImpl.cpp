@@ -80,10 +80,33 @@ bool SegmentImpl::parseSegmentFields(ParserStream& stream, RecordedErrors& error
 
 bool SegmentImpl::readFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                              ValidationLocation& location) {
+  std::optional<QuickUncut> quick;
+  if (mayLeaveUncut) quick = planQuickUncut(stream);
+#if defined(NDEBUG) && !defined(VANTRELIA_CHECK_FAST_PATHS)
+  if (quick) {
+    takeQuickUncut(std::move(*quick), stream, status);
+    return true;
+  }
+#endif
   bool lastFieldFilled = true;
   uint32_t endMask = 0;
+  const char16_t* const start = stream.getCursor();
   if (!beginSegmentParse(stream, status, lastFieldFilled, endMask)) return false;
-  if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location, 0, lastFieldFilled)) return true;
+  if (mayLeaveUncut && leaveFieldsUncut(stream, endMask, status, errors, location, 0, lastFieldFilled)) {
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+    // Debug and fuzz builds read in full, and hold the plan to what that read did.
+    if (quick && (stream.getCursor() - start != quick->taken || status != quick->status || uncutFrom != 0 ||
+                  uncutLastFilled != quick->lastFieldFilled || uncutOffset != quick->fieldsAt ||
+                  uncut != quick->cut || !separators->atBaseLevels())) {
+      throw std::logic_error("a segment left uncut at once reads otherwise than its opening and its scan");
+    }
+#endif
+    return true;
+  }
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  if (quick) throw std::logic_error("a segment left uncut at once reads otherwise than its opening and its scan");
+#endif
+  (void)start;
   return parseFieldsFrom(0, stream, errors, status, location, endMask, lastFieldFilled);
 }
 

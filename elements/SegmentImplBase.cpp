@@ -459,6 +459,16 @@ std::u16string SegmentImplBase::getEncodedValueNoTouch() {
 
 namespace {
 
+// How many characters `text` takes at `at` as a stream's consume compares it (up to a zero in it),
+// or -1 when the characters there don't begin with it.
+int32_t matchedAt(const char16_t* at, const char16_t* end, std::u16string_view text) {
+  size_t length = 0;
+  for (; length < text.size() && text[length] != u'\0'; ++length) {
+    if (at + length >= end || at[length] != text[length]) return -1;
+  }
+  return static_cast<int32_t>(length);
+}
+
 // Whether a value of the field is cut at separators alone, so that no segment separator can stand
 // inside it: no binary lengths, quotes, or separators allowed in data. Escape marks may stand in
 // it: a separator ends a field between them too, and the scan that leaves fields uncut stops at
@@ -540,6 +550,52 @@ bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, u
   uncutLastFilled = lastFieldFilled;
   uncutOffset = static_cast<int32_t>(cursor - sourceText->data());
   return true;
+}
+
+std::optional<SegmentImplBase::QuickUncut> SegmentImplBase::planQuickUncut(ParserStream& stream) {
+  SeparatorList& list = *separators;
+  // The opening and the end read no more than the tag, an initiator and the segment separator.
+  if (!list.readsSegmentsPlainly() || usesGenericParsing() || !endsAtSeparator()) return std::nullopt;
+  const char16_t* const start = stream.getCursor();
+  const int32_t remaining = stream.getWholeRemaining();
+  if (!start || remaining <= 0 || !isInSourceText(std::u16string_view(start, static_cast<size_t>(remaining)))) {
+    return std::nullopt;
+  }
+  const char16_t* const end = start + remaining;
+  const int32_t tag = matchedAt(start, end, segmentDefn->getTag().view());
+  if (tag <= 0) return std::nullopt;
+  const char16_t* fields = start + tag;
+  QuickUncut quick;
+  if (separatorFlags(list, fieldSeparator) & SeparatorDefn::kInitiator) {
+    const int32_t initiator = matchedAt(fields, end, list.getSlot(fieldSeparator).initiator());
+    if (initiator >= 0) {
+      fields += initiator;
+      quick.lastFieldFilled = false;
+    }
+  }
+  quick.cut = list.shareCut();
+  const int32_t length = quick.cut->scanFields(fields, static_cast<int32_t>(end - fields));
+  if (length < 0) return std::nullopt;
+  const char16_t* behind = fields + length;
+  const int32_t separator = matchedAt(behind, end, list.getSeparatorValue(qxSepSegment));
+  if (separator >= 0) {
+    behind += separator;
+    quick.status = 1;
+  }
+  quick.taken = static_cast<int32_t>(behind - start);
+  quick.fieldsAt = static_cast<int32_t>(fields - sourceText->data());
+  return quick;
+}
+
+void SegmentImplBase::takeQuickUncut(QuickUncut&& quick, ParserStream& stream, uint32_t& status) {
+  ParserToken taken;
+  taken.useView = true;
+  stream.readChars(quick.taken, taken);
+  status = quick.status;
+  uncut = std::move(quick.cut);
+  uncutFrom = 0;
+  uncutLastFilled = quick.lastFieldFilled;
+  uncutOffset = quick.fieldsAt;
 }
 
 std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::string_view path) const {

@@ -200,6 +200,20 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   // already (those of a header that carry the separators the rest is read with).
   bool leaveFieldsUncut(ParserStream& stream, uint32_t endMask, uint32_t& status, RecordedErrors& errors,
                         ValidationLocation& location, int firstField = 0, bool lastFieldFilled = true);
+  // What a read of the segment's opening that leaves every field uncut would come to, worked out
+  // from the text at the cursor without moving the stream: the most common read, where the list
+  // stands at its base levels with nothing to settle and only the segment separator ends the
+  // segment. None where that read might go otherwise (those segments take the full read).
+  struct QuickUncut {
+    int32_t taken = 0;          // characters of the segment, its separator included
+    uint32_t status = 0;        // as finishSegmentParse leaves it
+    bool lastFieldFilled = true;
+    int32_t fieldsAt = 0;       // where the fields begin in sourceText
+    std::shared_ptr<SeparatorCut> cut;
+  };
+  std::optional<QuickUncut> planQuickUncut(ParserStream& stream);
+  // Takes the read that planQuickUncut worked out.
+  void takeQuickUncut(QuickUncut&& quick, ParserStream& stream, uint32_t& status);
   // Pushes the level of the fields, telling in `endMask` which of message (1), group (2) and
   // segment (4) separators may end the segment.
   void pushFieldLevel(uint32_t& endMask);

@@ -278,6 +278,14 @@ void SeparatorList::resetLevels() {
   if (genericTrie) genericTrie = std::make_unique<SeparatorTrieNode>();
 }
 
+void SeparatorList::workOutPlainSegments() const {
+  const auto inUse = [this](ESeparatorType index) { return slots[index].active && !slots[index].value.empty(); };
+  const SeparatorDefn* segment = slots[qxSepSegment].defn;
+  plainSegments = !variablePending && crlfEquivalent < 0 && !inUse(qxSepMessage) && !inUse(qxSepGroup) &&
+                  inUse(qxSepSegment) && !(segment && (segment->getFlags() & SeparatorDefn::kInitiator));
+  plainSegmentsVersion = slotsVersion;
+}
+
 bool SeparatorList::atBaseLevels() const {
   return std::equal(levels.begin(), levels.end(), std::begin(kBaseLevels), std::end(kBaseLevels)) &&
          specialStrings.empty() && stackSaver.empty();

@@ -92,6 +92,15 @@ class SeparatorList {
   // Back to the three levels a message starts with, nothing pushed.
   void resetLevels();
   bool atBaseLevels() const;
+  // At the three levels a message starts with, nothing pending, no line end standing for a
+  // separator, and of those levels the segment separator alone in force, without an initiator:
+  // where a segment's opening and end take no more than their own texts. Asked for every segment
+  // read, so the part the slots decide is kept until they change.
+  bool readsSegmentsPlainly() const {
+    if (plainSegmentsVersion != slotsVersion) [[unlikely]] workOutPlainSegments();
+    return plainSegments && levels.size() == 3 && levels[0] == qxSepMessage && levels[1] == qxSepGroup &&
+           levels[2] == qxSepSegment && specialStrings.empty() && stackSaver.empty();
+  }
   // What segments whose fields are left uncut hold on to: the separators they were read with,
   // kept as they stand now even when this list changes or goes.
   std::shared_ptr<SeparatorCut> shareCut();
@@ -498,6 +507,10 @@ class SeparatorList {
   SeverityTable errorSettings;
   // Shared with the segments read under the slots as they stand; not copied with the list.
   std::shared_ptr<SeparatorCut> cut;
+  // The part of readsSegmentsPlainly the slots decide, for the slots of plainSegmentsVersion.
+  mutable uint64_t plainSegmentsVersion = 0;
+  mutable bool plainSegments = false;
+  void workOutPlainSegments() const;
   // What a cut scans for, worked out for the slots of cutStopsVersion: copied with the list, since
   // every message's list would work out the same.
   std::shared_ptr<const CutStops> cutStops;
