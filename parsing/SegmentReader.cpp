@@ -510,7 +510,9 @@ const SegmentDefn* SegmentReader::plainSegmentAt(const ParseContext& context, Pa
   }
   const MessageSetDefn& set = *sets[static_cast<size_t>(setIndex)];
   const int32_t headers = headerCount(set);
-  if (context.headerIndex < headers || segmentSeparatorLeads(set)) return nullptr;
+  // Behind the last header (or one further), selecting separators for a segment that is no header
+  // moves the count on and settles no header's defaults: the full read would do no more.
+  if (context.headerIndex + 1 < headers || segmentSeparatorLeads(set)) return nullptr;
   const SeparatorList& list = *context.separators;
   if (list.isSeparatorActive(qxSepGroup) && (list.getSlot(qxSepGroup).flags() & SeparatorDefn::kInitiator)) {
     return nullptr;
