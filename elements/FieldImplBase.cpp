@@ -206,10 +206,10 @@ void FieldImplBase::setNull() {
   valueChanged();
 }
 
-std::u16string FieldImplBase::nullText() {
+std::u16string_view FieldImplBase::nullText() {
   SeparatorList* list = getSeparatorList();
   if (!list || !list->isInUse(qxSepNull)) return {};
-  return std::u16string(list->getSeparatorValue(qxSepNull));
+  return list->getSeparatorValue(qxSepNull);
 }
 
 void FieldImplBase::setValue(std::u16string_view text) {
@@ -267,8 +267,8 @@ void FieldImplBase::normalizeFormatted() {
 
 std::u16string FieldImplBase::currentValue() {
   if (getFlag(kNull)) {
-    const std::u16string text = nullText();
-    if (!text.empty()) return text;
+    const std::u16string_view text = nullText();
+    if (!text.empty()) return std::u16string(text);
   }
   const MessageSetDefn* set = getMessageSetDefn();
   const bool raw = FactorySettings::hasFlag(set, kRawValuesFlag);
@@ -298,8 +298,8 @@ std::u16string FieldImplBase::getValue() { return currentValue(); }
 
 std::u16string FieldImplBase::getEncodedValueNoTouch() {
   if (getFlag(kNull)) {
-    const std::u16string text = nullText();
-    if (!text.empty()) return text;
+    const std::u16string_view text = nullText();
+    if (!text.empty()) return std::u16string(text);
   }
   if (isBinaryField()) return binaryValue ? bytesAsUnits(*binaryValue) : std::u16string();
   return value.str();
@@ -341,7 +341,7 @@ bool FieldImplBase::parseElement(ParserStream& stream, RecordedErrors&, uint32_t
 
 void FieldImplBase::readValue(std::u16string_view token, bool stable) {
   SeparatorList* list = getSeparatorList();
-  const std::u16string nullMarker = nullText();
+  const std::u16string_view nullMarker = nullText();
   if (!nullMarker.empty() && token == nullMarker) {
     // Reading marks nothing changed: the null value is taken as it stands.
     value.clear();
@@ -420,9 +420,11 @@ void FieldImplBase::trimForAlignment(SeparatorList* list) {
   if (filler.empty()) return;
   const char16_t fill = filler.front();
   if (effective == qxLeftMin || effective == qxLeftMax) {
+    if (text.empty() || text.back() != fill) return;
     const size_t last = text.find_last_not_of(fill);
     value.narrow(0, last == std::u16string_view::npos ? 0 : last + 1);
   } else if (effective == qxRightMin || effective == qxRightMax) {
+    if (text.empty() || text.front() != fill) return;
     const size_t first = text.find_first_not_of(fill);
     if (first == std::u16string_view::npos) {
       value.clear();

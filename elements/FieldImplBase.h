@@ -91,7 +91,8 @@ class FieldImplBase : public FieldBase, public SeparatorField {
   // Done after every change by the host: the change marks and the notice to a variable type's key.
   void valueChanged();
   void copyValueInto(FieldImplBase& copy) const;
-  std::u16string nullText();
+  // The list's null marker, empty when it has none; valid while the list stands unchanged.
+  std::u16string_view nullText();
 
   uint8_t measuring = 0;
   ESeparatorType fieldSeparator;

@@ -18,6 +18,7 @@ class MessageSetDefn;
 class ParserStream;
 class RecordedErrors;
 class SegmentElement;
+class SegmentGroupImpl;
 class SeparatorList;
 class ValidationErrorList;
 class ValidationLocation;
@@ -108,6 +109,9 @@ class InternalElement : public MessageElement {
   // Whether this node is a field, composite or repeat below a segment: a field's owner is the
   // first ancestor that isn't one.
   virtual bool isFieldNode() const { return false; }
+  // The node as a group of a message, or null: the parse asks it for every repeat it places a
+  // segment in, where a type lookup costs more than the rest of the question.
+  virtual SegmentGroupImpl* asGroup() { return nullptr; }
 
   // Null for the root of a tree. Not owned: the parent owns this node.
   InternalElement* parent;

@@ -47,6 +47,7 @@ class SegmentGroupImpl : public ItemListNode {
   SeparatorList* getSeparatorList() override { return separators; }
   const MessageSetDefn* getMessageSetDefn() override;
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;
+  SegmentGroupImpl* asGroup() override { return this; }
 
   const MessageItemDefn& getItemDefn() const { return *itemDefn; }
   bool isHidden() const;

@@ -12,7 +12,7 @@ bool BufferedParserStream::ensureAvailable(size_t count) {
          count <= static_cast<size_t>(remaining);
 }
 
-bool BufferedParserStream::startsWith(const std::u16string& text) {
+bool BufferedParserStream::startsWith(std::u16string_view text) {
   const size_t length = comparedLength(text);
   return ensureAvailable(length) && matchesHere(text, length);
 }

@@ -12,7 +12,7 @@ namespace vantrelia {
 
 class BufferedParserStream : public ParserStream {
  public:
-  bool startsWith(const std::u16string& text) override;
+  bool startsWith(std::u16string_view text) override;
   const char16_t* getCursor() const override { return current; }
   bool nextIs(char16_t character) override { return ensureAvailable(1) && *current == character; }
   bool consume(const kestrel::TRVString<char16_t>& text) override;

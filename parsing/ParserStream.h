@@ -31,7 +31,7 @@ class ParserStream {
   virtual void readToken(SeparatorTrieNode& root, ParserToken& token, int32_t maxLength,
                          bool applyReplacements) = 0;
   // True if the text at the cursor begins with text. Doesn't advance.
-  virtual bool startsWith(const std::u16string& text) = 0;
+  virtual bool startsWith(std::u16string_view text) = 0;
   // True if the next character is that one: the one-character test of every field read, kept
   // apart from startsWith because it runs once per value.
   virtual bool nextIs(char16_t character) = 0;

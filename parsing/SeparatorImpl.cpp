@@ -5,7 +5,7 @@
 namespace vantrelia {
 
 void SeparatorImpl::takeDefaultValue() {
-  if (defn) setValue(defn->getValue().str());
+  if (defn) setValue(defn->getValue().view());
 }
 
 }  // namespace vantrelia

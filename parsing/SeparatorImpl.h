@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "definitions/SeparatorDefn.h"
+#include "parsing/SeparatorText.h"
 
 namespace vantrelia {
 
@@ -18,7 +19,7 @@ class SeparatorImpl {
 
   // Takes the definition's value.
   void takeDefaultValue();
-  void setValue(std::u16string text) { value = std::move(text); }
+  void setValue(std::u16string_view text) { value = text; }
   // Whether the definition keeps an initiator and terminator apart from the value. Inline, as
   // flags, initiator and terminator: every settling of separators asks them for each slot.
   bool isVariable() const { return (flags() & SeparatorDefn::kVariable) != 0; }
@@ -28,26 +29,26 @@ class SeparatorImpl {
   // them; any other separator's are its value. Kept apart from the value in no copy of the slot:
   // every message parsed makes a list of slots.
   std::u16string_view initiator() const {
-    return isVariable() ? defn->getInitiator().view() : std::u16string_view(value);
+    return isVariable() ? defn->getInitiator().view() : value.view();
   }
   std::u16string_view terminator() const {
-    return isVariable() ? defn->getTerminator().view() : std::u16string_view(value);
+    return isVariable() ? defn->getTerminator().view() : value.view();
   }
   // What stands for the terminator inside data: a variable separator's own, else the separator's.
   std::u16string_view terminatorReplacement() const {
-    return isVariable() ? std::u16string_view(variableTerminatorReplacement) : std::u16string_view(replacementValue);
+    return isVariable() ? variableTerminatorReplacement.view() : replacementValue.view();
   }
-  void setTerminatorReplacement(std::u16string text) { variableTerminatorReplacement = std::move(text); }
+  void setTerminatorReplacement(std::u16string_view text) { variableTerminatorReplacement = text; }
 
   bool known = false;     // settled: by the definition, the wire or the host
   bool active = false;    // takes part in reading and writing now
   bool useDefault = true; // cleared once the host sets the value, so a reset keeps the host's text
-  std::u16string value;
-  std::u16string replacementValue;  // stands for the separator inside data
+  SeparatorText value;
+  SeparatorText replacementValue;  // stands for the separator inside data
   const SeparatorDefn* defn = nullptr;
 
  private:
-  std::u16string variableTerminatorReplacement;
+  SeparatorText variableTerminatorReplacement;
 };
 
 }  // namespace vantrelia

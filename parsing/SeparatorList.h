@@ -511,6 +511,11 @@ class SeparatorList {
   mutable uint64_t plainSegmentsVersion = 0;
   mutable bool plainSegments = false;
   void workOutPlainSegments() const;
+  // Whether every separator that untranslateValue looks at stands as its definition has it, for
+  // the slots of untranslatedVersion: then a value comes back as it is. Every message's type
+  // fields are untranslated, and the slots rarely differ from the definition's.
+  mutable uint64_t untranslatedVersion = 0;
+  mutable bool untranslatesAsIs = false;
   // What a cut scans for, worked out for the slots of cutStopsVersion: copied with the list, since
   // every message's list would work out the same.
   std::shared_ptr<const CutStops> cutStops;

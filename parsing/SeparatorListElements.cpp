@@ -56,15 +56,15 @@ bool SeparatorList::atOuterSeparator(ParserStream& stream, int32_t innerLevels) 
   for (auto level = outer; level != levels.begin();) {
     const ESeparatorType index = *--level;
     if (index == qxSepNone) continue;
-    const std::u16string* text = nullptr;
+    std::u16string_view text;
     if (index == qxSepString) {
       if (special == specialStrings.rend()) continue;
-      text = &*special++;
+      text = *special++;
     } else if (slots[static_cast<size_t>(index)].active) {
-      text = &slots[static_cast<size_t>(index)].value;
+      text = slots[static_cast<size_t>(index)].value;
     }
-    if (!text || text->empty()) continue;
-    if (text->size() == 1 ? stream.nextIs(text->front()) : stream.startsWith(*text)) return true;
+    if (text.empty()) continue;
+    if (text.size() == 1 ? stream.nextIs(text.front()) : stream.startsWith(text)) return true;
   }
   return false;
 }

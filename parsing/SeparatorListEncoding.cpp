@@ -160,10 +160,13 @@ std::u16string SeparatorList::untranslateValue(std::u16string_view text) const {
   const auto counts = [this](const SeparatorImpl& slot) {
     return slot.defn && !slot.value.empty() && (!fromWire || slot.known);
   };
-  if (std::all_of(slots.begin(), slots.end(),
-                  [&](const SeparatorImpl& slot) { return !counts(slot) || slot.value == slot.defn->getValue().view(); })) {
-    return std::u16string(text);
+  if (untranslatedVersion != slotsVersion) {
+    untranslatesAsIs = std::all_of(slots.begin(), slots.end(), [&](const SeparatorImpl& slot) {
+      return !counts(slot) || slot.value == slot.defn->getValue().view();
+    });
+    untranslatedVersion = slotsVersion;
   }
+  if (untranslatesAsIs) return std::u16string(text);
   std::u16string result;
   result.reserve(text.size());
   for (size_t at = 0; at < text.size();) {

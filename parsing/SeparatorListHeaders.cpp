@@ -125,8 +125,8 @@ void SeparatorList::readFromStreamEnd(const FieldPathDefn& fieldPath, ParserStre
 }
 
 std::u16string_view SeparatorList::fillerText() const {
-  const std::u16string& filler = slots[qxSepFiller].value;
-  return filler.empty() ? std::u16string_view(u" ") : std::u16string_view(filler).substr(0, 1);
+  const std::u16string_view filler = slots[qxSepFiller].value;
+  return filler.empty() ? std::u16string_view(u" ") : filler.substr(0, 1);
 }
 
 bool SeparatorList::holdsSeparatorsOf(const FieldPathDefn& fieldPath) const {

@@ -489,7 +489,7 @@ bool StateWalk::needsNewRepeat(InternalElement& repeat, const std::vector<int32_
     if (currentAt >= current.size() || previousAt >= currentPath.size()) return true;
     const int32_t now = current[currentAt++];
     const int32_t before = currentPath[previousAt++];
-    auto* group = dynamic_cast<SegmentGroupImpl*>(element);
+    SegmentGroupImpl* group = element->asGroup();
     if (group && group->getItemDefn().getGroup()->isChoiceGroup() && now != before) return true;
     if (group && group->isUnordered()) {
       if (group->getItem(now).getMaxRepeats() != 1) return false;
@@ -630,7 +630,7 @@ void StateWalk::reportUnplaceable(SegmentMatch& match, bool matchListFailed) {
 void StateWalk::keepUnknown(SegmentMatch& match, InternalElement* from) {
   InternalElement* holder = &message;
   for (InternalElement* node = from; node && node != &message; node = node->parent) {
-    auto* group = dynamic_cast<SegmentGroupImpl*>(node);
+    SegmentGroupImpl* group = node->asGroup();
     if (group && !group->isHidden()) {
       holder = group;
       break;

@@ -92,7 +92,7 @@ StringParserStream::StringParserStream(const char16_t* text, int32_t length)
 
 bool StringParserStream::fill(const char16_t*, int32_t) { return false; }
 
-bool StringParserStream::startsWith(const std::u16string& text) { return matchedLength(text) >= 0; }
+bool StringParserStream::startsWith(std::u16string_view text) { return matchedLength(text) >= 0; }
 
 bool StringParserStream::consume(const std::u16string& text) {
   const int32_t length = matchedLength(text);

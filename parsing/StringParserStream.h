@@ -27,7 +27,7 @@ class StringParserStream : public BufferedParserStream {
 
   void readToken(SeparatorTrieNode& root, ParserToken& token, int32_t maxLength,
                  bool applyReplacements) override;
-  bool startsWith(const std::u16string& text) override;
+  bool startsWith(std::u16string_view text) override;
   bool nextIs(char16_t character) override { return remaining > 0 && *current == character; }
   bool consume(const std::u16string& text) override;
   void readRest(ParserToken& token) override;

@@ -758,7 +758,7 @@ TEST(SeparatorListTest, ListsOfOneSetChangeOnlyTheirOwnSlots) {
     std::vector<Slot> slots;
     for (int32_t i = 0; i < SeparatorList::kSeparatorSlots; ++i) {
       const SeparatorImpl& slot = list.getSlot(i);
-      slots.push_back({slot.value, slot.known, slot.active});
+      slots.push_back({slot.value.str(), slot.known, slot.active});
     }
     return slots;
   };
