@@ -70,6 +70,8 @@ SeparatorList::SeparatorList(const SeparatorList& prototype, const SeparatorList
       slots(prototype.slots),
       currentSeparator(prototype.currentSeparator),
       replaceOrder(prototype.replaceOrder),
+      replaceOrderKey(prototype.replaceOrderKey),
+      replaceOrderKeyed(prototype.replaceOrderKeyed),
       levels(prototype.levels),
       levelMask(prototype.levelMask),
       levelFixedWidth(prototype.levelFixedWidth),
@@ -93,6 +95,8 @@ void SeparatorList::takeSettled(const SeparatorList& settled) {
   variablePending = settled.variablePending;
   crlfEquivalent = settled.crlfEquivalent;
   replaceOrder = settled.replaceOrder;
+  replaceOrderKey = settled.replaceOrderKey;
+  replaceOrderKeyed = settled.replaceOrderKeyed;
   mustQuoteCharacters = settled.mustQuoteCharacters;
   mustEncodeCharacters = settled.mustEncodeCharacters;
   currentSeparator = settled.currentSeparator;

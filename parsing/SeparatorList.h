@@ -470,6 +470,12 @@ class SeparatorList {
   std::unique_ptr<Slots> savedSlots;
   int32_t currentSeparator = qxSepSegment;
   std::vector<ReplaceEntry> replaceOrder;
+  // The lengths replaceOrder was sorted by, slot by slot (a value's, and a variable separator's
+  // terminator's plus one): every message written settles the list several times, mostly to the
+  // same lengths, and the order stands while they do. Copied wherever replaceOrder is.
+  using ReplaceOrderKey = std::array<uint32_t, 2 * kSeparatorSlots>;
+  ReplaceOrderKey replaceOrderKey{};
+  bool replaceOrderKeyed = false;
   std::vector<ESeparatorType> levels;
   // Bit N set while separator N stands on the stack: what isSeparatorActive asks several times for
   // every segment, without a search.

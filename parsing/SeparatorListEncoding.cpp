@@ -94,6 +94,15 @@ std::u16string_view SeparatorList::entryReplacement(const ReplaceEntry& entry) c
 }
 
 void SeparatorList::rebuildReplaceOrder() {
+  ReplaceOrderKey key{};
+  for (int32_t i = 0; i < qxSepCrlf; ++i) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    key[static_cast<size_t>(2 * i)] = static_cast<uint32_t>(slot.value.size());
+    if (slot.isVariable()) key[static_cast<size_t>(2 * i + 1)] = static_cast<uint32_t>(slot.terminator().size()) + 1;
+  }
+  if (replaceOrderKeyed && key == replaceOrderKey) return;
+  replaceOrderKey = key;
+  replaceOrderKeyed = true;
   replaceOrder.clear();
   for (int32_t i = 0; i < qxSepCrlf; ++i) {
     replaceOrder.push_back({i, false});
@@ -243,12 +252,30 @@ std::u16string SeparatorList::encodeWith(std::u16string_view text, int32_t field
     return nextEnd + endText.size();
   };
 
+  // Whatever changes what goes out (a quote, a start mark, a separator to replace or to quote for)
+  // begins with one of these characters: the text between them goes out as it stands, looked at
+  // once instead of against every separator at every character.
+  std::u16string stops;
+  if (quotedType) stops += kQuote.front();
+  if (!startText.empty()) stops += startText.front();
+  for (const ReplaceEntry& entry : replaceOrder) {
+    if (!slots[static_cast<size_t>(entry.index)].active || (!escaping && allowed(entry.index))) continue;
+    const std::u16string_view entryValue = entryText(entry);
+    if (!entryValue.empty() && stops.find(entryValue.front()) == std::u16string::npos) stops += entryValue.front();
+  }
+
   bool keptRegion = false;
   const auto encode = [&](bool keepRegions) {
     std::u16string result;
     result.reserve(text.size() + 8);
     bool needsQuotes = false;
     for (size_t at = 0; at < text.size();) {
+      if (stops.find(text[at]) == std::u16string::npos) {
+        const size_t stop = std::min(text.find_first_of(stops, at), text.size());
+        result.append(text.substr(at, stop - at));
+        at = stop;
+        continue;
+      }
       if (quotedType && text[at] == kQuote.front()) {
         // Doubled quotes mean one only inside quotes: a value with a quote is always quoted, else
         // each read and write would double its quotes again.
