@@ -245,6 +245,9 @@ class SeparatorList {
   // A field path as text, as separator definitions name header fields: its name, then "/" and
   // each index.
   static std::string pathText(const FieldPathDefn& path);
+  // Whether pathText of a separator's header field begins with path, compared without case; false
+  // for a field path with no name.
+  static bool fieldLiesUnder(const FieldPathDefn& fieldPath, std::string_view path);
   // A quick test before a field's path is worked out: whether a separator still to be read may
   // come from field `fieldNumber` (1-based; 0 for one below the segment's own fields) of the
   // segment named so. False only when none can.

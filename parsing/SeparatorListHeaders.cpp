@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -33,12 +34,29 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && equalIgnoringCase(text.substr(0, prefix.size()), prefix);
 }
 
-// Whether a separator's header field lies under path, compared without case.
-bool fieldLiesUnder(const FieldPathDefn& fieldPath, std::string_view path) {
-  return fieldPath.getName().length() != 0 && startsWithIgnoringCase(SeparatorList::pathText(fieldPath), path);
-}
-
 }  // namespace
+
+// Compared piece by piece, with no text made: every header written asks it of every slot.
+bool SeparatorList::fieldLiesUnder(const FieldPathDefn& fieldPath, std::string_view path) {
+  const std::string_view name = fieldPath.getName().view();
+  if (name.empty()) return false;
+  std::string_view rest = path;
+  // False when a piece differs from what is left of path; else takes it off.
+  const auto takes = [&rest](std::string_view piece) {
+    const size_t common = std::min(piece.size(), rest.size());
+    if (!equalIgnoringCase(piece.substr(0, common), rest.substr(0, common))) return false;
+    rest.remove_prefix(common);
+    return true;
+  };
+  if (!takes(name)) return false;
+  for (const int32_t index : fieldPath.getIndexes()) {
+    if (rest.empty()) return true;
+    char digits[16];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, index).ptr;
+    if (!takes("/") || !takes(std::string_view(digits, static_cast<size_t>(end - digits)))) return false;
+  }
+  return rest.empty();
+}
 
 bool SeparatorList::pathMatches(const FieldPathDefn& separatorPath, const FieldPathDefn& elementPath,
                                 std::string_view element) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <memory>
 #include <random>
@@ -858,6 +859,30 @@ TEST(SeparatorListTest, ATrieHandedOnReadsAsAFreshOneAtEveryDepth) {
     }
     EXPECT_EQ(handedOn, sharedText ? 0 : 60);
   }
+}
+
+
+// Whether a header field lies under a path is whether the field path's text begins with it, without
+// case: checked against that text for field paths named and numbered, and paths cut anywhere.
+TEST(SeparatorListTest, AFieldLiesUnderEveryBeginningOfItsPathText) {
+  const char* const fieldPaths[] = {"MSH/1", "MSH/2", "MSH/12", "msh/2/3", "UNA", "ISA/16", "ISA/1",
+                                    "MSH/FieldSeparator", "A/123456789", "AB/1/22/333", "MS"};
+  const char* const paths[] = {"", "M", "MSH", "msh", "MSH/", "MSH/1", "MSH/12", "MSH/2", "MSH/2/", "MSH/2/3",
+                               "MSH/2/34", "MSH/FIELD", "MSHX", "ISA/1", "ISA/16", "ISA/161", "UNA", "UNAB",
+                               "A/12345", "A/1234567890", "AB/1/2", "AB/1/22/33", "AB/1/22/3334", "MSH/1/"};
+  for (const char* text : fieldPaths) {
+    const FieldPathDefn fieldPath = FieldPathDefn::parse(text);
+    const std::string whole = SeparatorList::pathText(fieldPath);
+    for (const char* path : paths) {
+      const std::string_view prefix(path);
+      bool begins = whole.size() >= prefix.size();
+      for (size_t i = 0; begins && i < prefix.size(); ++i) {
+        begins = std::tolower(static_cast<unsigned char>(whole[i])) == std::tolower(static_cast<unsigned char>(prefix[i]));
+      }
+      EXPECT_EQ(SeparatorList::fieldLiesUnder(fieldPath, prefix), begins) << text << " under " << path;
+    }
+  }
+  EXPECT_FALSE(SeparatorList::fieldLiesUnder(FieldPathDefn(), ""));
 }
 
 }  // namespace
