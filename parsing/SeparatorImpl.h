@@ -38,6 +38,9 @@ class SeparatorImpl {
   std::u16string_view terminatorReplacement() const {
     return isVariable() ? variableTerminatorReplacement.view() : replacementValue.view();
   }
+  const SeparatorText& terminatorReplacementText() const {
+    return isVariable() ? variableTerminatorReplacement : replacementValue;
+  }
   void setTerminatorReplacement(std::u16string_view text) { variableTerminatorReplacement = text; }
 
   bool known = false;     // settled: by the definition, the wire or the host

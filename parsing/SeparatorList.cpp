@@ -181,7 +181,7 @@ bool SeparatorList::sameSlotsAs(const SeparatorList& other) const {
     const SeparatorImpl& theirs = other.slots[i];
     same = mine.active == theirs.active && mine.value == theirs.value &&
            mine.replacementValue == theirs.replacementValue &&
-           mine.terminatorReplacement() == theirs.terminatorReplacement();
+           mine.terminatorReplacementText() == theirs.terminatorReplacementText();
   }
   lastSame = {&other, slotsVersion, other.slotsVersion, same};
   return same;

@@ -2,7 +2,8 @@
 // The text of one separator slot: a value, a replacement or a terminator's replacement. Nearly all
 // of them are a few units long, and every message parsed copies a whole list of slots at least
 // twice, so texts of up to kInline units are held in place and copied without a call; longer ones
-// live on the heap.
+// live on the heap. The units behind an inline text are kept zero, so that two inline texts
+// compare as two words.
 
 #include <algorithm>
 #include <cstdint>
@@ -29,10 +30,7 @@ class SeparatorText {
   }
   SeparatorText(SeparatorText&& other) noexcept : length(other.length) {
     std::memcpy(small, other.small, sizeof small);
-    if (length > kInline) {
-      heap = other.heap;
-      other.length = 0;
-    }
+    if (length > kInline) other.forget();
   }
   SeparatorText& operator=(const SeparatorText& other) {
     if (this != &other) {
@@ -50,10 +48,7 @@ class SeparatorText {
       release();
       length = other.length;
       std::memcpy(small, other.small, sizeof small);
-      if (length > kInline) {
-        heap = other.heap;
-        other.length = 0;
-      }
+      if (length > kInline) other.forget();
     }
     return *this;
   }
@@ -74,10 +69,19 @@ class SeparatorText {
   std::u16string str() const { return std::u16string(view()); }
   void clear() {
     release();
-    length = 0;
+    forget();
   }
 
   friend bool operator==(const SeparatorText& text, std::u16string_view other) { return text.view() == other; }
+  friend bool operator==(const SeparatorText& text, const std::u16string& other) { return text.view() == other; }
+  friend bool operator==(const SeparatorText& text, const char16_t* other) {
+    return text.view() == std::u16string_view(other);
+  }
+  friend bool operator==(const SeparatorText& a, const SeparatorText& b) {
+    if (a.length != b.length) return false;
+    if (a.length <= kInline) return std::memcmp(a.small, b.small, sizeof a.small) == 0;
+    return a.view() == b.view();
+  }
 
  private:
   static char16_t* copyOf(std::u16string_view text) {
@@ -85,9 +89,15 @@ class SeparatorText {
     std::copy(text.begin(), text.end(), copy);
     return copy;
   }
+  // Empty and inline, the heap text (if any) left to whoever took it.
+  void forget() {
+    std::memset(small, 0, sizeof small);
+    length = 0;
+  }
   void take(std::u16string_view text) {
     length = static_cast<uint32_t>(text.size());
     if (length <= kInline) {
+      std::memset(small, 0, sizeof small);
       std::copy(text.begin(), text.end(), small);
     } else {
       heap = copyOf(text);
@@ -100,6 +110,7 @@ class SeparatorText {
       std::copy(text.begin(), text.end(), units);
       release();
       length = static_cast<uint32_t>(text.size());
+      std::memset(small, 0, sizeof small);
       std::copy(units, units + length, small);
     } else {
       char16_t* copy = copyOf(text);

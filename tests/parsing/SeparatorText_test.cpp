@@ -29,6 +29,9 @@ TEST(SeparatorTextTest, CopiesMovesAndAssignmentsKeepTheUnitsAcrossTheInlineLimi
       assigned = std::u16string_view(onto);
       EXPECT_EQ(assigned, onto);
       EXPECT_EQ(source, from);  // the earlier copy was the target's own
+      // Texts compare by their units alone, whatever each held before.
+      EXPECT_TRUE(assigned == SeparatorText(onto));
+      EXPECT_EQ(source == assigned, from == onto);
 
       SeparatorText moved(std::move(copy));
       EXPECT_EQ(moved, from);
@@ -40,6 +43,9 @@ TEST(SeparatorTextTest, CopiesMovesAndAssignmentsKeepTheUnitsAcrossTheInlineLimi
       SeparatorText cleared(from);
       cleared.clear();
       EXPECT_TRUE(cleared.empty());
+      EXPECT_TRUE(cleared == SeparatorText());
+      copy = onto;  // moved from, and still a text to take another
+      EXPECT_TRUE(copy == SeparatorText(onto));
       cleared = onto;
       EXPECT_EQ(cleared.str(), onto);
     }
