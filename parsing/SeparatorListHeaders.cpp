@@ -24,7 +24,12 @@ namespace vantrelia {
 
 std::string SeparatorList::pathText(const FieldPathDefn& path) {
   std::string text = path.getName().str();
-  for (const int32_t index : path.getIndexes()) text += "/" + std::to_string(index);
+  for (const int32_t index : path.getIndexes()) {
+    char digits[16];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, index).ptr;
+    text += '/';
+    text.append(digits, static_cast<size_t>(end - digits));
+  }
   return text;
 }
 
