@@ -683,6 +683,28 @@ messageSets:
   }
 }
 
+// The order follows the separators as they stand: once a separator grows to begin with another's
+// text, the longer is replaced first, and once it shrinks back, slot order rules again.
+TEST(SeparatorListTest, EncodingFollowsSeparatorsThatChangeTheirLength) {
+  const auto warehouse = loadWarehouse(R"(
+messageSets:
+  - name: Pairs
+    separators:
+      segment: {value: "\r", style: terminator}
+      field1: {value: '|', replacement: '\F\'}
+      field2: {value: '!', replacement: '\D\'}
+)");
+  SeparatorList list(*warehouse->getMessageSets().front(), false, nullptr);
+  list.reset(false, true, true);
+  EXPECT_EQ(list.encodeValue(u"A||B!C", 0), u"A\\F\\\\F\\B\\D\\C");
+  list.setSeparatorValue(qxSepField2, u"||");
+  EXPECT_EQ(list.encodeValue(u"A||B|C", 0), u"A\\D\\B\\F\\C");
+  const SeparatorList copy(list);
+  EXPECT_EQ(copy.encodeValue(u"A||B|C", 0), u"A\\D\\B\\F\\C");
+  list.setSeparatorValue(qxSepField2, u"!");
+  EXPECT_EQ(list.encodeValue(u"A||B!C", 0), u"A\\F\\\\F\\B\\D\\C");
+}
+
 TEST(SeparatorListTest, InvalidCharactersFollowTheSeverity) {
   Hl7Set hl7;
   SeparatorList list(hl7.set(), false, nullptr);
