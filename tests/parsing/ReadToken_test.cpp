@@ -139,7 +139,7 @@ TEST(ReadTokenTest, CutsAtSeparatorsInForce) {
       StringParserStream stream(c.text);
       ParserToken token;
       token.useView = view;
-      token.text = u"stale";
+      token.text = u"stale text";
       stream.readToken(root, token, c.maxLength, c.applyReplacements);
       EXPECT_EQ(narrow(token.characters()), c.token);
       EXPECT_EQ(token.separator, c.separator);
