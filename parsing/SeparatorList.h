@@ -392,6 +392,17 @@ class SeparatorList {
   void addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level);
   // Takes the sequences of popped levels out of force for every level.
   void flushOutOfForce();
+  // After a pop: where a level still on the stack has the popped text too (a header may give two
+  // separators one character), the trie's node stands for that level again, as a trie built for
+  // the stack as it now is has it. Else what a read cuts would hang on the order of earlier pushes.
+  bool restoreSharedText(std::u16string_view text);
+  // Bit N set while separator N's text is some other slot's text too, for the slots of
+  // sharedTextsVersion.
+  uint32_t slotsSharingText() const {
+    if (sharedTextsVersion != slotsVersion) [[unlikely]] workOutSharedTexts();
+    return sharedTexts;
+  }
+  void workOutSharedTexts() const;
 
   // --- reading
   // What a trie built now depends on besides the levels, as one text: two lists with the same key
@@ -518,6 +529,8 @@ class SeparatorList {
   std::shared_ptr<SeparatorCut> cut;
   // The part of readsSegmentsPlainly the slots decide, for the slots of plainSegmentsVersion.
   mutable uint64_t plainSegmentsVersion = 0;
+  mutable uint64_t sharedTextsVersion = 0;
+  mutable uint32_t sharedTexts = 0;
   mutable bool plainSegments = false;
   void workOutPlainSegments() const;
   // Whether every separator that untranslateValue looks at stands as its definition has it, for

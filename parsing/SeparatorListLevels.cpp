@@ -56,23 +56,65 @@ void SeparatorList::stepTrieUp(ESeparatorType index, std::u16string_view text) {
 ESeparatorType SeparatorList::popSeparator() {
   if (levels.empty()) return static_cast<ESeparatorType>(currentSeparator);
   const ESeparatorType index = levels.back();
-  // Once the root's level is below it, the sequence is out of force for reads already; it is taken
-  // out for every level only when a push could raise the level to it again (flushOutOfForce).
-  const std::u16string_view text = levelText(index);
-  if (index == qxSepString) {
-    // A pushed string goes with its level, so it is taken out of force at once. The root's level
-    // is below it from here on either way, so reads see no difference.
-    if (!trieDirty) addLevelSequences(index, text, SeparatorTrieNode::kOutOfForce);
-  } else if (!text.empty() && !trieDirty) {
-    poppedOutOfForce.push_back({index, trie->getLevel(), text});
-  }
-  if (!trieDirty) trie->setLevel(trie->getLevel() - 1);
-  if (index == qxSepString) specialStrings.pop_back();
   levels.pop_back();
   noteLevels();
   if (!levelFixedWidth.empty()) levelFixedWidth.pop_back();
   currentSeparator = levels.empty() ? qxSepSegment : levels.back();
+  // A popped string's text stays in the list until the trie is done with it.
+  const std::u16string_view text = index == qxSepString ? std::u16string_view(specialStrings.back()) : levelText(index);
+  if (!trieDirty) {
+    trie->setLevel(trie->getLevel() - 1);
+    // Once the root's level is below it, the sequence is out of force for reads already; it is
+    // taken out for every level only when a push could raise the level to it again
+    // (flushOutOfForce).
+    const bool mayShare = !text.empty() && (index == qxSepString || !specialStrings.empty() ||
+                                            ((levelMask | slotsSharingText()) >> index & 1u));
+    if (mayShare && restoreSharedText(text)) {
+      // The node stands for the outer level now: nothing is left to take out of force.
+    } else if (index == qxSepString) {
+      // A pushed string goes with its level, so it is taken out of force at once. The root's
+      // level is below it from here on either way, so reads see no difference.
+      addLevelSequences(index, text, SeparatorTrieNode::kOutOfForce);
+    } else if (!text.empty()) {
+      poppedOutOfForce.push_back({index, trie->getLevel() + 1, text});
+    }
+  }
+  if (index == qxSepString) specialStrings.pop_back();
   return static_cast<ESeparatorType>(currentSeparator);
+}
+
+bool SeparatorList::restoreSharedText(std::u16string_view text) {
+  // The deepest level left that has the text wins, as in a build, which adds the levels outermost
+  // first.
+  auto pushedString = specialStrings.begin();
+  int32_t found = -1;
+  for (size_t i = 0; i < levels.size(); ++i) {
+    std::u16string_view own;
+    if (levels[i] == qxSepString) {
+      if (pushedString != specialStrings.end()) own = *pushedString++;
+    } else {
+      own = levelText(levels[i]);
+    }
+    if (own == text) found = static_cast<int32_t>(i);
+  }
+  if (found < 0) return false;
+  // The sequences that wait to go out of force stand deeper than the popped level: none of them
+  // is on this node's path from the stack any more once they go, so they go first.
+  flushOutOfForce();
+  trie->addSequence(levels[static_cast<size_t>(found)], text, SeparatorTrieNode::kSeparator, found + 1);
+  return true;
+}
+
+void SeparatorList::workOutSharedTexts() const {
+  sharedTexts = 0;
+  for (int32_t i = 0; i < kSeparatorSlots; ++i) {
+    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+    if (slot.value.empty()) continue;
+    for (int32_t j = 0; j < kSeparatorSlots; ++j) {
+      if (j != i && slots[static_cast<size_t>(j)].value == slot.value) sharedTexts |= 1u << i;
+    }
+  }
+  sharedTextsVersion = slotsVersion;
 }
 
 void SeparatorList::flushOutOfForce() {
