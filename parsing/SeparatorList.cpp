@@ -28,7 +28,7 @@ SeparatorList::SeparatorList(const MessageSetDefn& messageSet, bool fixedWidth, 
       parent(parent),
       slotIndex(std::make_shared<SeparatorSlotIndex>()) {
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
-    const SeparatorImpl& slot = slots[static_cast<size_t>(i)] = SeparatorImpl(messageSet.getSeparator(i));
+    const SeparatorImpl& slot = slots.edit(static_cast<size_t>(i)) = SeparatorImpl(messageSet.getSeparator(i));
     if (slot.defn->getPosition() >= 0 && slot.defn->getFieldPath().getName().length() != 0) fieldSlots |= 1u << i;
   }
   if (messageSet.getGenericParsing()) genericTrie = std::make_unique<SeparatorTrieNode>();
@@ -236,7 +236,7 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
   fromWire = fromWireArg;
   if (initSeparators) {
     if (!messageSet->getInitializeSeparatorsFromParent() || !parent) {
-      for (SeparatorImpl& slot : slots) {
+      for (SeparatorImpl& slot : slots.edit()) {
         const bool preset = slot.flags() & SeparatorDefn::kPreset;
         slot.known = preset;
         // A value read earlier survives a reset until something replaces it; a host's value of a
@@ -246,11 +246,12 @@ void SeparatorList::reset(bool fromWireArg, bool initSeparators, bool initErrorS
       takeReplacements();
     } else {
       // The texts come from the parent; the definitions stay this set's own.
-      for (size_t i = 0; i < slots.size(); ++i) {
-        const SeparatorDefn* own = slots[i].defn;
-        slots[i] = parent->slots[i];
-        slots[i].defn = own;
-        slots[i].known = !slots[i].value.empty();
+      Slots& own = slots.edit();
+      for (size_t i = 0; i < own.size(); ++i) {
+        const SeparatorDefn* defn = own[i].defn;
+        own[i] = parent->slots[i];
+        own[i].defn = defn;
+        own[i].known = !own[i].value.empty();
       }
     }
   }
@@ -312,9 +313,11 @@ void SeparatorList::takeCrlfEquivalent() {
 void SeparatorList::updateActive() {
   slotsVersion = nextVersion();
   variablePending = false;
-  for (SeparatorImpl& slot : slots) {
-    slot.active = !slot.value.empty() && (slot.known || !fromWire);
-    if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) variablePending = true;
+  for (size_t i = 0; i < slots.size(); ++i) {
+    const bool active = !slots[i].value.empty() && (slots[i].known || !fromWire);
+    // Most calls change nothing: slots shared with another list stay shared.
+    if (slots[i].active != active) slots.edit(i).active = active;
+    if (!slots[i].known && !(slots[i].flags() & SeparatorDefn::kFixed)) variablePending = true;
   }
   if (!variablePending) rebuildReplaceOrder();
   rebuildCharacterSets();
@@ -336,7 +339,7 @@ int32_t SeparatorList::getPosition(int32_t index) const {
 void SeparatorList::setSeparatorValue(int32_t index, std::u16string_view text) {
   checkSeparatorIndex(index);
   beforeSlotsChange();
-  SeparatorImpl& slot = slots[static_cast<size_t>(index)];
+  SeparatorImpl& slot = slots.edit(static_cast<size_t>(index));
   slot.setValue(std::u16string(text));
   slot.useDefault = false;
   trieDirty = true;
@@ -346,7 +349,7 @@ void SeparatorList::setSeparatorValue(int32_t index, std::u16string_view text) {
 void SeparatorList::setKnown(int32_t index, bool known) {
   checkSeparatorIndex(index);
   beforeSlotsChange();
-  slots[static_cast<size_t>(index)].known = known;
+  slots.edit(static_cast<size_t>(index)).known = known;
   updateActive();
 }
 

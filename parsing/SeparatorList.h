@@ -29,6 +29,7 @@
 #include "foundation/Enumerations.h"
 #include "parsing/ParserStream.h"
 #include "parsing/SeparatorImpl.h"
+#include "parsing/SeparatorSlots.h"
 #include "parsing/SeparatorTrieNode.h"
 #include "validation/SeverityTable.h"
 
@@ -329,7 +330,7 @@ class SeparatorList {
                                                bool warningsWanted) const;
 
  private:
-  using Slots = std::array<SeparatorImpl, kSeparatorSlots>;
+  using Slots = SeparatorSlots::Array;
   struct ReplaceEntry {
     int32_t index;
     bool isTerminator;
@@ -478,7 +479,7 @@ class SeparatorList {
   bool checkOutputTail = false;
   const SeparatorList* parent;
   std::shared_ptr<const SeparatorList> parentHold;
-  Slots slots;
+  SeparatorSlots slots;
   // What restoreForItem saved; until then the slots as the definition gives them. Made only when
   // needed: most lists never save, and every message parsed makes a list.
   std::unique_ptr<Slots> savedSlots;

@@ -78,12 +78,14 @@ void SeparatorList::restoreSavedSlots() {
 void SeparatorList::finishWalk() {
   beforeSlotsChange();
   if (variablePending) {
-    for (SeparatorImpl& slot : slots) {
+    for (SeparatorImpl& slot : slots.edit()) {
       if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) settleToDefault(slot);
     }
   }
   fromWire = false;
-  for (SeparatorImpl& slot : slots) slot.active = !slot.value.empty();
+  for (size_t i = 0; i < slots.size(); ++i) {
+    if (slots[i].active != !slots[i].value.empty()) slots.edit(i).active = !slots[i].value.empty();
+  }
   variablePending = false;
   rebuildReplaceOrder();
   rebuildCharacterSets();

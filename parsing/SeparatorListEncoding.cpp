@@ -74,7 +74,7 @@ void SeparatorList::takeReplacements(SeparatorImpl& slot) {
 void SeparatorList::takeReplacements() {
   slotsVersion = nextVersion();
   std::optional<bool> asIs;
-  for (SeparatorImpl& slot : slots) {
+  for (SeparatorImpl& slot : slots.edit()) {
     if (slot.defn->getReplacementValue().length() == 0 && !slot.isVariable()) {
       slot.replacementValue.clear();
     } else {
@@ -159,7 +159,7 @@ std::u16string SeparatorList::translateChanged(std::u16string_view text) const {
   result.reserve(text.size());
   const auto defaultText = [this](const SeparatorImpl& slot) { return settledDefinition(slot); };
   for (size_t at = 0; at < text.size();) {
-    if (!putSlotValueAt(slots, text, at, result, defaultText)) result += text[at++];
+    if (!putSlotValueAt(slots.all(), text, at, result, defaultText)) result += text[at++];
   }
   return result;
 }
@@ -337,7 +337,7 @@ std::u16string SeparatorList::decodeValue(std::u16string_view text, int32_t fiel
         continue;
       }
     }
-    if (!putSlotValueAt(slots, text, at, result, replacementText)) result += text[at++];
+    if (!putSlotValueAt(slots.all(), text, at, result, replacementText)) result += text[at++];
   }
   return result;
 }

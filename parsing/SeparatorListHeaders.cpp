@@ -124,10 +124,10 @@ void SeparatorList::readSlotsFromStream(const std::vector<int32_t>& slotIndexes,
     if (length == 0) continue;
     ParserToken token;
     stream.readChars(length, token);
-    SeparatorImpl& slot = slots[static_cast<size_t>(i)];
     // A value cut short by the end of the text leaves the slot to its default.
-    if (slot.known || token.text.size() != static_cast<size_t>(length)) continue;
+    if (slots[static_cast<size_t>(i)].known || token.text.size() != static_cast<size_t>(length)) continue;
     beforeSlotsChange();
+    SeparatorImpl& slot = slots.edit(static_cast<size_t>(i));
     slot.known = true;
     slot.setValue(token.text);
     changed = true;
@@ -183,9 +183,9 @@ std::u16string SeparatorList::takeFromField(const FieldPathDefn& fieldPath, std:
   const std::vector<int32_t>& ofField = slotsOfField(fieldPath, false, false);
   bool taken = false;
   for (const int32_t i : ofField) {
-    SeparatorImpl& slot = slots[static_cast<size_t>(i)];
-    if (slot.known) continue;
+    if (slots[static_cast<size_t>(i)].known) continue;
     beforeSlotsChange();
+    SeparatorImpl& slot = slots.edit(static_cast<size_t>(i));
     const SeparatorDefn& defn = defnOf(i);
     const size_t position = static_cast<size_t>(defn.getPosition());
     if (defn.getValue().length() != 0 && position < text.size()) {
@@ -233,17 +233,18 @@ void SeparatorList::writeSeparatorsOf(const FieldPathDefn& segmentPath, bool end
   bool changed = false;
   std::optional<int32_t> lastPosition;
   for (const int32_t i : slotsOfField(segmentPath, endPositions, true)) {
-    SeparatorImpl& slot = slots[static_cast<size_t>(i)];
-    if (lastPosition == slot.defn->getPosition()) continue;  // each position once
-    lastPosition = slot.defn->getPosition();
-    if (!slot.known) {
+    const auto at = static_cast<size_t>(i);
+    if (lastPosition == slots[at].defn->getPosition()) continue;  // each position once
+    lastPosition = slots[at].defn->getPosition();
+    if (!slots[at].known) {
       beforeSlotsChange();
+      SeparatorImpl& slot = slots.edit(at);
       // A message parsed with other separators keeps them; a new one takes the definition's.
       if (slot.value.empty()) slot.takeDefaultValue();
       slot.known = true;
       changed = true;
     }
-    text += slot.value;
+    text += slots[at].value;
   }
   if (changed) {
     takeReplacements();
@@ -276,7 +277,7 @@ void SeparatorList::settleToDefault(SeparatorImpl& slot) {
 void SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
   if (!variablePending) return;
   beforeSlotsChange();
-  for (SeparatorImpl& slot : slots) {
+  for (SeparatorImpl& slot : slots.edit()) {
     if (slot.known || !fieldLiesUnder(slot.defn->getFieldPath(), path)) continue;
     if (takeDefaults) {
       settleToDefault(slot);
@@ -296,7 +297,8 @@ bool SeparatorList::settleAsRead(std::string_view segmentName, const SeparatorLi
       return false;
     }
   }
-  const Slots before = slots;
+  // Shared, not copied: the marking below makes the list's slots its own.
+  const SeparatorSlots before = slots;
   markKnownForPath(segmentName);
   if (sameSlotsAs(read) && !variablePending) return true;
   beforeSlotsChange();
@@ -314,7 +316,7 @@ void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
                                          const std::function<int32_t(std::string_view)>& childIndex) {
   if (!variablePending) return;
   beforeSlotsChange();
-  for (SeparatorImpl& slot : slots) {
+  for (SeparatorImpl& slot : slots.edit()) {
     const FieldPathDefn& fieldPath = slot.defn->getFieldPath();
     if (slot.known || fieldPath.getName().length() == 0) continue;
     bool below = false;
@@ -338,18 +340,19 @@ void SeparatorList::markKnownForChildren(std::string_view path, int32_t count,
 void SeparatorList::restoreForItem(const MessageDefn& messageDefn, std::string_view name) {
   beforeSlotsChange();
   if (savedSlots) {
-    *savedSlots = slots;
+    *savedSlots = slots.all();
   } else {
-    savedSlots = std::make_unique<Slots>(slots);
+    savedSlots = std::make_unique<Slots>(slots.all());
   }
-  for (SeparatorImpl& slot : slots) {
+  Slots& own = slots.edit();
+  for (SeparatorImpl& slot : own) {
     if (slot.flags() & SeparatorDefn::kFromField) slot.known = false;
   }
   for (const auto& item : messageDefn.getItems()) {
     const std::string_view itemName = item->getName().view();
     if (equalIgnoringCase(itemName, name)) break;
     for (int32_t i = 0; i < kSeparatorSlots; ++i) {
-      SeparatorImpl& slot = slots[static_cast<size_t>(i)];
+      SeparatorImpl& slot = own[static_cast<size_t>(i)];
       if (!fieldLiesUnder(slot.defn->getFieldPath(), itemName)) continue;
       slot = (*savedSlots)[static_cast<size_t>(i)];
       if (!slot.known) settleToDefault(slot);

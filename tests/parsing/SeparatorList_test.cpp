@@ -802,6 +802,8 @@ TEST(SeparatorListTest, ListsOfOneSetChangeOnlyTheirOwnSlots) {
          list.readFromStream(FieldPathDefn::parse("MSH/Encoding"), stream);
        }},
       {"a reset to the definition", [](SeparatorList& list) { list.reset(false, true, true); }},
+      {"a header's slots marked known", [](SeparatorList& list) { list.markKnownForPath("MSH"); }},
+      {"a walk finished", [](SeparatorList& list) { list.finishWalk(); }},
   };
   const std::vector<Slot> defined = slotsOf(*SeparatorList::startOfWire(hl7.set(), nullptr));
   for (const Change& change : changes) {
