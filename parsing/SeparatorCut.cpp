@@ -63,26 +63,31 @@ int32_t SeparatorCut::scanFields(const char16_t* from, int32_t length) const {
   if (!scan->scannable) return -1;
   const std::u16string& stops = scan->stops;
   const char16_t end = scan->end;
-  int32_t i = 0;
+  // The first stop decides: the segment's end, or something that may hide one.
+  const auto decide = [&](int32_t at) { return from[at] == end ? at : -1; };
 #if defined(__SSE2__)
   // A segment's fields hold none of the stops, most often: eight characters are compared with
-  // each stop at once, and the first block with a hit is looked at one by one.
+  // each stop at once, and the first hit is read off the mask.
   constexpr int32_t kWidth = 8;
-  if (stops.size() <= 4) {
+  if (stops.size() <= 4 && length >= kWidth) {
     __m128i lanes[4];
     for (size_t k = 0; k < 4; ++k) lanes[k] = _mm_set1_epi16(static_cast<short>(stops[std::min(k, stops.size() - 1)]));
-    for (; i + kWidth <= length; i += kWidth) {
-      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i));
+    const auto hitsAt = [&](int32_t at) {
+      const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + at));
       const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(block, lanes[0]), _mm_cmpeq_epi16(block, lanes[1])),
                                         _mm_or_si128(_mm_cmpeq_epi16(block, lanes[2]), _mm_cmpeq_epi16(block, lanes[3])));
-      if (_mm_movemask_epi8(hits) != 0) break;
+      return static_cast<uint32_t>(_mm_movemask_epi8(hits));
+    };
+    for (int32_t i = 0;; i += kWidth) {
+      // The last block ends with the text; what it shares with the block before holds no stop.
+      const int32_t at = std::min(i, length - kWidth);
+      if (const uint32_t mask = hitsAt(at)) return decide(at + static_cast<int32_t>(__builtin_ctz(mask) / 2));
+      if (at + kWidth >= length) return length;
     }
   }
 #endif
-  for (; i < length; ++i) {
-    const char16_t character = from[i];
-    if (stops.find(character) == std::u16string::npos) continue;
-    return character == end ? i : -1;
+  for (int32_t i = 0; i < length; ++i) {
+    if (stops.find(from[i]) != std::u16string::npos) return decide(i);
   }
   return length;
 }

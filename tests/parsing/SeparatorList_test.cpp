@@ -832,6 +832,39 @@ TEST(SeparatorListTest, ListsOfOneSetChangeOnlyTheirOwnSlots) {
   EXPECT_EQ(lineFeed->shareCut()->scanFields(text.data(), static_cast<int32_t>(text.size())), 2);
 }
 
+// The scan for a segment's end reads eight characters at a time: a stop at every place in and
+// around a block, and texts shorter than one, end it as a plain search for the first stop does.
+TEST(SeparatorListTest, ScanForTheSegmentEndFindsTheFirstStopAnywhere) {
+  Hl7Set hl7;
+  auto list = SeparatorList::startOfWire(hl7.set(), nullptr);
+  list->finishWalk();
+  const std::shared_ptr<SeparatorCut> cut = list->shareCut();
+  const std::u16string stops = SeparatorCut::stopsOf(*list)->stops;
+  ASSERT_EQ(stops.front(), u'\r');
+  ASSERT_NE(stops.find(u'\\'), std::u16string::npos);
+  const auto expected = [&](std::u16string_view text) {
+    const size_t first = text.find_first_of(stops);
+    if (first == std::u16string_view::npos) return static_cast<int32_t>(text.size());
+    return text[first] == u'\r' ? static_cast<int32_t>(first) : -1;
+  };
+  std::mt19937 random(20261125);
+  const std::u16string alphabet = u"ab|^&~\r\\\"";
+  for (int32_t length = 0; length <= 40; ++length) {
+    for (int round = 0; round < 60; ++round) {
+      std::u16string text(static_cast<size_t>(length), u'x');
+      // Mostly plain text with one or two stops at random places, sometimes none.
+      for (int k = static_cast<int>(random() % 3); k > 0 && length > 0; --k) {
+        text[random() % static_cast<size_t>(length)] = alphabet[random() % alphabet.size()];
+      }
+      SCOPED_TRACE(std::string(text.begin(), text.end()));
+      // In a buffer of its own, so that a read past the text's end shows under a sanitizer.
+      const std::unique_ptr<char16_t[]> exact(new char16_t[text.size()]);
+      std::copy(text.begin(), text.end(), exact.get());
+      EXPECT_EQ(cut->scanFields(exact.get(), length), expected(text));
+    }
+  }
+}
+
 TEST(SeparatorListTest, CopyKeepsStateAndRebuildsTrie) {
   Hl7Set hl7;
   SeparatorList list(hl7.set(), false, nullptr);
