@@ -310,15 +310,27 @@ void SeparatorList::takeCrlfEquivalent() {
   }
 }
 
+void SeparatorList::flipActive(uint32_t flipped) {
+  Slots& own = slots.edit();
+  for (; flipped != 0; flipped &= flipped - 1) {
+    SeparatorImpl& slot = own[static_cast<size_t>(__builtin_ctz(flipped))];
+    slot.active = !slot.active;
+  }
+}
+
 void SeparatorList::updateActive() {
   slotsVersion = nextVersion();
   variablePending = false;
-  for (size_t i = 0; i < slots.size(); ++i) {
-    const bool active = !slots[i].value.empty() && (slots[i].known || !fromWire);
-    // Most calls change nothing: slots shared with another list stay shared.
-    if (slots[i].active != active) slots.edit(i).active = active;
-    if (!slots[i].known && !(slots[i].flags() & SeparatorDefn::kFixed)) variablePending = true;
+  // Most calls change nothing: slots shared with another list stay shared.
+  uint32_t flipped = 0;
+  const Slots& current = slots.all();
+  for (size_t i = 0; i < current.size(); ++i) {
+    const SeparatorImpl& slot = current[i];
+    const bool active = !slot.value.empty() && (slot.known || !fromWire);
+    flipped |= static_cast<uint32_t>(slot.active != active) << i;
+    if (!slot.known && !(slot.flags() & SeparatorDefn::kFixed)) variablePending = true;
   }
+  if (flipped) flipActive(flipped);
   if (!variablePending) rebuildReplaceOrder();
   rebuildCharacterSets();
 }

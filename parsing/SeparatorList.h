@@ -393,6 +393,9 @@ class SeparatorList {
   void addLevelSequences(ESeparatorType index, std::u16string_view text, int32_t level);
   // Takes the sequences of popped levels out of force for every level.
   void flushOutOfForce();
+  // Turns the active flag of the slots of the mask over, bit N for slot N: most changes of the
+  // slots leave every flag as it was, and slots shared with another list stay shared.
+  void flipActive(uint32_t flipped);
   // After a pop: where a level still on the stack has the popped text too (a header may give two
   // separators one character), the trie's node stands for that level again, as a trie built for
   // the stack as it now is has it. Else what a read cuts would hang on the order of earlier pushes.
@@ -438,8 +441,8 @@ class SeparatorList {
   std::u16string collectSlots(const FieldPathDefn& fieldPath, bool endPositions) const;
   void readSlotsFromStream(const std::vector<int32_t>& slotIndexes, ParserStream& stream);
   // Settles the pending separators whose header field lies under path, with the definition's
-  // texts when takeDefaults is set.
-  void settleForPath(std::string_view path, bool takeDefaults);
+  // texts when takeDefaults is set. Returns the slots it settled, bit N for slot N.
+  uint32_t settleForPath(std::string_view path, bool takeDefaults);
   // The separator whose text a carriage return and line feed stand for, if any.
   void takeCrlfEquivalent();
   // The slots restoreSavedSlots goes back to.

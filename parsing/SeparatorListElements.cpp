@@ -83,9 +83,12 @@ void SeparatorList::finishWalk() {
     }
   }
   fromWire = false;
-  for (size_t i = 0; i < slots.size(); ++i) {
-    if (slots[i].active != !slots[i].value.empty()) slots.edit(i).active = !slots[i].value.empty();
+  uint32_t flipped = 0;
+  const Slots& current = slots.all();
+  for (size_t i = 0; i < current.size(); ++i) {
+    flipped |= static_cast<uint32_t>(current[i].active == current[i].value.empty()) << i;
   }
+  if (flipped) flipActive(flipped);
   variablePending = false;
   rebuildReplaceOrder();
   rebuildCharacterSets();

@@ -274,18 +274,21 @@ void SeparatorList::settleToDefault(SeparatorImpl& slot) {
   trieDirty = true;
 }
 
-void SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
-  if (!variablePending) return;
+uint32_t SeparatorList::settleForPath(std::string_view path, bool takeDefaults) {
+  if (!variablePending) return 0;
   beforeSlotsChange();
-  for (SeparatorImpl& slot : slots.edit()) {
-    if (slot.known || !fieldLiesUnder(slot.defn->getFieldPath(), path)) continue;
+  uint32_t settled = 0;
+  for (size_t i = 0; i < slots.size(); ++i) {
+    if (slots[i].known || !fieldLiesUnder(slots[i].defn->getFieldPath(), path)) continue;
+    settled |= 1u << i;
     if (takeDefaults) {
-      settleToDefault(slot);
+      settleToDefault(slots.edit(i));
     } else {
-      slot.known = true;
+      slots.edit(i).known = true;
     }
   }
   updateActive();
+  return settled;
 }
 
 bool SeparatorList::settleAsRead(std::string_view segmentName, const SeparatorList& read) {
@@ -297,12 +300,13 @@ bool SeparatorList::settleAsRead(std::string_view segmentName, const SeparatorLi
       return false;
     }
   }
-  // Shared, not copied: the marking below makes the list's slots its own.
-  const SeparatorSlots before = slots;
-  markKnownForPath(segmentName);
+  const uint32_t marked = settleForPath(segmentName, false);
   if (sameSlotsAs(read) && !variablePending) return true;
+  // Back as it was: marking changed nothing but whether those slots are known.
   beforeSlotsChange();
-  slots = before;
+  for (size_t i = 0; i < slots.size(); ++i) {
+    if (marked >> i & 1u) slots.edit(i).known = false;
+  }
   trieDirty = true;
   updateActive();
   return false;

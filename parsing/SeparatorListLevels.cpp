@@ -4,6 +4,8 @@
 
 #include "parsing/SeparatorList.h"
 
+#include <array>
+
 #include "definitions/PrimitiveTypeDefn.h"
 
 #include "definitions/SeparatorDefn.h"
@@ -68,7 +70,7 @@ ESeparatorType SeparatorList::popSeparator() {
     // taken out for every level only when a push could raise the level to it again
     // (flushOutOfForce).
     const bool mayShare = !text.empty() && (index == qxSepString || !specialStrings.empty() ||
-                                            ((levelMask | slotsSharingText()) >> index & 1u));
+                                            (levelMask >> index & 1u) || (slotsSharingText() >> index & 1u));
     if (mayShare && restoreSharedText(text)) {
       // The node stands for the outer level now: nothing is left to take out of force.
     } else if (index == qxSepString) {
@@ -107,12 +109,27 @@ bool SeparatorList::restoreSharedText(std::u16string_view text) {
 
 void SeparatorList::workOutSharedTexts() const {
   sharedTexts = 0;
+  // Slots are compared in full only where their first characters meet, which they rarely do.
+  std::array<int8_t, 128> lastWithFirst;
+  lastWithFirst.fill(-1);
+  std::array<int8_t, kSeparatorSlots> previousWithFirst;
   for (int32_t i = 0; i < kSeparatorSlots; ++i) {
-    const SeparatorImpl& slot = slots[static_cast<size_t>(i)];
-    if (slot.value.empty()) continue;
-    for (int32_t j = 0; j < kSeparatorSlots; ++j) {
-      if (j != i && slots[static_cast<size_t>(j)].value == slot.value) sharedTexts |= 1u << i;
+    previousWithFirst[static_cast<size_t>(i)] = -1;
+    const std::u16string_view text = slots[static_cast<size_t>(i)].value.view();
+    if (text.empty()) continue;
+    if (text.front() >= lastWithFirst.size()) {
+      // Beyond ASCII: against every other slot.
+      for (int32_t j = 0; j < i; ++j) {
+        if (slots[static_cast<size_t>(j)].value.view() == text) sharedTexts |= 1u << i | 1u << j;
+      }
+      continue;
     }
+    int8_t& last = lastWithFirst[text.front()];
+    for (int8_t j = last; j >= 0; j = previousWithFirst[static_cast<size_t>(j)]) {
+      if (slots[static_cast<size_t>(j)].value.view() == text) sharedTexts |= 1u << i | 1u << j;
+    }
+    previousWithFirst[static_cast<size_t>(i)] = last;
+    last = static_cast<int8_t>(i);
   }
   sharedTextsVersion = slotsVersion;
 }
