@@ -420,6 +420,12 @@ bool SegmentImpl::parseFieldsFrom(int firstField, ParserStream& stream, Recorded
 
   if (!lastFieldFilled) ParseFindings::record(errors, this, list, location, verr::kUnnecessarySegmentSeparators);
   if (!popped) list.popSeparator();
+  return closeFields(stream, errors, status, location, endMask, useGeneric, deferred);
+}
+
+bool SegmentImpl::closeFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
+                              ValidationLocation& location, uint32_t endMask, bool useGeneric,
+                              const DeferredFields& deferred) {
   if (!matchFields()) {
     status = kNotThisSegment;
     return false;

@@ -23,9 +23,19 @@ class SegmentImpl : public SegmentImplBase {
                            int firstField, bool lastFieldFilled) override;
   bool writeElement(SeparatorList& list, bool minimize, int32_t& counter) override;
 
- private:
+ protected:
   // Texts of variable fields whose key comes after them, by index, read once the segment is.
   using DeferredFields = std::vector<std::pair<int, std::u16string>>;
+  // Cuts field `index` from the stream by its kind and hands it its text.
+  void parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
+                  bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
+  void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
+  // Behind the fields, their levels popped: the match list, the segment's end, then the fields
+  // that waited for their key. False, with status kNotThisSegment, when the match list refuses.
+  bool closeFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status, ValidationLocation& location,
+                   uint32_t endMask, bool useGeneric, const DeferredFields& deferred);
+
+ private:
 
   // The opening of the segment, then its fields and its end.
   bool readFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status, ValidationLocation& location);
@@ -64,9 +74,6 @@ class SegmentImpl : public SegmentImplBase {
   bool parseFieldsFrom(int firstField, ParserStream& stream, RecordedErrors& errors, uint32_t& status,
                        ValidationLocation& location, uint32_t endMask, bool lastFieldFilled,
                        bool keepTryingUncut = false);
-  // Cuts field `index` from the stream by its kind and hands it its text.
-  void parseField(int index, ParserStream& stream, RecordedErrors& errors, ValidationLocation& location,
-                  bool useGeneric, bool& lastFieldFilled, DeferredFields& deferred);
   // The fields behind the tag, one by one, as beginSegmentWrite left the list.
   void writeFields(SeparatorList& list, bool minimize, int32_t& counter, const SegmentWrite& write);
 #if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
@@ -74,7 +81,6 @@ class SegmentImpl : public SegmentImplBase {
   // what the header written as read gave from `from` on in `list`, and leaves the same separators.
   void checkHeaderWrite(const SeparatorList& list, size_t from, SeparatorList& general, int32_t counter);
 #endif
-  void readDeferredFields(const DeferredFields& deferred, RecordedErrors& errors, ValidationLocation& location);
   void parseFieldValue(int index, const ParserToken& token, RecordedErrors& errors, ValidationLocation& location);
   // The length a raw binary field takes from the sibling its definition names.
   int32_t linkedLength(int index);
