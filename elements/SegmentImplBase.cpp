@@ -533,7 +533,7 @@ bool SegmentImplBase::leaveFieldsUncut(ParserStream& stream, uint32_t endMask, u
   const int32_t remaining = stream.getWholeRemaining();
   if (!cursor || !isInSourceText(std::u16string_view(cursor, static_cast<size_t>(remaining)))) return false;
   // The field level that beginSegmentParse pushed sits on the three a message starts with.
-  const std::vector<ESeparatorType>& levels = list.getLevels();
+  const SeparatorList::Levels& levels = list.getLevels();
   if (levels.size() != 4 || levels[0] != qxSepMessage || levels[1] != qxSepGroup || levels[2] != qxSepSegment) {
     return false;
   }

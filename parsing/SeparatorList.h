@@ -26,7 +26,10 @@
 #include <utility>
 #include <vector>
 
+#include <boost/container/small_vector.hpp>
+
 #include "foundation/Enumerations.h"
+#include "parsing/SeparatorLevels.h"
 #include "parsing/ParserStream.h"
 #include "parsing/SeparatorImpl.h"
 #include "parsing/SeparatorSlots.h"
@@ -64,6 +67,7 @@ class SeparatorField {
 class SeparatorList {
  public:
   static constexpr int32_t kSeparatorSlots = kSeparatorCount;
+  using Levels = SeparatorLevels;
   // Index -1 of queries and writes stands for the separator on top of the stack.
   static constexpr int32_t kCurrent = -1;
   // The line end that a separator configured as carriage return also accepts.
@@ -179,7 +183,7 @@ class SeparatorList {
   bool getTrimSegments() const { return trimSegments; }
   int32_t getCrlfEquivalent() const { return crlfEquivalent; }
   int32_t getCurrentSeparator() const { return currentSeparator; }
-  const std::vector<ESeparatorType>& getLevels() const { return levels; }
+  const Levels& getLevels() const { return levels; }
   bool isLevelFixedWidth() const { return !levelFixedWidth.empty() && levelFixedWidth.back() != 0; }
   const MessageSetDefn& getMessageSet() const { return *messageSet; }
   const SeparatorList* getParent() const { return parent; }
@@ -494,14 +498,14 @@ class SeparatorList {
   using ReplaceOrderKey = std::array<uint32_t, 2 * kSeparatorSlots>;
   ReplaceOrderKey replaceOrderKey{};
   bool replaceOrderKeyed = false;
-  std::vector<ESeparatorType> levels;
+  Levels levels;
   // Bit N set while separator N stands on the stack: what isSeparatorActive asks several times for
   // every segment, without a search.
   uint32_t levelMask = 0;
   // Pushed strings stay put as more are pushed, as with the deque this once was; unlike a deque,
   // an empty list costs no allocation, and every message's list is copied with one.
   std::list<std::u16string> specialStrings;
-  std::vector<uint8_t> levelFixedWidth;  // one per level, 1 for fixed width
+  boost::container::small_vector<uint8_t, 8> levelFixedWidth;  // one per level, 1 for fixed width
   // Null until the first read, and while the pool has it.
   std::unique_ptr<SeparatorTrieNode> trie;
   std::unique_ptr<SeparatorTrieNode> genericTrie;
@@ -512,7 +516,7 @@ class SeparatorList {
   uint64_t keptTrieKeyVersion = 0;
   // Sequences of popped levels not yet taken out of force, innermost last.
   std::vector<PoppedSequence> poppedOutOfForce;
-  std::vector<ESeparatorType> savedLevels;
+  Levels savedLevels;
   std::u16string output;
   // The separators held back, each by its slot and the place of its text in pendingText: a write holds
   // back and drops several per field, and a string each cost more than the rest of the field.

@@ -172,7 +172,7 @@ bool SeparatorList::adoptTrie() {
   trie = std::move(spare->trie);
   trieDirty = false;
   poppedOutOfForce.clear();
-  const std::vector<ESeparatorType>& from = spare->levels;
+  const Levels& from = spare->levels;
   // The trie is in step with the stack it came with. Most often that stack is the start of this
   // list's, and pushes of the rest bring the trie in step.
   const bool prefix = from.size() <= levels.size() && std::equal(from.begin(), from.end(), levels.begin()) &&
@@ -183,9 +183,9 @@ bool SeparatorList::adoptTrie() {
   }
   // Else pops down to what the two stacks share and pushes of the rest, as if this list had made
   // those moves itself.
-  const std::vector<ESeparatorType> target = levels;
+  const Levels target = levels;
   const std::list<std::u16string> targetStrings = specialStrings;
-  const std::vector<uint8_t> targetFixedWidth = levelFixedWidth;
+  const auto targetFixedWidth = levelFixedWidth;
   const int32_t targetCurrent = currentSeparator;
   levels = std::move(spare->levels);
   specialStrings = std::move(spare->specialStrings);

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "foundation/Enumerations.h"
+#include "parsing/SeparatorLevels.h"
 
 namespace vantrelia {
 
@@ -32,7 +33,7 @@ class SeparatorTriePool {
   struct Spare {
     const MessageSetDefn* set = nullptr;
     std::u16string key;
-    std::vector<ESeparatorType> levels;
+    SeparatorLevels levels;
     std::list<std::u16string> specialStrings;
     std::unique_ptr<SeparatorTrieNode> trie;
   };

@@ -111,7 +111,7 @@ TEST(SeparatorListTest, ResetFromDefinitionLeavesHeaderSeparatorsPending) {
 
   list.reset(false, true, true);
   EXPECT_TRUE(list.getSlot(qxSepField2).active) << "made by the host, defaults are in use";
-  EXPECT_EQ(list.getLevels(), (std::vector<ESeparatorType>{qxSepMessage, qxSepGroup, qxSepSegment}));
+  EXPECT_EQ(list.getLevels(), (SeparatorList::Levels{qxSepMessage, qxSepGroup, qxSepSegment}));
 }
 
 TEST(SeparatorListTest, IndexOutsideTheSeparatorsIsRefused) {
