@@ -512,7 +512,7 @@ class SeparatorList {
   bool trieDirty = true;
   // The key of the slots of slotsVersion keptTrieKeyVersion, made when the trie was: what the trie
   // is handed on with, unless the slots changed since.
-  std::u16string keptTrieKey;
+  std::shared_ptr<const std::u16string> keptTrieKey;
   uint64_t keptTrieKeyVersion = 0;
   // Sequences of popped levels not yet taken out of force, innermost last.
   std::vector<PoppedSequence> poppedOutOfForce;

@@ -97,7 +97,7 @@ std::u16string SeparatorList::trieKey() const {
 }
 
 void SeparatorList::keepTrieKey() {
-  keptTrieKey = trieKey();
+  keptTrieKey = std::make_shared<const std::u16string>(trieKey());
   keptTrieKeyVersion = slotsVersion;
   workOutCutStops();
 }
@@ -145,7 +145,10 @@ std::u16string SeparatorList::charactersThatMayStop() const {
 void SeparatorList::releaseTrie() {
   // Only a trie made for the slots as they stand goes, under the key it was made with: slots
   // changed since without the trie marked for a rebuild leave it out of step with any key.
-  if (trieDirty || !trie || genericTrie || keptTrieKeyVersion != slotsVersion || keptTrieKey.empty()) return;
+  if (trieDirty || !trie || genericTrie || keptTrieKeyVersion != slotsVersion || !keptTrieKey ||
+      keptTrieKey->empty()) {
+    return;
+  }
   SeparatorTriePool* pool = SeparatorTriePool::local();
   if (!pool) return;
   // What stands popped at a level above is taken out of force now, while the slot texts it
@@ -158,9 +161,11 @@ void SeparatorList::releaseTrie() {
 bool SeparatorList::adoptTrie() {
   SeparatorTriePool* pool = genericTrie ? nullptr : SeparatorTriePool::local();
   if (!pool) return false;
-  std::u16string key = keptTrieKeyVersion == slotsVersion ? keptTrieKey : trieKey();
+  std::shared_ptr<const std::u16string> key = keptTrieKeyVersion == slotsVersion && keptTrieKey
+                                                  ? keptTrieKey
+                                                  : std::make_shared<const std::u16string>(trieKey());
   std::optional<SeparatorTriePool::Spare> spare;
-  if (!key.empty()) spare = pool->take(*messageSet, key);
+  if (!key->empty()) spare = pool->take(*messageSet, *key);
   if (!spare) {
     // The build that follows serves these slots: its key is this one.
     keptTrieKey = std::move(key);

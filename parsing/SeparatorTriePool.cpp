@@ -18,8 +18,8 @@ void SeparatorTriePool::give(Spare spare) {
 std::optional<SeparatorTriePool::Spare> SeparatorTriePool::take(const MessageSetDefn& set, const std::u16string& key) {
   // The newest first: a reader of one set finds it at the end.
   for (auto it = spares.rbegin(); it != spares.rend(); ++it) {
-    if (it->set != &set || it->key.size() != key.size() ||
-        std::memcmp(it->key.data(), key.data(), key.size() * sizeof(char16_t)) != 0) {
+    if (it->set != &set || !it->key || it->key->size() != key.size() ||
+        std::memcmp(it->key->data(), key.data(), key.size() * sizeof(char16_t)) != 0) {
       continue;
     }
     std::optional<Spare> found(std::move(*it));

@@ -32,7 +32,8 @@ class SeparatorTriePool {
 
   struct Spare {
     const MessageSetDefn* set = nullptr;
-    std::u16string key;
+    // Shared with the lists whose slots it was made for: every message's list carries it.
+    std::shared_ptr<const std::u16string> key;
     SeparatorLevels levels;
     std::list<std::u16string> specialStrings;
     std::unique_ptr<SeparatorTrieNode> trie;
