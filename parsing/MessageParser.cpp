@@ -72,7 +72,8 @@ std::optional<std::u16string> typeValue(const MessageSetDefn& set, const FieldPa
   const std::string_view whole = field.getName().view();
   const size_t slash = whole.find('/');
   const std::string_view segmentName = whole.substr(0, slash);
-  const std::string fieldPath(slash == std::string_view::npos ? std::string_view() : whole.substr(slash + 1));
+  // A view into the definition, which outlives the parse.
+  const std::string_view fieldPath = slash == std::string_view::npos ? std::string_view() : whole.substr(slash + 1);
 
   // Entries before `from` belong to messages placed already (an embedded message leaves its own).
   auto entry = std::find_if(from, lookAhead.end(), [&](const SegmentMatch& match) {
@@ -124,7 +125,7 @@ std::optional<std::u16string> typeValue(const MessageSetDefn& set, const FieldPa
     if (value) return entry->separators->untranslateValue(*value);
   }
   if (!fieldPath.empty()) {
-    element = element->getElementAt(fieldPath.c_str());
+    element = element->getElementAt(std::string(fieldPath).c_str());
   } else {
     try {
       // The path counts from 1, as definitions number fields.
@@ -194,6 +195,7 @@ MessageElement* MessageParser::parseMessage(MessageSetImpl& set, ParseContext& c
   const MessageSetDefn& setDefn = *set.getMessageSetDefn();
   const auto& typeFields = setDefn.getMessageTypeFields();
   std::vector<std::u16string> typeValues;
+  typeValues.reserve(typeFields.size());
   for (const FieldPathDefn& field : typeFields) {
     std::optional<std::u16string> value =
         typeValue(setDefn, field, context, lookAhead, iterator == lookAhead.end() ? lookAhead.begin() : iterator, stream, location);

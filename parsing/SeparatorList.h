@@ -27,6 +27,7 @@
 #include <vector>
 
 #include <boost/container/small_vector.hpp>
+#include <boost/container/static_vector.hpp>
 
 #include "foundation/Enumerations.h"
 #include "parsing/SeparatorLevels.h"
@@ -336,7 +337,7 @@ class SeparatorList {
  private:
   using Slots = SeparatorSlots::Array;
   struct ReplaceEntry {
-    int32_t index;
+    uint8_t index;
     bool isTerminator;
   };
   struct PoppedSequence {
@@ -491,7 +492,8 @@ class SeparatorList {
   // needed: most lists never save, and every message parsed makes a list.
   std::unique_ptr<Slots> savedSlots;
   int32_t currentSeparator = qxSepSegment;
-  std::vector<ReplaceEntry> replaceOrder;
+  // Held in the list, which every message read copies: at most two entries a slot.
+  boost::container::static_vector<ReplaceEntry, 2 * kSeparatorCount> replaceOrder;
   // The lengths replaceOrder was sorted by, slot by slot (a value's, and a variable separator's
   // terminator's plus one): every message written settles the list several times, mostly to the
   // same lengths, and the order stands while they do. Copied wherever replaceOrder is.

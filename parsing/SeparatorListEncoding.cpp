@@ -105,8 +105,8 @@ void SeparatorList::rebuildReplaceOrder() {
   replaceOrderKeyed = true;
   replaceOrder.clear();
   for (int32_t i = 0; i < qxSepCrlf; ++i) {
-    replaceOrder.push_back({i, false});
-    if (slots[static_cast<size_t>(i)].isVariable()) replaceOrder.push_back({i, true});
+    replaceOrder.push_back({static_cast<uint8_t>(i), false});
+    if (slots[static_cast<size_t>(i)].isVariable()) replaceOrder.push_back({static_cast<uint8_t>(i), true});
   }
   // Longest first, so that a separator that begins another is never taken for it; equal lengths
   // keep their slot order. Sorted in place by insertion: the list is a few dozen entries, mostly in

@@ -2,14 +2,14 @@
 
 namespace vantrelia {
 
-ValidationLocation::ValidationLocation(bool countSegments) {
-  if (countSegments) segmentCounts = std::make_unique<std::map<std::u16string, int32_t>>();
-}
+ValidationLocation::ValidationLocation(bool countSegments) : countSegments(countSegments) {}
 
 void ValidationLocation::enterSegment(int32_t number, const char16_t* tag) {
   segmentNumber = number;
   segmentID = tag ? tag : u"";
-  if (segmentCounts && segmentNumber >= 0) segmentSequenceNumber = ++(*segmentCounts)[segmentID];
+  if (!countSegments || segmentNumber < 0) return;
+  if (!segmentCounts) segmentCounts = std::make_unique<std::map<std::u16string, int32_t>>();
+  segmentSequenceNumber = ++(*segmentCounts)[segmentID];
 }
 
 void ValidationLocation::leaveSegment() {

@@ -27,7 +27,7 @@ class ValidationLocation {
   void enterComponent(int32_t position);
   void leaveComponent();
 
-  bool countsSegments() const { return segmentCounts != nullptr; }
+  bool countsSegments() const { return countSegments; }
 
   // Texts are not owned: whoever sets them keeps them alive until the next record is made.
   const char* path = "";
@@ -42,6 +42,9 @@ class ValidationLocation {
   int32_t deeperLevels = 0;
 
  private:
+  bool countSegments;
+  // Made at the first segment counted: every message parsed makes a location that counts, and
+  // most never enter a segment through it.
   std::unique_ptr<std::map<std::u16string, int32_t>> segmentCounts;
 };
 
