@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
+
+#include <boost/container/small_vector.hpp>
 
 #include "definitions/MatchDefn.h"
 #include "definitions/MessageDefn.h"
@@ -118,9 +121,9 @@ std::optional<std::u16string> typeValue(const MessageSetDefn& set, const FieldPa
     if (!fieldPath.empty()) {
       value = segment->peekUncutValue(fieldPath);
     } else {
-      std::vector<int32_t> indexes(field.getIndexes().begin(), field.getIndexes().end());
+      boost::container::small_vector<int32_t, 8> indexes(field.getIndexes().begin(), field.getIndexes().end());
       for (int32_t& index : indexes) --index;
-      value = segment->peekUncutValue(indexes);
+      value = segment->peekUncutValue(std::span<const int32_t>(indexes.data(), indexes.size()));
     }
     if (value) return entry->separators->untranslateValue(*value);
   }

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include <boost/container/small_vector.hpp>
+
 #include "definitions/ParseState.h"
 #include "parsing/SegmentMatch.h"
 
@@ -99,7 +101,8 @@ class StateWalk {
   // `gathered`.
   const Candidates* candidates = &gathered;
   Candidates gathered;
-  std::vector<char> visited;
+  // On the walk's stack for the messages of most definitions, which have a few dozen states.
+  boost::container::small_vector<char, 128> visited;
   std::vector<int32_t> firstStates;
   // What readAhead hands the segment reader: the segments expected next, and the states the walk
   // stands in.
