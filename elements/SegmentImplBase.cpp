@@ -631,7 +631,10 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const in
   size_t stopCount = 0;
   stops[stopCount++] = list.getSeparatorValue(qxSepSegment).front();
   const char16_t* from = sourceText->data() + uncutOffset;
-  const char16_t* to = std::find(from, sourceText->data() + sourceStart + sourceLength, stops[0]);
+  // The scan found the segment's separator nowhere in the fields: they run up to it, which stands
+  // last or before the line feed of a line end, or to the end of the text where it is missing.
+  const char16_t* const end = sourceText->data() + sourceStart + sourceLength;
+  const char16_t* to = std::find(end - std::min<std::ptrdiff_t>(end - from, 2), end, stops[0]);
 
   const FieldListDefn* fieldsOf = segmentDefn;
   ESeparatorType separator = fieldSeparator;
