@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <stdexcept>
 
 #include "definitions/FieldDefn.h"
 #include "definitions/FieldInstancesControl.h"
@@ -677,8 +678,32 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const in
       (list.isInUse(qxSepNull) && text == list.getSeparatorValue(qxSepNull))) {
     return std::nullopt;
   }
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  checkPeek(path, text);
+#endif
   return std::u16string(text);
 }
+
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+void SegmentImplBase::checkPeek(std::span<const int32_t> path, std::u16string_view peeked) const {
+  // A twin of no tree, uncut as this segment is, cut in full with findings of its own.
+  std::unique_ptr<SegmentImplBase> twin = SegmentFactory::create(*segmentDefn, itemDefn, nullptr, 0, separators);
+  twin->segmentNumber = segmentNumber;
+  twin->sourceText = sourceText;
+  twin->sourceStart = sourceStart;
+  twin->sourceLength = sourceLength;
+  twin->uncut = uncut;
+  twin->uncutFrom = uncutFrom;
+  twin->uncutOffset = uncutOffset;
+  twin->uncutLastFilled = uncutLastFilled;
+  RecordedErrors scratch;
+  const ParseFindingsScope scope(scratch);
+  twin->cutFields();
+  MessageElement* element = twin.get();
+  for (const int32_t index : path) element = element->getElementAt(index);
+  if (element->getValue() != peeked) throw std::logic_error("a value peeked at in an uncut segment differs from its cut");
+}
+#endif
 
 void SegmentImplBase::cutFields() {
   // Cleared first: the cut below makes fields through the same accessors.

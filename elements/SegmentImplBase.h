@@ -98,6 +98,10 @@ class SegmentImplBase : public SegmentElement, public FieldContainer {
   std::optional<std::u16string> peekUncutValue(std::span<const int32_t> path) const;
   // The deepest path peekUncutValue reads.
   static constexpr size_t kPeekDepth = 4;
+#if !defined(NDEBUG) || defined(VANTRELIA_CHECK_FAST_PATHS)
+  // Debug and fuzz builds hold a peeked value to the value a cut of the fields gives.
+  void checkPeek(std::span<const int32_t> path, std::u16string_view peeked) const;
+#endif
   bool isFieldRequired(int index);
   // Cuts the fields of one segment text; status gets kNotThisSegment when the text isn't one.
   virtual bool parseSegmentFields(ParserStream& stream, RecordedErrors& errors, uint32_t& status,
