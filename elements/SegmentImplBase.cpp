@@ -648,9 +648,10 @@ std::optional<std::u16string> SegmentImplBase::peekUncutValue(std::span<const in
       return std::nullopt;
     }
     // A separator of one character that no outer level shares: else only the read can tell which
-    // of them stands in the text.
+    // of them stands in the text. A zero ends nothing in the text, where the read never matches it.
     const std::u16string_view between = list.getSeparatorValue(separator);
-    if (between.size() != 1 || std::find(stops.begin(), stops.begin() + stopCount, between.front()) !=
+    if (between.size() != 1 || between.front() == u'\0' ||
+        std::find(stops.begin(), stops.begin() + stopCount, between.front()) !=
                                    stops.begin() + stopCount) {
       return std::nullopt;
     }
